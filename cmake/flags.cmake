@@ -1,0 +1,34 @@
+# The flags of every target of this tree, and of none outside it.
+add_library(voatm_flags INTERFACE)
+target_compile_options(voatm_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wformat=2 -Wundef
+  -fstack-protector-strong -fcf-protection)
+target_link_options(voatm_flags INTERFACE -Wl,-z,relro,-z,now)
+if(VOATMUTIL_WERROR)
+  target_compile_options(voatm_flags INTERFACE -Werror)
+endif()
+
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT VOATMUTIL_SANITIZE)
+  target_compile_options(voatm_flags INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
+endif()
+set(CMAKE_CXX_FLAGS_RELEASE "-O2")
+
+if(VOATMUTIL_SANITIZE)
+  target_compile_options(voatm_flags INTERFACE -fsanitize=address,undefined
+    -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(voatm_flags INTERFACE -fsanitize=address,undefined)
+endif()
+if(VOATMUTIL_COVERAGE)
+  target_compile_options(voatm_flags INTERFACE --coverage -fprofile-abs-path)
+  target_link_options(voatm_flags INTERFACE --coverage)
+endif()
+
+# voatm_runtime_free(TARGET): the target carries no C++ runtime. It is compiled without exceptions
+# and RTTI, and linked against libc alone, so that a stray need of libstdc++ fails the build.
+function(voatm_runtime_free target)
+  target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti)
+  if(NOT VOATMUTIL_SANITIZE AND NOT VOATMUTIL_COVERAGE)
+    target_link_options(${target} PRIVATE -nodefaultlibs)
+    target_link_libraries(${target} PRIVATE c)
+  endif()
+endfunction()
