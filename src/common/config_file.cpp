@@ -1,0 +1,19 @@
+#include "common/config_file.h"
+
+#include <cstdlib>
+
+namespace voatm {
+
+const char* HomeDirectory() {
+  const char* home = getenv("VODIR_HOME");
+  return home != nullptr ? home : "";
+}
+
+bool OpenFixedFile(VoCfgUtil& cfg, char (&path)[kFixedPathSize], const char* directory,
+                   const char* file) {
+  memset(path, 0, sizeof path);
+  const int length = snprintf(path, sizeof path, "%s/%s/%s", HomeDirectory(), directory, file);
+  return length < static_cast<int>(sizeof path) && cfg.cfg_open(path) >= 0;
+}
+
+}  // namespace voatm

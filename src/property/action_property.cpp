@@ -1,0 +1,201 @@
+// The ATM action property table: what follows from the statuses that an ATM reports.
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+
+#include "common/slot_scan.h"
+#include "common/text_field.h"
+#include "common/token.h"
+#include "common/trace.h"
+#include "property/key_walk.h"
+#include "property/walk_keys.h"
+#include "voatmutil.h"
+#include "vodebugutil.h"
+
+using namespace voatm;
+
+namespace {
+
+// Intended: the wording names the ATM memory table.
+constexpr LockTexts kActionPropertySemop = SameText("Error in Semop for AtmMemory");
+
+enum Level : std::size_t { kInst, kLogical, kAtm, kLevels };
+
+constexpr int kLevelChoices[kLevels] = {2, 2, 2};
+
+using Rows = Slots<VoAtmActionProperty>;
+
+// The three keys that find an ATM's first row.
+class AtmRowKeys {
+ public:
+  AtmRowKeys(VoDebugUtil* trace, const AtmKeys& keys) : trace_(trace), keys_(keys) {}
+
+  bool Matches(const VoAtmActionProperty& row, std::size_t level, int choice) const {
+    return keys_.Matches(row, level, choice);
+  }
+
+  void TraceMiss(std::size_t level, const int (&choices)[kLevels]) const {
+    const char* inst = keys_.inst[choices[kInst]].text();
+    const char* logical = keys_.logical[choices[kLogical]].text();
+    switch (level) {
+      case kInst:
+        trace_->trace(kDetail,
+                      "Error in Searching InstTerminalGroup[%s] in VoAtmActionProperty Table",
+                      keys_.InstShown(choices[kInst]));
+        break;
+      case kLogical:
+        trace_->trace(kDetail,
+                      "Error in Searching InstTerminalGroup[%s] AtmLogicalGroup[%s] in "
+                      "VoAtmActionProperty Table",
+                      inst, logical);
+        break;
+      default:
+        trace_->trace(kDetail,
+                      "Error in Searching InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] in "
+                      "VoAtmActionProperty Table",
+                      inst, logical, keys_.atm[choices[kAtm]].text());
+    }
+  }
+
+ private:
+  VoDebugUtil* trace_;
+  AtmKeys keys_;
+};
+
+// One query, with or without locks.
+template <typename Lock>
+class ActionQuery {
+ public:
+  ActionQuery(VoATMUtil& util, const Lock& lock, const char* inst, const char* logical,
+              const char* atm, char* statuses, int txn_code)
+      : util_(util),
+        lock_(lock),
+        rows_(TableSlots(util.AtmActionPropertyPtr, util.MaxAtmProperty)),
+        inst_(inst),
+        logical_(logical),
+        atm_(atm),
+        statuses_(statuses),
+        txn_code_(txn_code) {}
+
+  int Run(char* action, int* txn_value, int search_type) const {
+    const int atm_slot = FindAtm();
+    if (atm_slot < 0) return -1;
+    if (search_type == STATUS_ACTION) return FindAction(atm_slot, action);
+    if (search_type == TXN_VALUE) return FindTxnValue(atm_slot, txn_value);
+    return 0;
+  }
+
+ private:
+  // The first of the ATM's rows.
+  int FindAtm() const {
+    const AtmRowKeys keys(util_.dptr, {inst_, logical_, atm_});
+    return Walk(kLevelChoices, keys, rows_, lock_);
+  }
+
+  // Moves from the ATM's first row on with each status that has a flagged row there, in list order.
+  // Returns the row of the last one that has. Intended: the ATM columns are not compared.
+  int FindStatus(int atm_slot, char VoAtmActionProperty::*flag) const {
+    int start = atm_slot;
+    int found = kNoSlot;
+    // Intended: fields are numbered from 1, so field 0 is empty and the one behind the last
+    // separator is never looked at.
+    const int fields = util_.GetNTokens(statuses_, '|');
+    for (int field = 0; field < fields; ++field) {
+      char code[sizeof(VoAtmActionProperty::StatusCode)] = {};
+      CopyToken(statuses_, field, '|', code, sizeof code - 1);
+      if (code[0] == '\0') continue;
+      const int hit = FindFlagged(start, code, flag);
+      if (hit == kLockFailed) return kLockFailed;
+      if (hit != kNoSlot) start = found = hit;
+    }
+    return found;
+  }
+
+  int FindFlagged(int start, const char* code, char VoAtmActionProperty::*flag) const {
+    const TextKey<sizeof(VoAtmActionProperty::StatusCode)> key(code);
+    return FindSlot(rows_, start, lock_, [&](const VoAtmActionProperty& row, int) {
+      return key.Is(row.StatusCode) && row.*flag == 'Y';
+    });
+  }
+
+  int FindAction(int atm_slot, char* action) const {
+    const int slot = FindStatus(atm_slot, &VoAtmActionProperty::ActionFlag);
+    if (slot == kLockFailed) return -1;
+    if (slot == kNoSlot) {
+      util_.dptr->trace(kDetail,
+                        "Error in Reading InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] "
+                        "StatusBuf[%s] from VoAtmActionProperty Table",
+                        inst_, logical_, atm_, statuses_);
+      return -1;
+    }
+    util_.dptr->trace(kDetail, "inside tableoffset[%d]", slot);
+    char text[sizeof(VoAtmActionProperty::ActionText)];
+    SetText(text, rows_.first[slot].ActionText);
+    strcpy(action, text);
+    return 1;
+  }
+
+  int FindTxnValue(int atm_slot, int* txn_value) const {
+    const int status_slot = FindStatus(atm_slot, &VoAtmActionProperty::TxnFlag);
+    if (status_slot == kLockFailed) return -1;
+    if (status_slot == kNoSlot) {
+      util_.dptr->trace(kDetail, "Error in Searching StatusMsg in VoAtmActionProperty Table");
+      return -1;
+    }
+    const int slot = FindTxnCode(status_slot);
+    if (slot < 0) return -1;
+    const VoAtmActionProperty& row = rows_.first[slot];
+    // Intended: the search by transaction code ignores the flag; such a row is a silent miss.
+    if (row.TxnFlag != 'Y') return -1;
+    util_.dptr->trace(kDetail, "inside tableoffset[%d]", slot);
+    char value[sizeof row.TxnValue + 1];
+    CopyOut(value, row.TxnValue);
+    *txn_value = atoi(value);
+    return 1;
+  }
+
+  // Intended: from the status row on, whatever the row's ATM, status and flag.
+  int FindTxnCode(int start) const {
+    const TxnCodeKeys keys(txn_code_);
+    for (const TextKey<7>& key : keys.choices) {
+      const int slot = FindSlot(rows_, start, lock_, [&](const VoAtmActionProperty& row, int) {
+        return key.Is(row.TxnCode);
+      });
+      if (slot != kNoSlot) return slot;
+      util_.dptr->trace(kDetail, "Error in Searching TxnCode[%s] in VoAtmActionProperty Table",
+                        key.text());
+    }
+    return kNoSlot;
+  }
+
+  VoATMUtil& util_;
+  const Lock& lock_;
+  Rows rows_;
+  const char* inst_;
+  const char* logical_;
+  const char* atm_;
+  char* statuses_;
+  int txn_code_;
+};
+
+}  // namespace
+
+int VoATMUtil::readAtmActionProperty(const char* InstTerminalGroup, const char* AtmLogicalGroup,
+                                     const char* AtmId, char* StatusBuf, int TxnCode,
+                                     char* ActionBuf, int* TxnResult, int SearchType) {
+  const NoLock lock;
+  return ActionQuery(*this, lock, InstTerminalGroup, AtmLogicalGroup, AtmId, StatusBuf, TxnCode)
+      .Run(ActionBuf, TxnResult, SearchType);
+}
+
+int VoATMUtil::ReadAtmActionProperty(const char* InstTerminalGroup, const char* AtmLogicalGroup,
+                                     const char* AtmId, char* StatusBuf, int TxnCode,
+                                     char* ActionBuf, int* TxnResult, int SearchType) {
+  if (!LockFlag) {
+    return readAtmActionProperty(InstTerminalGroup, AtmLogicalGroup, AtmId, StatusBuf, TxnCode,
+                                 ActionBuf, TxnResult, SearchType);
+  }
+  const SlotLock lock(dptr, AtmActionPropertySemid, kActionPropertySemop);
+  return ActionQuery(*this, lock, InstTerminalGroup, AtmLogicalGroup, AtmId, StatusBuf, TxnCode)
+      .Run(ActionBuf, TxnResult, SearchType);
+}

@@ -1,0 +1,94 @@
+// Indirect states: the next state of a card by the longest card-number prefix in the FIT table.
+#include <strings.h>
+
+#include <cstring>
+
+#include "common/slot_scan.h"
+#include "common/text_field.h"
+#include "voatmutil.h"
+
+using namespace voatm;
+
+namespace {
+
+constexpr int kPrefixLength = 10;
+constexpr char kFill = 'F';  // what a pattern holds beyond its prefix
+constexpr char kCatchAll[] = "FFFFFFFFFF";
+
+using PrefixPattern = char[kPrefixLength + 1];
+
+static_assert(sizeof(PrefixPattern) == sizeof(AtmFit::CardPrefix));
+
+// The card number whose prefixes are looked for.
+class CardNumber {
+ public:
+  explicit CardNumber(const char* number)
+      : number_(number), length_(static_cast<int>(strnlen(number, kPrefixLength))) {}
+
+  // How many of the card number's first ten characters the pattern has for its prefix, 0 when it
+  // does not match. Intended: a shorter number matches a pattern that is that number, unfilled, as
+  // if it had all ten.
+  int PrefixOf(const PrefixPattern& pattern) const {
+    int common = 0;
+    while (common < length_ && pattern[common] == number_[common]) ++common;
+    if (length_ < kPrefixLength && common == length_ && pattern[common] == '\0') {
+      return kPrefixLength;
+    }
+    for (int i = common; i < kPrefixLength; ++i) {
+      if (pattern[i] != kFill) return 0;
+    }
+    return pattern[kPrefixLength] == '\0' ? common : 0;
+  }
+
+ private:
+  const char* number_;
+  int length_;
+};
+
+int FindLongestPrefix(Slots<AtmFit> fits, const char* fit_key1, const char* fit_key2,
+                      const char* card_number) {
+  const TextKey<sizeof(AtmFit::MatchKey1)> key1(fit_key1);
+  const TextKey<sizeof(AtmFit::MatchKey2)> key2(fit_key2);
+  const CardNumber card(card_number);
+  int longest = 0;
+  int found = kNoSlot;
+  FindSlot(fits, 0, NoLock(), [&](const AtmFit& fit, int slot) {
+    const bool first = key1.Is(fit.MatchKey1);
+    // Intended: the second key makes no difference; the form is kept.
+    const bool candidate = (key2.Is(fit.MatchKey2) && first) || first;
+    if (!candidate || FieldIs(fit.FitId, kNotDefined)) return false;
+    const int prefix = card.PrefixOf(fit.CardPrefix);
+    if (prefix > longest) {
+      longest = prefix;
+      found = slot;
+    }
+    return longest == kPrefixLength;
+  });
+  return found;
+}
+
+// Intended: free slots and other first keys count too.
+int FindCatchAll(Slots<AtmFit> fits) {
+  return FindSlot(fits, 0, NoLock(), [](const AtmFit& fit, int) {
+    return strncasecmp(fit.CardPrefix, kCatchAll, sizeof fit.CardPrefix) == 0;
+  });
+}
+
+}  // namespace
+
+int VoATMUtil::readIndirectState(const char* fitKey1, const char* fitKey2, const char* cardNumber,
+                                 char* indirectState) {
+  const Slots<AtmFit> fits = TableSlots(AtmFitPtr, MaxFit);
+  int slot = FindLongestPrefix(fits, fitKey1, fitKey2, cardNumber);
+  if (slot == kNoSlot) slot = FindCatchAll(fits);
+  if (slot == kNoSlot) return -1;
+  ClearOutput(indirectState);
+  indirectState[0] = fits.first[slot].IndirectNextState;
+  return 1;
+}
+
+// Intended: unlike the other capitalised forms it takes no lock.
+int VoATMUtil::ReadIndirectState(const char* fitKey1, const char* fitKey2, const char* cardNumber,
+                                 char* indirectState) {
+  return readIndirectState(fitKey1, fitKey2, cardNumber, indirectState);
+}

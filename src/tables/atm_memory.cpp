@@ -1,0 +1,130 @@
+// The ATM memory table: one record an ATM.
+#include <cstdio>
+
+#include "common/slot_scan.h"
+#include "common/text_field.h"
+#include "voatmutil.h"
+
+using namespace voatm;
+
+namespace {
+
+constexpr LockTexts kAtmMemorySemop = SameText("Error in Semop for AtmMemory");
+
+using AtmIdKey = TextKey<sizeof(AtmMemoryTable::AtmId)>;
+
+Slots<AtmMemoryTable> AtmSlots(const VoATMUtil& util) {
+  return TableSlots(util.AtmMemoryPtr, util.MaxAtm);
+}
+
+SlotLock AtmLock(const VoATMUtil& util) {
+  return {util.dptr, util.AtmMemorySemid, kAtmMemorySemop};
+}
+
+bool InGroup(const AtmMemoryTable& atm, const char* grouping_key) {
+  return !FieldIs(atm.AtmId, kNotDefined) && FieldIs(atm.AtmDetail.GroupingKey, grouping_key);
+}
+
+template <typename Lock>
+int ReadAtm(VoATMUtil& util, const Lock& lock, const char* id, AtmMemoryTable* record) {
+  const AtmIdKey key(id);
+  return FoundOrNot(FindSlot(AtmSlots(util), 0, lock, [&](const AtmMemoryTable& atm, int slot) {
+    if (!key.Is(atm.AtmId)) return false;
+    *record = atm;
+    util.LastAtmIndex = slot;
+    return true;
+  }));
+}
+
+template <typename Lock>
+int WriteAtm(const VoATMUtil& util, const Lock& lock, const char* id,
+             const AtmMemoryTable* record) {
+  const AtmIdKey key(id);
+  const auto copy_in = [&](AtmMemoryTable& atm, int) {
+    if (!key.Is(atm.AtmId)) return false;
+    atm = *record;
+    return true;
+  };
+  const Slots<AtmMemoryTable> atms = AtmSlots(util);
+  const int last = util.LastAtmIndex;
+  int written = kNoSlot;
+  // A security read can leave an index beyond this table.
+  if (last >= 0 && last < atms.count) {
+    const Slots<AtmMemoryTable> up_to_last = {atms.first, last + 1};
+    written = FindSlot(up_to_last, last, lock, copy_in);
+  }
+  if (written == kNoSlot) written = FindSlot(atms, 0, lock, copy_in);
+  return FoundOrNot(written);
+}
+
+template <typename Lock>
+int VerifyAtm(const VoATMUtil& util, const Lock& lock, const char* id) {
+  const AtmIdKey key(id);
+  return FoundOrNot(FindSlot(AtmSlots(util), 0, lock,
+                             [&](const AtmMemoryTable& atm, int) { return key.Is(atm.AtmId); }));
+}
+
+template <typename Lock>
+int CountAtms(const VoATMUtil& util, const Lock& lock, const char* grouping_key) {
+  return CountSlots(AtmSlots(util), lock,
+                    [&](const AtmMemoryTable& atm) { return InGroup(atm, grouping_key); });
+}
+
+template <typename Lock>
+int AtmIdByOrdinal(const VoATMUtil& util, const Lock& lock, const char* grouping_key, char* id,
+                   int ordinal) {
+  int matches = 0;
+  const int slot = FindSlot(AtmSlots(util), 0, lock, [&](const AtmMemoryTable& atm, int) {
+    if (!InGroup(atm, grouping_key) || ++matches != ordinal) return false;
+    CopyOut(id, atm.AtmId);
+    return true;
+  });
+  // Intended: the result goes to standard output, but for a semaphore failure.
+  if (slot != kLockFailed) printf("retval %d", FoundOrNot(slot));
+  return FoundOrNot(slot);
+}
+
+}  // namespace
+
+int VoATMUtil::readAtmMemory(const char* atmId, AtmMemoryTable* record) {
+  return ReadAtm(*this, NoLock(), atmId, record);
+}
+
+int VoATMUtil::ReadAtmMemory(const char* atmId, AtmMemoryTable* record) {
+  if (!LockFlag) return readAtmMemory(atmId, record);
+  return ReadAtm(*this, AtmLock(*this), atmId, record);
+}
+
+int VoATMUtil::writeAtmMemory(const char* atmId, AtmMemoryTable* record) {
+  return WriteAtm(*this, NoLock(), atmId, record);
+}
+
+int VoATMUtil::WriteAtmMemory(const char* atmId, AtmMemoryTable* record) {
+  if (!LockFlag) return writeAtmMemory(atmId, record);
+  return WriteAtm(*this, AtmLock(*this), atmId, record);
+}
+
+int VoATMUtil::verifyAtmMemory(const char* atmId) { return VerifyAtm(*this, NoLock(), atmId); }
+
+int VoATMUtil::VerifyAtmMemory(const char* atmId) {
+  if (!LockFlag) return verifyAtmMemory(atmId);
+  return VerifyAtm(*this, AtmLock(*this), atmId);
+}
+
+int VoATMUtil::getAtmCount(const char* groupingKey) {
+  return CountAtms(*this, NoLock(), groupingKey);
+}
+
+int VoATMUtil::GetAtmCount(const char* groupingKey) {
+  if (!LockFlag) return getAtmCount(groupingKey);
+  return CountAtms(*this, AtmLock(*this), groupingKey);
+}
+
+int VoATMUtil::getAtmId(const char* groupingKey, char* atmId, int ordinal) {
+  return AtmIdByOrdinal(*this, NoLock(), groupingKey, atmId, ordinal);
+}
+
+int VoATMUtil::GetAtmId(const char* groupingKey, char* atmId, int ordinal) {
+  if (!LockFlag) return getAtmId(groupingKey, atmId, ordinal);
+  return AtmIdByOrdinal(*this, AtmLock(*this), groupingKey, atmId, ordinal);
+}

@@ -1,0 +1,33 @@
+// The security table: one keyed read.
+#include "common/slot_scan.h"
+#include "common/text_field.h"
+#include "voatmutil.h"
+
+using namespace voatm;
+
+namespace {
+
+constexpr LockTexts kSecuritySemop = SameText("Error in Semop for VoSecurity");
+
+template <typename Lock>
+int ReadSecurity(VoATMUtil& util, const Lock& lock, const char* id, VoSecurity* record) {
+  const Slots<VoSecurity> slots = TableSlots(util.SecurityPtr, util.MaxSecurity);
+  return FoundOrNot(FindSlot(slots, 0, lock, [&](const VoSecurity& security, int slot) {
+    if (!FieldIs(security.SecurityId, id)) return false;
+    *record = security;
+    util.LastAtmIndex = slot;  // Intended: shared with the ATM reads.
+    return true;
+  }));
+}
+
+}  // namespace
+
+int VoATMUtil::readVoSecurityTable(const char* securityId, VoSecurity* record) {
+  return ReadSecurity(*this, NoLock(), securityId, record);
+}
+
+int VoATMUtil::ReadVoSecurityTable(const char* securityId, VoSecurity* record) {
+  if (!LockFlag) return readVoSecurityTable(securityId, record);
+  const SlotLock lock(dptr, SecuritySemid, kSecuritySemop);
+  return ReadSecurity(*this, lock, securityId, record);
+}
