@@ -73,6 +73,7 @@ struct VoAtmProperty {
   char TxnCode[7];   // six digits, or the two of its class, or "*"
   char RespCode[4];  // three digits, or "*"
   char PropertySwitch7;
+  char Padding[1];
   int CurrencyCode;  // 0 means any
   char Uninterpreted3[12];
 };
@@ -102,7 +103,7 @@ struct VoAtmStatus {
 enum { LOCATE_MEMORY = 7 };  // LocateMemoryMsg::RequestCode
 
 // Request and reply of a table's location. A request has message type 1; its reply has the
-// requester's process id as type. Unnamed bytes are zero.
+// requester's process id as type. The reserved words are zero.
 struct LocateMemoryMsg {
   long MessageType;
   char MemoryName[104];
@@ -238,6 +239,8 @@ static_assert(offsetof(VoAtmProperty, AtmId) == 38);
 static_assert(offsetof(VoAtmProperty, PropertySwitch1) == 55);
 static_assert(offsetof(VoAtmProperty, PropertySwitch2) == 56);
 static_assert(offsetof(VoAtmProperty, PropertySwitch3) == 90);
+static_assert(offsetof(VoAtmProperty, PropertySwitch4) == 91);
+static_assert(offsetof(VoAtmProperty, PropertySwitch5) == 92);
 static_assert(offsetof(VoAtmProperty, PropertySwitch6) == 93);
 static_assert(offsetof(VoAtmProperty, TxnCode) == 95);
 static_assert(offsetof(VoAtmProperty, RespCode) == 102);
@@ -262,10 +265,16 @@ static_assert(sizeof(LocateMemoryMsg) == sizeof(long) + 128);
 static_assert(offsetof(LocateMemoryMsg, MemoryName) == sizeof(long));
 static_assert(offsetof(LocateMemoryMsg, RequestCode) == sizeof(long) + 104);
 static_assert(offsetof(LocateMemoryMsg, ChannelKeyId) == sizeof(long) + 108);
+static_assert(offsetof(LocateMemoryMsg, Reserved1) == sizeof(long) + 112);
 static_assert(offsetof(LocateMemoryMsg, ProcessId) == sizeof(long) + 116);
 static_assert(offsetof(LocateMemoryMsg, LocateStatus) == sizeof(long) + 120);
+static_assert(offsetof(LocateMemoryMsg, Reserved2) == sizeof(long) + 124);
 
 static_assert(sizeof(DenomInfo) == 24);
+static_assert(offsetof(DenomInfo, Pos) == 4);
+static_assert(offsetof(DenomInfo, Value) == 8);
+static_assert(offsetof(DenomInfo, Code) == 12);
+static_assert(offsetof(DenomInfo, Status) == 16);
 static_assert(offsetof(DenomInfo, LastDispNotes) == 20);
 
 static_assert(sizeof(AtmDenomStatusMsg) == 92);
@@ -276,6 +285,8 @@ static_assert(offsetof(AtmDenomStatusMsg, DenomNum1) == 76);
 static_assert(offsetof(AtmDenomStatusMsg, DenomNum2) == 84);
 
 static_assert(sizeof(VoAtmMgrQMsg) == 3032);
+static_assert(offsetof(VoAtmMgrQMsg, MsgCode) == 4);
+static_assert(offsetof(VoAtmMgrQMsg, MsgSubCode) == 8);
 static_assert(offsetof(VoAtmMgrQMsg, AtmId) == 12);
 static_assert(offsetof(VoAtmMgrQMsg, MsgBuffer) == 29);
 static_assert(sizeof(AtmStatusPayload) == 235);
@@ -284,12 +295,20 @@ static_assert(offsetof(AtmStatusPayload, ExtraText) == 118);
 static_assert(offsetof(AtmStatusPayload, Date) == 219);
 static_assert(offsetof(AtmStatusPayload, Time) == 227);
 static_assert(sizeof(AtmLogPayload) == 1059);
+static_assert(offsetof(AtmLogPayload, LogText) == 17);
 static_assert(offsetof(AtmLogPayload, Date) == 1042);
+static_assert(offsetof(AtmLogPayload, Time) == 1050);
 static_assert(offsetof(AtmLogPayload, LogFlag) == 1058);
 static_assert(sizeof(AtmTraceNoPayload) == 24);
 static_assert(offsetof(AtmTraceNoPayload, TraceNo) == 20);
 static_assert(offsetof(VoAlertMgrMsg, AlertSource) == 4);
 static_assert(offsetof(VoAlertMgrMsg, AlertText) == 37);
+
+static_assert(sizeof(OARKeyEntry) == 16);
+static_assert(offsetof(OARKeyEntry, KeyType) == 4);
+static_assert(offsetof(OARKeyEntry, KeyFlag) == 8);
+static_assert(offsetof(OARKeyEntry, KeyValue) == 12);
+static_assert(sizeof(OARDetails) == 8 * sizeof(OARKeyEntry));
 
 static_assert(sizeof(VoMsgLayout) == 6296);
 static_assert(sizeof(VoDevMsg) == 6296 && sizeof(VoTxnMsg) == 6296);
@@ -315,21 +334,23 @@ static_assert(offsetof(VoMsgLayout, MemTraceNo) == 328);
 // no lock; the capitalised form holds each slot while it looks at it (one at a time, ascending,
 // waiting as long as it takes) when LockFlag is set, and otherwise is the lower-case form. A failed
 // semaphore call is never retried: it is traced at level 2 with the system's error and ends the
-// operation with -1; the slot then may stay held, as it does when a holder dies.
+// operation, with -1 where it has a result; the slot then may stay held, as it does when a holder
+// dies. When giving back fails, a record that was found is already copied.
 //
 // Configuration. Files below the directory that the environment variable VODIR_HOME names, read
-// afresh on every call. Numbers are decimal text read with atoi.
+// afresh on every call; a path of more than 150 characters (250 for a layered file) does not open.
+// Numbers are decimal text read with atoi.
 //
 // Layered files. An operation that takes the scope names s1, s2, s3 and a fallback name reads the
 // first file that opens of <s1>_<s2>_<s3>_<suffix>, <s1>_<s2>_<suffix>, <s1>_<suffix>,
 // <fallback>_<suffix> and, for some kinds, DEFAULT_<suffix>. Only that file counts, even when it
-// lacks the key. A path of more than 250 characters does not open.
+// lacks the key.
 //
 // Threads. One object serves one thread. Nothing is allocated; segments stay attached until the
 // process ends.
 class [[gnu::visibility("default")]] VoATMUtil {
  public:
-  VoATMUtil();   // sets every member to zero: an object that was not started finds nothing
+  VoATMUtil();   // sets every member to zero; until start-up only the text helpers may be called
   ~VoATMUtil();  // releases nothing
 
   // -- Start-up ---------------------------------------------------------------------------------
@@ -532,7 +553,7 @@ class [[gnu::visibility("default")]] VoATMUtil {
   // flags of A to D, cancel value, flags of F to I, NUL. The controls are entries
   // "OAR#CONTROL#DISPLAYFLAG", "#NUMERICKEYS" and "#CANCEL" of the template's file; the first two
   // must have one digit.
-  //   keyDetails  at least 12 bytes, with a longer cancel value so much more
+  //   keyDetails  at least 12 bytes; 22 hold whatever the file says
   //   details     read only
   // Returns 1, or -1 when no file opens (level 6) or a control is missing (level 2); characters
   // written before that stay.
@@ -625,7 +646,8 @@ class [[gnu::visibility("default")]] VoATMUtil {
   int GetDenomination(DenomInfo * denoms, char id, int* value);
 
   // Writes the two characters at notes into the place of cassette id ('A' to 'H', either case) in a
-  // dispense logic. Any other id writes nothing.
+  // dispense logic, which must reach that far: 8 characters for 'D', 16 for 'H'. Nothing else is
+  // written and nothing is terminated. Any other id writes nothing.
   void PackDispLogicBuf(char* notes, char id, char* dispBuf);
 
   // Says whether the cassettes can pay an amount with the configured logic, and plans a new one,
@@ -635,16 +657,20 @@ class [[gnu::visibility("default")]] VoATMUtil {
   //   reqAmount     decimal text in whole currency units
   //   dispLogic     in: the configured logic; out, on 0: the logic to dispense; at least 17 bytes
   //   currencyCode  only cassettes of this currency take part
-  //   denoms        eight cassettes in position order; LastDispNotes is rewritten
+  //   denoms        eight cassettes in position order; LastDispNotes is rewritten for as many as
+  //                 dispLogic has pairs
   //   maxNotes      the most notes one dispense may hold
   // Returns
   //   0           dispLogic can be dispensed, if it adds up to the amount: the rule does not
-  //               promise that (cassettes 50 and 40, amount 80), so sum it before dispensing
+  //               promise that (cassettes 50 and 40, amount 80), so sum it before dispensing. Also
+  //               when the cassette in the way has a letter outside 'A' to 'H'; dispLogic then
+  //               stays what was refused
   //   40          dispLogic is no whole number; nothing is changed
   //   108         a new plan was needed and no usable cassette of the currency exists
   //   301 to 316  a cassette stands in the way: 301 + 2 * (letter - 'A') when the plan needs too
   //               many notes ("Low"), one more when its notes are too large ("High")
-  // Except on 0, dispLogic stays. Traces configuration faults at level 2 and each step at level 7.
+  // On any other result dispLogic stays. Traces configuration faults at level 2 and each step at
+  // level 7.
   int CheckCashAvailability(const char* atmModel, char* reqAmount, char* dispLogic,
                             int currencyCode, DenomInfo* denoms, int maxNotes);
 
@@ -675,13 +701,14 @@ class [[gnu::visibility("default")]] VoATMUtil {
   // cfg/atm/bnamap/..._bnamap.cfg.
   //   depositBuf  one character that is skipped, then groups of a two-character id and a count: of
   //               two digits when up to 16 characters in multiples of 4 follow, else of three; four
-  //               groups of three-digit counts in exactly 20 characters
-  //   amountOut   receives "%d.00" of the total
-  //   mapOut      receives "value^count" of each group, joined by '|'; its first 8 bytes are
-  //               cleared first
+  //               groups of three-digit counts in exactly 20 characters; a trailing part of a group
+  //               is ignored
+  //   amountOut   receives "%d.00" of the total, up to 15 bytes
+  //   mapOut      receives "value^count" of each group, joined by '|', up to 64 bytes; its first 8
+  //               are cleared first
   // Returns 1, or -1 when no file opens (level 6), an id has no value (level 2), is "NILL" or is
-  // worth 0 (no level), or the text has another length. amountOut is written only on 1, mapOut may
-  // hold the groups before the failure.
+  // worth 0 (no level), or more than 16 characters follow, but for 20. amountOut is written only on
+  // 1, mapOut may hold the groups before the failure.
   int GetDepositAmount(const char* s1, const char* s2, const char* s3, const char* fallback,
                        char* depositBuf, char* amountOut, char* mapOut);
 

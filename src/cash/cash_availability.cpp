@@ -74,7 +74,7 @@ class CashPlan {
     bool agrees = true;
     for (int i = 0; i < positions_; ++i) {
       DenomInfo& cassette = denoms_[i];
-      cassette.LastDispNotes = NotesAt(logic_, i);
+      cassette.LastDispNotes = NotesOf(logic_ + 2 * i);
       if (cassette.LastDispNotes == 0 && cassette.Status == '@') continue;
       if (!IsOfCurrency(cassette)) continue;
       notes += cassette.LastDispNotes;
@@ -119,8 +119,9 @@ class CashPlan {
     return conflict;
   }
 
+  // The configured count, as ConfiguredLogicAgrees has read it.
   int TracedNotesAt(int position) {
-    const int notes = NotesAt(logic_, position);
+    const int notes = denoms_[position].LastDispNotes;
     trace_->trace(kDetail, "********Notes[%d]...Position[%d]", notes, position);
     return notes;
   }
@@ -240,7 +241,7 @@ class CashPlan {
   int positions_ = 0;
 
   DenomInfo available_[kMaxCassettes] = {};  // usable cassettes in position order
-  DenomInfo sorted_[kMaxCassettes] = {};     // the same, highest value first
+  DenomInfo sorted_[kMaxCassettes];          // the same, highest value first
   int appended_ = 0;
   int usable_ = 0;  // those with a face value
 
@@ -252,14 +253,17 @@ class CashPlan {
   char flagged_id_ = '\0';
 };
 
+// Prints the counts of all of a model's positions, cut at the width.
 void PrintLogic(const char* atm_model, const DenomInfo* denoms, char (&logic)[kWorkLogicSize]) {
-  const auto notes = [&](int position) { return denoms[position].LastDispNotes; };
-  if (CassettesOf(atm_model) == kEightCassettes) {
-    FormatText(logic, "%02d%02d%02d%02d%02d%02d%02d%02d", notes(0), notes(1), notes(2), notes(3),
-               notes(4), notes(5), notes(6), notes(7));
-  } else {
-    FormatText(logic, "%02d%02d%02d%02d", notes(0), notes(1), notes(2), notes(3));
+  const int count = CassettesOf(atm_model) == kEightCassettes ? kEightCassettes : kFourCassettes;
+  char whole[kMaxCassettes * kCountSize];
+  char* end = whole;
+  for (int i = 0; i < count; ++i) {
+    char digits[kCountSize];
+    SetDigits(digits, denoms[i].LastDispNotes, 2);
+    end = stpcpy(end, digits);
   }
+  SetText(logic, whole);
 }
 
 }  // namespace

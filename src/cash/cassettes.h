@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "common/text_field.h"
+
 namespace voatm {
 
 inline constexpr int kMaxCassettes = 8;
@@ -20,12 +22,16 @@ inline CassetteCount CassettesOf(const char* atm_model) {
   return kUnknownModel;
 }
 
-// The note count at a position (from 0) of a dispense logic; 0 behind the text's end.
-inline int NotesAt(const char* logic, int position) {
-  char digits[3] = {};
-  const std::size_t at = 2 * static_cast<std::size_t>(position);
-  if (strnlen(logic, at + 1) > at) memcpy(digits, logic + at, logic[at + 1] == '\0' ? 1 : 2);
-  return atoi(digits);
+inline bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+inline constexpr std::size_t kCountSize = 12;  // holds any count as "%02d" prints it
+
+// The note count that a pair of a dispense logic begins with, read as atoi reads it.
+inline int NotesOf(const char* pair) {
+  if (IsDigit(pair[0]) && IsDigit(pair[1])) return 10 * (pair[0] - '0') + (pair[1] - '0');
+  char text[3];
+  SetText(text, pair);
+  return atoi(text);
 }
 
 inline char UpperCase(char letter) {

@@ -44,12 +44,14 @@ int VoATMUtil::LoadDenomDetails(const char* text1, const char* text3, const char
     dptr->trace(kInformation, "Invaild Device Type[ %s ]", atmModel);
     return -1;
   }
+  const char* pair = dispLogic;
   for (int position = 0; position < positions; ++position) {
-    const int count = NotesAt(dispLogic, position);
+    const int count = NotesOf(pair);
+    pair += strnlen(pair, 2);                           // a short text has no notes behind its end
     if (count != 0) msg->DenomNotes[position] = count;  // Intended: 0 leaves the old count.
   }
-  FormatText(msg->DenomNum1, "%06d", num1);
-  FormatText(msg->DenomNum2, "%06d", num2);
+  SetDigits(msg->DenomNum1, num1, 6);
+  SetDigits(msg->DenomNum2, num2, 6);
   return 1;
 }
 

@@ -26,13 +26,6 @@ void FormatDispenseKey(char (&key)[kKeySize], const char* logic_name, int amount
   FormatText(key, "DISPENCE_LOGIC#%s_%d", name, amount_index);
 }
 
-// Appends a count as two digits; a longer one contributes its first two.
-void AppendCount(char* logic, int count) {
-  char digits[12];
-  FormatText(digits, "%02d", count);
-  AppendText(logic, digits, 2);
-}
-
 }  // namespace
 
 int VoATMUtil::GetDispLogic(const char* logicName, int amountIndex, const char* s1, const char* s2,
@@ -61,7 +54,10 @@ int VoATMUtil::GetDispLogic(const char* logicName, int amountIndex, const char* 
       dptr->trace(kError, "Denom Config Error");
       return -1;
     }
-    AppendCount(dispLogic, atoi(value));
+    // A count of 100 and more contributes its first two digits.
+    char digits[kCountSize];
+    SetDigits(digits, atoi(value), 2);
+    AppendText(dispLogic, digits, 2);
   }
   dptr->trace(kDetail, "Dispense logic[ %s ]", dispLogic);
   cfg.cfg_close();

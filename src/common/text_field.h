@@ -2,6 +2,7 @@
 #ifndef SRC_COMMON_TEXT_FIELD_H
 #define SRC_COMMON_TEXT_FIELD_H
 
+#include <cassert>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
@@ -31,11 +32,30 @@ template <std::size_t N>
   va_end(arguments);
 }
 
-// Whether the field's text, up to its NUL or its width, is exactly this text.
+// Zero-fills the field and prints a number as "%0*d" does with this width, cut as above.
+template <std::size_t N>
+void SetDigits(char (&field)[N], int number, std::size_t width) {
+  assert(width < N);
+  memset(field, 0, N);
+  unsigned rest = static_cast<unsigned>(number);
+  for (std::size_t at = width; at > 0; --at) {
+    field[at - 1] = static_cast<char>('0' + rest % 10);
+    rest /= 10;
+  }
+  // Negative and longer numbers are no one's normal case.
+  if (rest != 0 || number < 0) FormatText(field, "%0*d", static_cast<int>(width), number);
+}
+
+// Whether the field's text, up to its NUL or its width, is exactly this text. Each byte of the
+// field is read once: it may lie in shared memory and change meanwhile.
 template <std::size_t N>
 bool FieldIs(const char (&field)[N], const char* text) {
-  const std::size_t length = strnlen(field, N);
-  return strncmp(field, text, length) == 0 && text[length] == '\0';
+  for (const char c : field) {
+    if (c != *text) return false;
+    if (c == '\0') return true;
+    ++text;
+  }
+  return *text == '\0';
 }
 
 // Copies the field's text, up to its NUL or its width, and a NUL to out.
@@ -56,41 +76,6 @@ inline void AppendText(char* out, const char* text, std::size_t size) {
 
 // Clears a caller's text output: its first 8 bytes, the least size of any.
 inline void ClearOutput(char* out) { memset(out, 0, 8); }
-
-// A text to be found among many fields of N bytes. Ids share long prefixes and differ at their end,
-// so the eight bytes that end at the text's NUL are compared before the rest.
-template <std::size_t N>
-class TextKey {
- public:
-  explicit TextKey(const char* text = "") {
-    const std::size_t length = strnlen(text, N + 1);
-    fits_ = length <= N;
-    compared_ = length < N ? length + 1 : N;
-    memcpy(text_, text, fits_ ? length : N);
-    probe_offset_ = compared_ > kProbe ? compared_ - kProbe : 0;
-    const std::size_t probed = compared_ - probe_offset_;
-    memset(&probe_mask_, 0xff, probed);
-    memcpy(&probe_bits_, text_ + probe_offset_, probed);
-  }
-
-  bool Is(const char (&field)[N]) const {
-    std::uint64_t bits = 0;
-    memcpy(&bits, field + probe_offset_, kProbe);
-    return (bits & probe_mask_) == probe_bits_ && fits_ && memcmp(field, text_, compared_) == 0;
-  }
-
-  const char* text() const { return text_; }
-
- private:
-  static constexpr std::size_t kProbe = N < 8 ? N : 8;
-
-  char text_[N + 1] = {};
-  std::size_t compared_;  // bytes that decide: the text and its NUL, at most the field
-  std::size_t probe_offset_;
-  std::uint64_t probe_bits_ = 0;
-  std::uint64_t probe_mask_ = 0;
-  bool fits_;  // a longer text equals no field
-};
 
 }  // namespace voatm
 

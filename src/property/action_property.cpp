@@ -3,12 +3,13 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "common/field_key.h"
 #include "common/slot_scan.h"
 #include "common/text_field.h"
 #include "common/token.h"
 #include "common/trace.h"
 #include "property/key_walk.h"
-#include "property/walk_keys.h"
+#include "property/request_keys.h"
 #include "voatmutil.h"
 #include "vodebugutil.h"
 
@@ -21,46 +22,31 @@ constexpr LockTexts kActionPropertySemop = SameText("Error in Semop for AtmMemor
 
 enum Level : std::size_t { kInst, kLogical, kAtm, kLevels };
 
-constexpr int kLevelChoices[kLevels] = {2, 2, 2};
-
 using Rows = Slots<VoAtmActionProperty>;
 
-// The three keys that find an ATM's first row.
-class AtmRowKeys {
- public:
-  AtmRowKeys(VoDebugUtil* trace, const AtmKeys& keys) : trace_(trace), keys_(keys) {}
-
-  bool Matches(const VoAtmActionProperty& row, std::size_t level, int choice) const {
-    return keys_.Matches(row, level, choice);
+// Says that a choice for an ATM's key has no row.
+void TraceMiss(VoDebugUtil* trace, const AtmKeys& keys, std::size_t level,
+               const Choices<kLevels>& choices) {
+  const char* inst = keys.inst.Text(choices[kInst]);
+  const char* logical = keys.logical.Text(choices[kLogical]);
+  switch (level) {
+    case kInst:
+      trace->trace(kDetail, "Error in Searching InstTerminalGroup[%s] in VoAtmActionProperty Table",
+                   keys.InstShown(choices[kInst]));
+      break;
+    case kLogical:
+      trace->trace(kDetail,
+                   "Error in Searching InstTerminalGroup[%s] AtmLogicalGroup[%s] in "
+                   "VoAtmActionProperty Table",
+                   inst, logical);
+      break;
+    default:
+      trace->trace(kDetail,
+                   "Error in Searching InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] in "
+                   "VoAtmActionProperty Table",
+                   inst, logical, keys.atm.Text(choices[kAtm]));
   }
-
-  void TraceMiss(std::size_t level, const int (&choices)[kLevels]) const {
-    const char* inst = keys_.inst[choices[kInst]].text();
-    const char* logical = keys_.logical[choices[kLogical]].text();
-    switch (level) {
-      case kInst:
-        trace_->trace(kDetail,
-                      "Error in Searching InstTerminalGroup[%s] in VoAtmActionProperty Table",
-                      keys_.InstShown(choices[kInst]));
-        break;
-      case kLogical:
-        trace_->trace(kDetail,
-                      "Error in Searching InstTerminalGroup[%s] AtmLogicalGroup[%s] in "
-                      "VoAtmActionProperty Table",
-                      inst, logical);
-        break;
-      default:
-        trace_->trace(kDetail,
-                      "Error in Searching InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] in "
-                      "VoAtmActionProperty Table",
-                      inst, logical, keys_.atm[choices[kAtm]].text());
-    }
-  }
-
- private:
-  VoDebugUtil* trace_;
-  AtmKeys keys_;
-};
+}
 
 // One query, with or without locks.
 template <typename Lock>
@@ -88,8 +74,12 @@ class ActionQuery {
  private:
   // The first of the ATM's rows.
   int FindAtm() const {
-    const AtmRowKeys keys(util_.dptr, {inst_, logical_, atm_});
-    return Walk(kLevelChoices, keys, rows_, lock_);
+    const AtmKeys keys(inst_, logical_, atm_);
+    const WalkLevel levels[kLevels] = {
+        {keys.inst.keys, 2}, {keys.logical.keys, 2}, {keys.atm.keys, 2}};
+    return Walk(levels, rows_, lock_, [&](std::size_t level, const Choices<kLevels>& choices) {
+      TraceMiss(util_.dptr, keys, level, choices);
+    });
   }
 
   // Moves from the ATM's first row on with each status that has a flagged row there, in list order.
@@ -112,7 +102,7 @@ class ActionQuery {
   }
 
   int FindFlagged(int start, const char* code, char VoAtmActionProperty::*flag) const {
-    const TextKey<sizeof(VoAtmActionProperty::StatusCode)> key(code);
+    const FieldKey key(code, sizeof(VoAtmActionProperty::StatusCode));
     return FindSlot(rows_, start, lock_, [&](const VoAtmActionProperty& row, int) {
       return key.Is(row.StatusCode) && row.*flag == 'Y';
     });
@@ -156,14 +146,15 @@ class ActionQuery {
 
   // Intended: from the status row on, whatever the row's ATM, status and flag.
   int FindTxnCode(int start) const {
-    const TxnCodeKeys keys(txn_code_);
-    for (const TextKey<7>& key : keys.choices) {
+    const TxnCodeTexts texts(txn_code_);
+    for (const char* text : texts.choices) {
+      const FieldKey key(text, sizeof(VoAtmActionProperty::TxnCode));
       const int slot = FindSlot(rows_, start, lock_, [&](const VoAtmActionProperty& row, int) {
         return key.Is(row.TxnCode);
       });
       if (slot != kNoSlot) return slot;
       util_.dptr->trace(kDetail, "Error in Searching TxnCode[%s] in VoAtmActionProperty Table",
-                        key.text());
+                        text);
     }
     return kNoSlot;
   }

@@ -1,11 +1,12 @@
 // The ATM property table: the settings that apply to an ATM, transaction, response and currency.
 #include <cstddef>
 
+#include "common/field_key.h"
 #include "common/slot_scan.h"
 #include "common/text_field.h"
 #include "common/trace.h"
 #include "property/key_walk.h"
-#include "property/walk_keys.h"
+#include "property/request_keys.h"
 #include "voatmutil.h"
 #include "vodebugutil.h"
 
@@ -18,45 +19,50 @@ constexpr LockTexts kPropertySemop = SameText("Error in Semop for AtmMemory");
 
 enum Level : std::size_t { kInst, kLogical, kAtm, kTxn, kResp, kCurrency, kLevels };
 
-constexpr int kLevelChoices[kLevels] = {2, 2, 2, 3, 2, 2};
+constexpr int kAnyCurrency = 0;
 
 // The six keys of a request.
 class PropertyKeys {
  public:
-  PropertyKeys(VoDebugUtil* trace, const AtmKeys& atm, int txn_code, int resp_code, int currency)
-      : trace_(trace), atm_(atm), txn_(txn_code), currency_{currency, 0} {
-    char digits[4];
-    FormatText(digits, "%03d", resp_code);
-    resp_[0] = TextKey<4>(digits);
-    resp_[1] = TextKey<4>(kAny);
-  }
-
-  bool Matches(const VoAtmProperty& row, std::size_t level, int choice) const {
-    switch (level) {
-      case kTxn:
-        return txn_.choices[choice].Is(row.TxnCode);
-      case kResp:
-        return resp_[choice].Is(row.RespCode);
-      case kCurrency:
-        return currency_[choice] == row.CurrencyCode;
-      default:
-        return atm_.Matches(row, level, choice);
-    }
-  }
-
-  void TraceStart() const {
+  PropertyKeys(VoDebugUtil* trace, const char* inst, const char* logical, const char* atm,
+               int txn_code, int resp_code, int currency)
+      : trace_(trace), atm_(inst, logical, atm), txn_(txn_code), currency_(currency) {
+    SetDigits(resp_, resp_code, 3);
     trace_->trace(kDetail,
                   "InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] TxnCode[%s] RespCode[%s] "
                   "CurrencyCode[%d]",
-                  atm_.inst[0].text(), atm_.logical[0].text(), atm_.atm[0].text(),
-                  txn_.choices[0].text(), resp_[0].text(), currency_[0]);
+                  atm_.inst.Text(0), atm_.logical.Text(0), atm_.atm.Text(0), txn_.code, resp_,
+                  currency_);
   }
 
-  void TraceMiss(std::size_t level, const int (&choices)[kLevels]) const {
-    const char* inst = atm_.inst[choices[kInst]].text();
-    const char* logical = atm_.logical[choices[kLogical]].text();
-    const char* atm = atm_.atm[choices[kAtm]].text();
-    const char* txn = txn_.choices[choices[kTxn]].text();
+  // Walks to the row. Returns its slot, kNoSlot, or kLockFailed.
+  template <typename Lock>
+  int WalkTo(Slots<VoAtmProperty> rows, const Lock& lock) const {
+    constexpr std::size_t kTxnColumn = offsetof(VoAtmProperty, TxnCode);
+    constexpr std::size_t kTxnSize = sizeof(VoAtmProperty::TxnCode);
+    constexpr std::size_t kRespColumn = offsetof(VoAtmProperty, RespCode);
+    constexpr std::size_t kRespSize = sizeof(VoAtmProperty::RespCode);
+    constexpr std::size_t kCurrencyColumn = offsetof(VoAtmProperty, CurrencyCode);
+    const ColumnKey txn[] = {{kTxnColumn, {txn_.choices[0], kTxnSize}},
+                             {kTxnColumn, {txn_.choices[1], kTxnSize}},
+                             {kTxnColumn, {txn_.choices[2], kTxnSize}}};
+    const ColumnKey resp[] = {{kRespColumn, {resp_, kRespSize}}, {kRespColumn, {kAny, kRespSize}}};
+    const ColumnKey currency[] = {{kCurrencyColumn, FieldKey(currency_)},
+                                  {kCurrencyColumn, FieldKey(kAnyCurrency)}};
+    const WalkLevel levels[kLevels] = {{atm_.inst.keys, 2}, {atm_.logical.keys, 2},
+                                       {atm_.atm.keys, 2},  {txn, 3},
+                                       {resp, 2},           {currency, 2}};
+    return Walk(levels, rows, lock, [this](std::size_t level, const Choices<kLevels>& choices) {
+      TraceMiss(level, choices);
+    });
+  }
+
+ private:
+  void TraceMiss(std::size_t level, const Choices<kLevels>& choices) const {
+    const char* inst = atm_.inst.Text(choices[kInst]);
+    const char* logical = atm_.logical.Text(choices[kLogical]);
+    const char* atm = atm_.atm.Text(choices[kAtm]);
+    const char* txn = txn_.choices[choices[kTxn]];
     switch (level) {
       case kInst:
         // Intended: only an institution terminal group without any row is an error.
@@ -86,20 +92,19 @@ class PropertyKeys {
         trace_->trace(kDetail,
                       "Error in Searching InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] "
                       "TxnCode[%s] RespCode[%s] in VoAtmProperty Table",
-                      inst, logical, atm, txn, resp_[choices[kResp]].text());
+                      inst, logical, atm, txn, choices[kResp] == 0 ? resp_ : kAny);
         break;
       default:
         trace_->trace(kDetail, "Error in Searching CurrencyCode[%d] in VoAtmProperty Table",
-                      currency_[choices[kCurrency]]);
+                      choices[kCurrency] == 0 ? currency_ : kAnyCurrency);
     }
   }
 
- private:
   VoDebugUtil* trace_;
   AtmKeys atm_;
-  TxnCodeKeys txn_;
-  TextKey<4> resp_[2];
-  int currency_[2];
+  TxnCodeTexts txn_;
+  char resp_[sizeof(VoAtmProperty::RespCode)];
+  int currency_;
 };
 
 // Returns the row's slot, or kNoSlot with the caller's switches off, or kLockFailed.
@@ -111,10 +116,8 @@ int ResolveProperty(VoATMUtil& util, const Lock& lock, const char* inst, const c
                    "InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] TxnCode[%d] RespCode[%d] "
                    "CurrencyCode[%d]",
                    inst, logical, atm, txn_code, resp_code, currency);
-  const PropertyKeys keys(util.dptr, {inst, logical, atm}, txn_code, resp_code, currency);
-  keys.TraceStart();
-  const Slots<VoAtmProperty> rows = TableSlots(util.AtmPropertyPtr, util.MaxAtmProperty);
-  const int slot = Walk(kLevelChoices, keys, rows, lock);
+  const PropertyKeys keys(util.dptr, inst, logical, atm, txn_code, resp_code, currency);
+  const int slot = keys.WalkTo(TableSlots(util.AtmPropertyPtr, util.MaxAtmProperty), lock);
   if (slot == kNoSlot) util.resetAtmProperty(property);
   return slot;
 }

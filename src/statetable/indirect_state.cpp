@@ -1,8 +1,10 @@
 // Indirect states: the next state of a card by the longest card-number prefix in the FIT table.
 #include <strings.h>
 
+#include <cstdint>
 #include <cstring>
 
+#include "common/field_key.h"
 #include "common/slot_scan.h"
 #include "common/text_field.h"
 #include "voatmutil.h"
@@ -19,11 +21,25 @@ using PrefixPattern = char[kPrefixLength + 1];
 
 static_assert(sizeof(PrefixPattern) == sizeof(AtmFit::CardPrefix));
 
-// The card number whose prefixes are looked for.
+// The card number whose longest prefix is looked for.
 class CardNumber {
  public:
-  explicit CardNumber(const char* number)
-      : number_(number), length_(static_cast<int>(strnlen(number, kPrefixLength))) {}
+  explicit CardNumber(const char* number) {
+    const std::size_t length = strnlen(number, kPrefixLength);
+    memcpy(number_, number, length);
+    length_ = static_cast<int>(length);
+    LookForLonger(0);
+  }
+
+  // From now on only prefixes longer than this matter.
+  void LookForLonger(int than) {
+    for (int i = 0; i <= than && i < kProbe; ++i) wanted_[i] = '\xff';
+  }
+
+  // Whether the pattern begins as a longer prefix would: one comparison that rules most out.
+  bool MayHaveLonger(const PrefixPattern& pattern) const {
+    return ((Load(pattern) ^ Load(number_)) & Load(wanted_)) == 0;
+  }
 
   // How many of the card number's first ten characters the pattern has for its prefix, 0 when it
   // does not match. Intended: a shorter number matches a pattern that is that number, unfilled, as
@@ -41,18 +57,28 @@ class CardNumber {
   }
 
  private:
-  const char* number_;
+  static constexpr int kProbe = sizeof(std::uint64_t);
+
+  static std::uint64_t Load(const char* bytes) {
+    std::uint64_t word;
+    memcpy(&word, bytes, sizeof word);
+    return word;
+  }
+
+  char number_[kPrefixLength] = {};
+  char wanted_[kProbe] = {};  // the bytes in which a longer prefix agrees with the number
   int length_;
 };
 
 int FindLongestPrefix(Slots<AtmFit> fits, const char* fit_key1, const char* fit_key2,
                       const char* card_number) {
-  const TextKey<sizeof(AtmFit::MatchKey1)> key1(fit_key1);
-  const TextKey<sizeof(AtmFit::MatchKey2)> key2(fit_key2);
-  const CardNumber card(card_number);
+  const FieldKey key1(fit_key1, sizeof(AtmFit::MatchKey1));
+  const FieldKey key2(fit_key2, sizeof(AtmFit::MatchKey2));
+  CardNumber card(card_number);
   int longest = 0;
   int found = kNoSlot;
   FindSlot(fits, 0, NoLock(), [&](const AtmFit& fit, int slot) {
+    if (!card.MayHaveLonger(fit.CardPrefix)) return false;
     const bool first = key1.Is(fit.MatchKey1);
     // Intended: the second key makes no difference; the form is kept.
     const bool candidate = (key2.Is(fit.MatchKey2) && first) || first;
@@ -61,6 +87,7 @@ int FindLongestPrefix(Slots<AtmFit> fits, const char* fit_key1, const char* fit_
     if (prefix > longest) {
       longest = prefix;
       found = slot;
+      card.LookForLonger(longest);
     }
     return longest == kPrefixLength;
   });

@@ -17,8 +17,8 @@ enum MessageSubCode { kReport = 13, kLogEntry = 15 };
 template <typename Payload>
 void Stamp(Payload& payload) {
   VoDateTimeUtil clock;
-  FormatText(payload.Time, "%06d", clock.getSysTime());
-  FormatText(payload.Date, "%06d", clock.getSysDate());
+  SetDigits(payload.Time, clock.getSysTime(), 6);
+  SetDigits(payload.Date, clock.getSysDate(), 6);
 }
 
 template <typename Payload>

@@ -1,6 +1,7 @@
 // Device status: the array of recent codes and the status message.
 #include <cstring>
 
+#include "common/field_key.h"
 #include "common/slot_scan.h"
 #include "common/text_field.h"
 #include "common/token.h"
@@ -20,7 +21,6 @@ constexpr char kInMessage = 'S';         // kind of a code that belongs in the s
 constexpr int kRows = 15;
 
 using StatusRow = char[11];
-using CodeKey = TextKey<sizeof(VoAtmStatus::StatusCode)>;
 
 // Copies a code into a row, cut at its width; what stands behind the copy's NUL stays.
 void CopyCode(StatusRow& row, const char* code) {
@@ -63,7 +63,7 @@ template <typename Lock>
 void BuildStatus(VoATMUtil& util, const Lock& lock, StatusRow* rows, const char* code,
                  char* message) {
   RecordCode(rows, code);
-  const CodeKey key(code);
+  const FieldKey key(code, sizeof(VoAtmStatus::StatusCode));
   FindSlot(TableSlots(util.AtmStatusPtr, util.MaxAtmStatus), 0, lock,
            [&](const VoAtmStatus& status, int) {
              if (strcmp(message, kNone) == 0) ClearOutput(message);

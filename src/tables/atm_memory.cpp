@@ -1,6 +1,7 @@
 // The ATM memory table: one record an ATM.
 #include <cstdio>
 
+#include "common/field_key.h"
 #include "common/slot_scan.h"
 #include "common/text_field.h"
 #include "voatmutil.h"
@@ -10,8 +11,6 @@ using namespace voatm;
 namespace {
 
 constexpr LockTexts kAtmMemorySemop = SameText("Error in Semop for AtmMemory");
-
-using AtmIdKey = TextKey<sizeof(AtmMemoryTable::AtmId)>;
 
 Slots<AtmMemoryTable> AtmSlots(const VoATMUtil& util) {
   return TableSlots(util.AtmMemoryPtr, util.MaxAtm);
@@ -27,7 +26,7 @@ bool InGroup(const AtmMemoryTable& atm, const char* grouping_key) {
 
 template <typename Lock>
 int ReadAtm(VoATMUtil& util, const Lock& lock, const char* id, AtmMemoryTable* record) {
-  const AtmIdKey key(id);
+  const FieldKey key(id, sizeof(AtmMemoryTable::AtmId));
   return FoundOrNot(FindSlot(AtmSlots(util), 0, lock, [&](const AtmMemoryTable& atm, int slot) {
     if (!key.Is(atm.AtmId)) return false;
     *record = atm;
@@ -39,7 +38,7 @@ int ReadAtm(VoATMUtil& util, const Lock& lock, const char* id, AtmMemoryTable* r
 template <typename Lock>
 int WriteAtm(const VoATMUtil& util, const Lock& lock, const char* id,
              const AtmMemoryTable* record) {
-  const AtmIdKey key(id);
+  const FieldKey key(id, sizeof(AtmMemoryTable::AtmId));
   const auto copy_in = [&](AtmMemoryTable& atm, int) {
     if (!key.Is(atm.AtmId)) return false;
     atm = *record;
@@ -59,7 +58,7 @@ int WriteAtm(const VoATMUtil& util, const Lock& lock, const char* id,
 
 template <typename Lock>
 int VerifyAtm(const VoATMUtil& util, const Lock& lock, const char* id) {
-  const AtmIdKey key(id);
+  const FieldKey key(id, sizeof(AtmMemoryTable::AtmId));
   return FoundOrNot(FindSlot(AtmSlots(util), 0, lock,
                              [&](const AtmMemoryTable& atm, int) { return key.Is(atm.AtmId); }));
 }

@@ -1,4 +1,5 @@
 // The FIT table: card ranges, selected by three keys.
+#include "common/field_key.h"
 #include "common/slot_scan.h"
 #include "common/text_field.h"
 #include "voatmutil.h"
@@ -23,7 +24,9 @@ SlotLock FitLock(const VoATMUtil& util, const LockTexts& texts) {
 class Selection {
  public:
   Selection(const char* key1, const char* key2, const char* key3)
-      : key1_(key1), key2_(key2), key3_(key3) {}
+      : key1_(key1, sizeof(AtmFit::MatchKey1)),
+        key2_(key2, sizeof(AtmFit::MatchKey2)),
+        key3_(key3, sizeof(AtmFit::MatchKey3)) {}
 
   bool Has(const AtmFit& fit) const {
     if (!key1_.Is(fit.MatchKey1)) return false;
@@ -33,15 +36,15 @@ class Selection {
   }
 
  private:
-  TextKey<sizeof(AtmFit::MatchKey1)> key1_;
-  TextKey<sizeof(AtmFit::MatchKey2)> key2_;
-  TextKey<sizeof(AtmFit::MatchKey3)> key3_;
+  FieldKey key1_;
+  FieldKey key2_;
+  FieldKey key3_;
 };
 
 // Intended: the sense is inverted. It answers whether the id is still free.
 template <typename Lock>
 int VerifyFit(const VoATMUtil& util, const Lock& lock, const char* id) {
-  const TextKey<sizeof(AtmFit::FitId)> key(id);
+  const FieldKey key(id, sizeof(AtmFit::FitId));
   const int slot =
       FindSlot(FitSlots(util), 0, lock, [&](const AtmFit& fit, int) { return key.Is(fit.FitId); });
   return slot == kNoSlot ? 1 : -1;

@@ -1,4 +1,5 @@
 // Presence tests and counts on the property and status tables.
+#include "common/field_key.h"
 #include "common/slot_scan.h"
 #include "common/text_field.h"
 #include "voatmutil.h"
@@ -43,7 +44,7 @@ int CountDefined(Slots<Record> slots, const Lock& lock) {
 
 template <typename Lock>
 int VerifyStatus(const VoATMUtil& util, const Lock& lock, const char* code) {
-  const TextKey<sizeof(VoAtmStatus::StatusCode)> key(code);
+  const FieldKey key(code, sizeof(VoAtmStatus::StatusCode));
   return FoundOrNot(FindSlot(TableSlots(util.AtmStatusPtr, util.MaxAtmStatus), 0, lock,
                              [&](const VoAtmStatus& s, int) { return key.Is(s.StatusCode); }));
 }
