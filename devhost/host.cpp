@@ -1,0 +1,157 @@
+#include "devhost/host.h"
+
+#include <sys/sem.h>
+#include <sys/shm.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <map>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+#include "devhost/locate_service.h"
+#include "devhost/seed.h"
+
+namespace devhost {
+namespace {
+
+constexpr unsigned short kFreeUnits = 2;  // a holder takes two
+constexpr const char* kQueueOwner = "VoChannelMgr";
+
+union SemaphoreArgument {  // the system leaves its declaration to the caller
+  unsigned short* values;
+  struct seminfo* limits;
+};
+
+std::runtime_error SystemError(int error, const std::string& failed) {
+  return std::runtime_error(std::string(std::strerror(error)) + ": " + failed);
+}
+
+// Refuses a table with more slots than the system lets a semaphore set have.
+void CheckSetSize(const RecordTable& record, int slots) {
+  struct seminfo limits {};
+  SemaphoreArgument argument{};
+  argument.limits = &limits;
+  if (semctl(0, 0, IPC_INFO, argument) < 0) {
+    throw SystemError(errno, "cannot read the limits of semaphores");
+  }
+  if (slots <= limits.semmsl) return;
+  throw std::runtime_error(std::string(record.count.key) + " " + std::to_string(slots) +
+                           " is more than a semaphore set may have here, " +
+                           std::to_string(limits.semmsl) + " (SEMMSL of kernel.sem)");
+}
+
+std::vector<char> FreeSlots(const RecordTable& record, int slots) {
+  std::vector<char> image(static_cast<std::size_t>(slots) * record.record_size);
+  for (std::size_t at = record.key().offset; at < image.size(); at += record.record_size) {
+    std::memcpy(&image[at], kFreeSlot, std::strlen(kFreeSlot));
+  }
+  return image;
+}
+
+}  // namespace
+
+Host::Host(const std::string& home, bool replace) : settings_(ReadSettings(home)) {
+  const Images images = LoadTables(home);
+  ClearTheWay(replace);
+  // The queue comes first: a driver that starts in between would create it. Its request waits there
+  // until all is filled.
+  objects_.emplace_back(IpcKind::kQueue, kQueueOwner, settings_.queue_key, 0);
+  for (std::size_t i = 0; i < kTableCount; ++i) CreateTable(tables_[i], images[i]);
+}
+
+Host::Images Host::LoadTables(const std::string& home) {
+  Images images;
+  for (std::size_t i = 0; i < kTableCount; ++i) {
+    const RecordTable& record = kRecordTables[i];
+    const auto [key, slots] = settings_.tables[i];
+    CheckSetSize(record, slots);
+    images[i] = FreeSlots(record, slots);
+    const int rows = Seed(record, home + "/tables/" + record.seed_file, images[i].data(), slots);
+    images[i].resize(
+        std::max<std::size_t>(images[i].size(), 1));  // the system has no empty segment
+    tables_.push_back({&record, key, slots, rows, images[i].size()});
+  }
+  return images;
+}
+
+void Host::ClearTheWay(bool replace) const {
+  std::string existing;
+  const auto clear = [&](IpcKind kind, const char* owner, int key) {
+    const int id = FindIpc(kind, key);
+    if (id < 0) return;
+    const std::string object = DescribeIpc(kind, owner, key) + ", id " + std::to_string(id);
+    if (!replace) {
+      existing += "\n  " + object;
+    } else if (!RemoveIpc(kind, id)) {
+      const int error = errno;
+      throw SystemError(error, "cannot remove the " + object);
+    }
+  };
+  clear(IpcKind::kQueue, kQueueOwner, settings_.queue_key);
+  for (const Table& table : tables_) {
+    clear(IpcKind::kSegment, table.record->name, table.key);
+    clear(IpcKind::kSemaphoreSet, table.record->name, table.key);
+  }
+  if (!existing.empty())
+    throw std::runtime_error("objects exist already and were not to be replaced:" + existing);
+}
+
+void Host::CreateTable(const Table& table, const std::vector<char>& image) {
+  const char* name = table.record->name;
+  const int segment = objects_.emplace_back(IpcKind::kSegment, name, table.key, image.size()).id();
+  void* records = shmat(segment, nullptr, 0);
+  if (reinterpret_cast<std::intptr_t>(records) == -1) {
+    const int error = errno;
+    throw SystemError(error,
+                      "cannot attach the " + DescribeIpc(IpcKind::kSegment, name, table.key));
+  }
+  std::memcpy(records, image.data(), image.size());
+  shmdt(records);
+
+  const auto count = static_cast<std::size_t>(std::max(table.slots, 1));
+  const int set = objects_.emplace_back(IpcKind::kSemaphoreSet, name, table.key, count).id();
+  std::vector<unsigned short> units(count, kFreeUnits);
+  SemaphoreArgument argument{};
+  argument.values = units.data();
+  if (semctl(set, 0, SETALL, argument) < 0) {
+    const int error = errno;
+    throw SystemError(error,
+                      "cannot set the " + DescribeIpc(IpcKind::kSemaphoreSet, name, table.key));
+  }
+}
+
+void Host::Serve(const std::function<void()>& ready) {
+  std::map<std::string, int> keys;
+  for (const Table& table : tables_) keys[table.record->name] = table.key;
+  LocateService service(objects_.front().id(), std::move(keys));
+  std::atomic<int> error{0};
+  std::thread worker([&] {
+    error = service.Run();
+    Stop();
+  });
+  std::exception_ptr failure;
+  try {
+    ready();
+    stop_.Wait();
+  } catch (...) {
+    failure = std::current_exception();
+  }
+  // An error that is there before the queue is removed here is somebody else's doing.
+  const int cause = error;
+  objects_.front().Remove();
+  worker.join();
+  if (failure) std::rethrow_exception(failure);
+  const std::string queue = DescribeIpc(IpcKind::kQueue, kQueueOwner, queue_key());
+  if (cause == EIDRM || cause == EINVAL) {
+    throw std::runtime_error("somebody else removed the " + queue);
+  }
+  if (cause != 0) throw SystemError(cause, "cannot receive from the " + queue);
+}
+
+}  // namespace devhost

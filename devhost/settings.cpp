@@ -1,0 +1,60 @@
+#include "devhost/settings.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <limits>
+#include <stdexcept>
+
+#include "vocfgutil.h"
+
+namespace devhost {
+namespace {
+
+constexpr CountSource kOriginKey = {"vokernel.cfg", "CHANNEL#ORGKEY"};
+constexpr int kQueueKeyOffset = 2;
+constexpr int kFirstTableKeyOffset = 10;
+constexpr int kLargestOffset = kFirstTableKeyOffset + static_cast<int>(kTableCount) - 1;
+
+enum class Empty { kZero, kRefused };
+
+int ReadNumber(const std::string& home, const CountSource& source, int largest, Empty empty) {
+  const std::string path = home + "/cfg/" + source.file;
+  VoCfgUtil reader;
+  if (reader.cfg_open(path.c_str()) < 0) throw std::runtime_error("cannot open " + path);
+  char value[VoCfgUtil::kMaxField + 1] = {};
+  if (reader.cfg_search(source.key, value, 2) < 0) {
+    throw std::runtime_error(std::string("no readable value for ") + source.key + " in " + path);
+  }
+  const std::string text = value;
+  const std::string place = std::string(source.key) + " \"" + text + "\" in " + path + ":" +
+                            std::to_string(reader.line());
+  const bool digits =
+      std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+  if (!digits || (text.empty() && empty == Empty::kRefused)) {
+    throw std::runtime_error("not a whole number: " + place);
+  }
+  // A text of many digits ends as LONG_MAX.
+  const long number = std::strtol(text.c_str(), nullptr, 10);
+  if (number > largest) {
+    throw std::runtime_error("larger than " + std::to_string(largest) + ": " + place);
+  }
+  return static_cast<int>(number);
+}
+
+}  // namespace
+
+Settings ReadSettings(const std::string& home) {
+  constexpr int kMaxInt = std::numeric_limits<int>::max();
+  const int origin = ReadNumber(home, kOriginKey, kMaxInt - kLargestOffset, Empty::kRefused);
+  Settings settings{};
+  settings.queue_key = origin + kQueueKeyOffset;
+  int key = origin + kFirstTableKeyOffset;
+  for (std::size_t i = 0; i < kTableCount; ++i) {
+    settings.tables[i].key = key++;
+    settings.tables[i].slots = ReadNumber(home, kRecordTables[i].count, kMaxInt, Empty::kZero);
+  }
+  return settings;
+}
+
+}  // namespace devhost
