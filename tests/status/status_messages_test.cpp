@@ -1,0 +1,106 @@
+#include "support/driver_test.h"
+#include "support/semop_fault.h"
+
+namespace {
+
+class StatusMessagesTest : public DriverTest {
+ protected:
+  StatusMessagesTest() {
+    const VoAtmStatus statuses[] = {{"A1", 'S'}, {"N4", 'N'}, {"C3", 'S'}, {"A1", 'N'}};
+    memcpy(util_.AtmStatusPtr, statuses, sizeof statuses);
+  }
+
+  void Build(std::string code) { util_.BuiltStatusMsg(rows_, code.data(), message_); }
+
+  char rows_[15][11] = {};
+  char message_[101] = "";
+};
+
+IN_BOTH_LOCK_MODES(StatusMessagesTest);
+
+TEST_P(StatusMessagesTest, AppendACodeOnceForEachOtherCodeWithin99Characters) {
+  const std::string longest = "A1|" + std::string(93, 'x') + "|";
+  const struct {
+    std::string before;
+    const char* code;
+    std::string after;
+  } cases[] = {{"A1|B2|", "C3", "A1|B2|C3|C3|"},
+               {"C3|A1|", "C3", "C3|A1|C3|"},
+               {"A1|B2", "C3", "A1|B2C3|"},  // the last one counts only with its '|'
+               {"A1|B2|", "N4", "A1|B2|"},
+               {"A1|B2|", "XX", "A1|B2|"},
+               {"", "C3", ""},
+               {"NONE", "C3", ""},
+               {"NONE", "XX", ""},
+               {longest, "C3", longest + "C3|"},
+               {"A" + longest, "C3", "A" + longest}};
+  for (const auto& c : cases) {
+    strcpy(message_, c.before.c_str());
+    Build(c.code);
+    EXPECT_EQ(message_, c.after) << c.before;
+  }
+  EXPECT_EQ(trace_.Take(), "");
+}
+
+TEST_P(StatusMessagesTest, FillTheArrayThenOverwriteItWhole) {
+  const auto code = [](int i) { return "code-" + std::to_string(i); };
+  for (int i = 0; i < 15; ++i) Build(code(i));
+  memset(rows_[3] + 7, '#', 4);
+  Build("code-3");
+  EXPECT_EQ(memcmp(rows_[3], "code-3\0\0\0\0", 11), 0);
+  for (int i = 0; i < 15; ++i) EXPECT_EQ(rows_[i], code(i));
+  Build("a-code-too-long");
+  for (const char* row : rows_) EXPECT_STREQ(row, "a-code-too");
+}
+
+TEST_P(StatusMessagesTest, AreClearedWithRowZero) {
+  Build("A1");
+  Build("B2");
+  char code[] = "12345678#";
+  strcpy(message_, code);
+  EXPECT_EQ(util_.ClearStatus(rows_, code, message_), 1);
+  for (const char* text : {rows_[0], code, message_}) EXPECT_EQ(memcmp(text, "NONE\0\0\0", 8), 0);
+  EXPECT_EQ(message_[8], '#');
+  Build("C3");
+  EXPECT_STREQ(rows_[1], "B2");
+  EXPECT_STREQ(rows_[2], "C3");
+}
+
+TEST_P(StatusMessagesTest, TakeACodeOfWhichTheyHoldAtMost99Characters) {
+  const struct {
+    int used, len, result;
+    const char* added;
+  } cases[] = {{95, 5, 0, ""}, {95, 4, 5, "abcd|"}, {0, 99, 100, "abcdef|"}, {0, -1, 0, ""}};
+  for (const auto& c : cases) {
+    const std::string before(static_cast<std::size_t>(c.used), 'x');
+    strcpy(message_, before.c_str());
+    EXPECT_EQ(util_.BuiltStatusCode(std::string("abcdef").data(), c.len, message_), c.result);
+    EXPECT_EQ(message_, before + c.added);
+  }
+}
+
+// Of the calls for slot 2, the fifth takes it and the sixth gives it back.
+TEST_P(StatusMessagesTest, HoldTheMatchingSlotWhileAppending) {
+  for (const int nth : {5, 6}) {
+    strcpy(message_, "A1|");
+    const SemopFault fault = WithFailingSemop(nth, [&] {
+      Build("C3");
+      return 0;
+    });
+    EXPECT_EQ(fault.slot, locked() ? 2 : -1);
+    EXPECT_EQ(fault.giving, locked() && nth == 6);
+    EXPECT_STREQ(message_, locked() && nth == 5 ? "A1|" : "A1|C3|");
+    EXPECT_EQ(trace_.Take(), locked() ? "2 Error in Semop for AtmStatus" + SysErr(EIDRM) : "");
+  }
+}
+
+TEST_P(StatusMessagesTest, SayWhenTheSetIsGone) {
+  RemoveSet(util_.AtmStatusSemid);
+  strcpy(message_, "NONE");
+  Build("A1");
+  EXPECT_STREQ(rows_[0], "A1");
+  EXPECT_STREQ(message_, locked() ? "NONE" : "");
+  EXPECT_EQ(trace_.Take(), locked() ? "2 Error in Semop for AtmStatus" + SysErr(EINVAL) : "");
+}
+
+}  // namespace

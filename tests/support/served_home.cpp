@@ -1,0 +1,95 @@
+#include "support/served_home.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+
+#include "devhost/host.h"
+
+namespace {
+
+// Keys of this process's own, sixteen a home.
+int NextKeyBase() {
+  static int homes = 0;
+  return 0x20000000 + ((getpid() & 0xffff) << 12) + 16 * (homes++ & 0xff);
+}
+
+[[noreturn]] void RunHost(const std::string& path, int ready) {
+  prctl(PR_SET_PDEATHSIG, SIGTERM);
+  try {
+    devhost::Host host(path, false);
+    host.Serve([&] {
+      if (write(ready, "r", 1) != 1) _exit(1);
+    });
+  } catch (const std::exception& error) {
+    std::cerr << "host: " << error.what() << '\n';
+  }
+  _exit(0);
+}
+
+pid_t StartHost(const std::string& path) {
+  int ready[2];
+  if (pipe(ready) != 0) return -1;
+  const pid_t host = fork();
+  if (host == 0) RunHost(path, ready[1]);
+  close(ready[1]);
+  char answer;
+  EXPECT_EQ(read(ready[0], &answer, 1), 1) << "the host did not start";
+  close(ready[0]);
+  return host;
+}
+
+}  // namespace
+
+TestHome::TestHome() : path_(testing::TempDir() + "voatm.XXXXXX") {
+  EXPECT_NE(mkdtemp(path_.data()), nullptr);
+  setenv("VODIR_HOME", path_.c_str(), 1);
+}
+
+TestHome::~TestHome() {
+  unsetenv("VODIR_HOME");
+  std::filesystem::remove_all(path_);
+}
+
+void TestHome::Write(const std::string& file, const std::string& text) const {
+  const std::filesystem::path whole = path_ + "/" + file;
+  std::filesystem::create_directories(whole.parent_path());
+  std::ofstream(whole) << text;
+}
+
+std::string TestHome::Read(const std::string& file) const {
+  std::ifstream stream(path_ + "/" + file);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+void TestHome::Remove(const std::string& file) const {
+  std::filesystem::remove_all(path_ + "/" + file);
+}
+
+void WriteStartUpFiles(const TestHome& home, int key_base, const SlotCounts& counts) {
+  home.Write("cfg/vokernel.cfg", "[CHANNEL]\nORGKEY " + std::to_string(key_base) + "\n");
+  home.Write("cfg/vobusiness.cfg", "[VOBUSINESS]\nMAXATM " + std::to_string(counts.atm) +
+                                       "\nMAXFIT " + std::to_string(counts.fit) +
+                                       "\nMAXATMPROPERTY " + std::to_string(counts.property) +
+                                       "\nMAXATMSTATUS " + std::to_string(counts.status) + "\n");
+  home.Write("cfg/vosecurity.cfg", "MAXSECURITY " + std::to_string(counts.security) + "\n");
+}
+
+ServedHome::ServedHome(const SlotCounts& counts) : key_base_(NextKeyBase()) {
+  WriteStartUpFiles(*this, key_base_, counts);
+  host_ = StartHost(path());
+}
+
+ServedHome::~ServedHome() {
+  if (host_ <= 0) return;
+  kill(host_, SIGTERM);
+  waitpid(host_, nullptr, 0);
+}
