@@ -43,7 +43,7 @@ int GetIpc(IpcKind kind, key_t key, std::size_t size, int flags) {
 
 std::string DescribeIpc(IpcKind kind, const std::string& owner, key_t key) {
   char numbers[48];
-  std::snprintf(numbers, sizeof numbers, "%d (0x%x)", key, static_cast<unsigned>(key));
+  std::snprintf(numbers, sizeof numbers, "%d (0x%08x)", key, static_cast<unsigned>(key));
   return std::string(KindName(kind)) + " of " + owner + ", key " + numbers;
 }
 

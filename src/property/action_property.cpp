@@ -119,6 +119,7 @@ class ActionQuery {
       return -1;
     }
     util_.dptr->trace(kDetail, "inside tableoffset[%d]", slot);
+    // Intended: here and for a value, the row is read after its slot was given back.
     char text[sizeof(VoAtmActionProperty::ActionText)];
     SetText(text, rows_.first[slot].ActionText);
     strcpy(action, text);
