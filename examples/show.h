@@ -37,12 +37,17 @@ constexpr char kFallback[] = "COMMON";
 }
 
 // The layered file of a kind that the library reads for this ATM.
-inline std::string FileRead(const std::string& directory, const std::string& suffix) {
-  const std::string inst = kInst;
-  const std::string group = inst + "_" + kGroup;
-  for (const std::string& scope : {group + "_" + kAtm, group, inst, std::string(kFallback)}) {
-    const std::string file = "cfg/atm/" + directory + "/" + scope + "_" + suffix;
-    if (access((std::string(getenv("VODIR_HOME")) + "/" + file).c_str(), R_OK) == 0) return file;
+inline std::string FileRead(const char* directory, const char* suffix) {
+  const char* home = getenv("VODIR_HOME");
+  const std::string institution = kInst;
+  const std::string group = institution + '_' + kGroup;
+  for (const std::string& scope :
+       {group + '_' + kAtm, group, institution, std::string(kFallback)}) {
+    char file[251];
+    char path[512];
+    snprintf(file, sizeof file, "cfg/atm/%s/%s_%s", directory, scope.c_str(), suffix);
+    snprintf(path, sizeof path, "%s/%s", home != nullptr ? home : "", file);
+    if (access(path, R_OK) == 0) return file;
   }
   return "no file";
 }
