@@ -60,8 +60,8 @@ constexpr RecordField kAtmPropertyFields[] = {
     MEMBER(VoAtmProperty, PropertySwitch4), MEMBER(VoAtmProperty, PropertySwitch5),
     MEMBER(VoAtmProperty, PropertySwitch6), BYTES(VoAtmProperty, Uninterpreted2),
     MEMBER(VoAtmProperty, TxnCode),         MEMBER(VoAtmProperty, RespCode),
-    MEMBER(VoAtmProperty, PropertySwitch7), MEMBER(VoAtmProperty, CurrencyCode),
-    BYTES(VoAtmProperty, Uninterpreted3),
+    MEMBER(VoAtmProperty, PropertySwitch7), BYTES(VoAtmProperty, Padding),
+    MEMBER(VoAtmProperty, CurrencyCode),    BYTES(VoAtmProperty, Uninterpreted3),
 };
 
 constexpr RecordField kAtmActionPropertyFields[] = {
@@ -90,22 +90,26 @@ constexpr CountSource kMaxAtmProperty = {"vobusiness.cfg", "VOBUSINESS#MAXATMPRO
 constexpr CountSource kMaxAtmStatus = {"vobusiness.cfg", "VOBUSINESS#MAXATMSTATUS"};
 
 template <typename Record, std::size_t kCount>
-constexpr RecordTable Table(const char* name, const char* seed_file, CountSource count,
-                            const RecordField (&fields)[kCount], std::size_t key_field) {
-  return {name, seed_file, sizeof(Record), count, fields, kCount, key_field};
+constexpr RecordTable Table(const char* name, const char* short_name, const char* seed_file,
+                            CountSource count, const RecordField (&fields)[kCount],
+                            std::size_t key_field, bool confidential = false) {
+  return {name,   short_name, seed_file, sizeof(Record), count,
+          fields, kCount,     key_field, confidential};
 }
 
 }  // namespace
 
 const std::array<RecordTable, kTableCount> kRecordTables = {
-    Table<AtmMemoryTable>("ATMMEMORY", "atm_memory.json", kMaxAtm, kAtmMemoryFields, 0),
-    Table<AtmFit>("ATMFITMEMORY", "atm_fit.json", kMaxFit, kAtmFitFields, 0),
-    Table<VoSecurity>("VOSECURITYMEMORY", "vo_security.json", kMaxSecurity, kSecurityFields, 0),
-    Table<VoAtmProperty>("ATMPROPERTYMEMORY", "atm_property.json", kMaxAtmProperty,
+    Table<AtmMemoryTable>("ATMMEMORY", "atm", "atm_memory.json", kMaxAtm, kAtmMemoryFields, 0),
+    Table<AtmFit>("ATMFITMEMORY", "fit", "atm_fit.json", kMaxFit, kAtmFitFields, 0),
+    Table<VoSecurity>("VOSECURITYMEMORY", "security", "vo_security.json", kMaxSecurity,
+                      kSecurityFields, 0, true),
+    Table<VoAtmProperty>("ATMPROPERTYMEMORY", "property", "atm_property.json", kMaxAtmProperty,
                          kAtmPropertyFields, 1),
-    Table<VoAtmActionProperty>("ATMACTIONPROPERTYMEMORY", "atm_action_property.json",
+    Table<VoAtmActionProperty>("ATMACTIONPROPERTYMEMORY", "action", "atm_action_property.json",
                                kMaxAtmProperty, kAtmActionPropertyFields, 1),
-    Table<VoAtmStatus>("ATMSTATUSMEMORY", "atm_status.json", kMaxAtmStatus, kAtmStatusFields, 0),
+    Table<VoAtmStatus>("ATMSTATUSMEMORY", "status", "atm_status.json", kMaxAtmStatus,
+                       kAtmStatusFields, 0),
 };
 
 }  // namespace devhost

@@ -15,7 +15,8 @@ enum class FieldKind {
   kBytes,  // another process's; shown and given as bytes only
 };
 
-// One leaf of a record. Leaves of nested records stand flat, at their offset in the whole record.
+// One leaf of a record. Leaves of nested records stand flat, at their offset in the whole record;
+// together they are all its bytes.
 struct RecordField {
   const char* name;  // as in voatmutil.h
   std::size_t offset;
@@ -30,17 +31,20 @@ struct CountSource {
 };
 
 struct RecordTable {
-  const char* name;       // as in a locate request
-  const char* seed_file;  // below tables/
+  const char* name;        // as in a locate request
+  const char* short_name;  // as people say it
+  const char* seed_file;   // below tables/
   std::size_t record_size;
   CountSource count;
   const RecordField* fields;  // in record order
   std::size_t field_count;
   std::size_t key_field;  // index of the text that says "NOTDEFINED" in a free slot
+  bool confidential;      // the bytes behind a text's NUL are not for showing
 
   const RecordField* begin() const { return fields; }
   const RecordField* end() const { return fields + field_count; }
   const RecordField& key() const { return fields[key_field]; }
+  const RecordField& id() const { return fields[0]; }  // what people call a record by
 };
 
 constexpr std::size_t kTableCount = 6;

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "devhost/host.h"
-#include "verb.h"
+#include "verbs.h"
 
 namespace {
 
@@ -24,24 +24,25 @@ void PrintTables(const devhost::Host& host) {
   std::fflush(stdout);
 }
 
-void Serve(const Options& options) {
+ExitCode Serve(const Options& options) {
   RequireHome(options.home);
   std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away must not leave the tables behind
   devhost::Host host(options.home, options.replace);
   host.Serve([&] { PrintTables(host); });
+  return kDone;
+}
+
+Action Declare(CLI::App* verb) {
+  const auto options = std::make_shared<Options>();
+  AddHomeOption(verb, &options->home);
+  verb->add_flag("--replace", options->replace,
+                 "Remove a queue and tables that are there already, whoever uses them");
+  return [options] { return Serve(*options); };
 }
 
 }  // namespace
 
-void AddServe(CLI::App* voatm) {
-  const auto options = std::make_shared<Options>();
-  CLI::App* serve = voatm->add_subcommand(
-      "serve", "Create the six tables, fill them from tables/ and answer locate requests");
-  AddHomeOption(serve, &options->home);
-  serve->add_flag("--replace", options->replace,
-                  "Remove a queue and tables that are there already, whoever uses them");
-  serve->footer(
-      "Runs until SIGINT or SIGTERM and removes what it created.\n\n"
-      "Example:\n  voatm serve --home examples/home");
-  serve->callback([options] { Serve(*options); });
-}
+const Verb kServe = {
+    "serve", "Create the six tables, fill them from tables/ and answer locate requests",
+    "The development host. Runs until SIGINT or SIGTERM and removes what it created.",
+    "voatm serve --home examples/home", Declare};

@@ -1,30 +1,52 @@
-// What the verbs of `voatm` have in common. Each verb is a file that adds its subcommand.
+// What a verb of `voatm` is, and what the verbs have in common on the command line.
+//
+// A verb is a file of its own that defines its row, and a line in verbs.h. Data goes to standard
+// output, talk to standard error.
 #ifndef TOOLS_VOATM_VERB_H
 #define TOOLS_VOATM_VERB_H
 
 #include <CLI/CLI.hpp>
+#include <functional>
 #include <stdexcept>
 #include <string>
 
-// Data goes to standard output, talk to standard error.
+#include "devhost/record_fields.h"
+
 enum ExitCode {
-  kDone = 0,
+  kDone = 0,       // yes, or fine
+  kFindings = 1,   // the answer is no, or something is wrong
   kCannotRun = 2,  // wrong usage, or what the verb needs is not there
 };
 
-// Adds --home to a verb. What it stores: the option's value, else VODIR_HOME's.
-inline void AddHomeOption(CLI::App* verb, std::string* home) {
-  verb->add_option("--home", *home, "The configuration tree, with cfg/ and tables/")
-      ->envname("VODIR_HOME")
-      ->type_name("DIR");
-}
+// What a verb does once its options are known. One that cannot run throws; the text begins with the
+// cause and names the file, key, slot or object.
+using Action = std::function<ExitCode()>;
+
+// Help, completions and man pages are made from these rows.
+struct Verb {
+  const char* name;         // "locks release" stands below the verb "locks"
+  const char* summary;      // one line
+  const char* description;  // what it prints and answers, with its JSON shape
+  const char* example;
+  Action (*declare)(CLI::App* verb);  // adds the options
+};
+
+// The options of a verb that shows data.
+struct DataOptions {
+  std::string home;
+  bool json = false;
+};
+
+// Adds --home. What it stores: the option's value, else VODIR_HOME's.
+void AddHomeOption(CLI::App* verb, std::string* home);
+
+// Adds --home and --json.
+void AddDataOptions(CLI::App* verb, DataOptions* options);
+
+// Adds the argument TABLE, required, which takes a table's short name or its own.
+void AddTableArgument(CLI::App* verb, const devhost::RecordTable** table);
 
 // Throws when neither gave a home.
-inline void RequireHome(const std::string& home) {
-  if (home.empty()) throw std::runtime_error("no home: give --home DIR or set VODIR_HOME");
-}
-
-// Add a verb: its options, and what it does. A verb that cannot run throws.
-void AddServe(CLI::App* voatm);
+void RequireHome(const std::string& home);
 
 #endif  // TOOLS_VOATM_VERB_H

@@ -1,0 +1,52 @@
+// How the verbs print: tables for people, JSON for programs, talk beside them.
+#ifndef TOOLS_VOATM_OUTPUT_H
+#define TOOLS_VOATM_OUTPUT_H
+
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+using Json = nlohmann::ordered_json;
+
+// Whether standard output is a terminal.
+bool UsesTerminal();
+
+// The text in the colour of what is wrong; without colour when standard output is no terminal, or
+// when NO_COLOR is set.
+std::string Alarm(const std::string& text);
+
+// Prints to standard output, in as many lines as it takes to read it.
+void PrintJson(const Json& json);
+
+// Says something beside the data, on standard error.
+void Say(const std::string& text);
+
+// Hands what was printed to the system; throws std::runtime_error when it does not take it.
+void FlushOutput();
+
+// A table with headings. Cells are ASCII.
+class TextTable {
+ public:
+  struct Column {
+    const char* heading;
+    bool number = false;  // stands to the right
+  };
+
+  explicit TextTable(const std::vector<Column>& columns);
+
+  // Adds a row of as many cells as there are columns; `alarm` colours it.
+  void AddRow(const std::vector<std::string>& cells, bool alarm = false);
+
+  // Prints to standard output.
+  void Print() const;
+
+ private:
+  struct Release {
+    void operator()(struct libscols_table* table) const;
+  };
+
+  std::unique_ptr<struct libscols_table, Release> table_;
+};
+
+#endif  // TOOLS_VOATM_OUTPUT_H

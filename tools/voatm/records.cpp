@@ -1,0 +1,241 @@
+// voatm list, show and dump: the records of a table.
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "output.h"
+#include "record_view.h"
+#include "survey.h"
+#include "verbs.h"
+
+namespace {
+
+using devhost::FieldKind;
+using devhost::RecordField;
+using devhost::RecordTable;
+
+struct Options : DataOptions {
+  const RecordTable* table = nullptr;
+  std::string wanted;  // a slot or an id
+  bool is_id = false;
+  bool all = false;
+};
+
+constexpr const char* kUnterminatedMark = " (unterminated)";
+
+// A table with its records, once they are known to be readable.
+struct OpenTable {
+  explicit OpenTable(const Options& options)
+      : survey(SurveyTables(options.home)),
+        state(survey.Of(*options.table)),
+        record(*options.table),
+        records(state) {
+    if (records.slots() < state.slots) {
+      Say("only " + std::to_string(records.slots()) + " of " + std::to_string(state.slots) +
+          " slots lie in the " + state.DescribeSegment() + "; see voatm tables");
+    }
+  }
+
+  bool Free(int slot) const { return IsFree(record, records[slot]); }
+
+  Survey survey;
+  const TableState& state;
+  const RecordTable& record;
+  Records records;
+};
+
+Json RowJson(const OpenTable& table, int slot) {
+  const char* record = table.records[slot];
+  Json unterminated = Json::array();
+  for (const RecordField& field : table.record) {
+    if (IsUnterminated(field, record)) unterminated.push_back(field.name);
+  }
+  return {{"slot", slot},
+          {"free", table.Free(slot)},
+          {"unterminated", std::move(unterminated)},
+          {"record", RecordJson(table.record, record)}};
+}
+
+void PrintRowsJson(const OpenTable& table, const std::vector<int>& slots) {
+  Json rows = Json::array();
+  for (const int slot : slots) rows.push_back(RowJson(table, slot));
+  PrintJson({{"table", table.record.name}, {"slots", table.state.slots}, {"rows", rows}});
+}
+
+std::string MarkedText(const RecordField& field, const char* record) {
+  return FieldText(field, record) + (IsUnterminated(field, record) ? kUnterminatedMark : "");
+}
+
+void PrintRows(const OpenTable& table, const std::vector<int>& slots) {
+  std::vector<TextTable::Column> columns = {{"SLOT", true}};
+  for (const RecordField& field : table.record) {
+    if (field.kind != FieldKind::kBytes) {
+      columns.push_back({field.name, field.kind == FieldKind::kInt32});
+    }
+  }
+  TextTable text(columns);
+  for (const int slot : slots) {
+    std::vector<std::string> cells = {std::to_string(slot)};
+    for (const RecordField& field : table.record) {
+      if (field.kind != FieldKind::kBytes) {
+        cells.push_back(MarkedText(field, table.records[slot]));
+      }
+    }
+    text.AddRow(cells);
+  }
+  text.Print();
+}
+
+ExitCode List(const Options& options) {
+  const OpenTable table(options);
+  std::vector<int> slots;
+  for (int slot = 0; slot < table.records.slots(); ++slot) {
+    if (options.all || !table.Free(slot)) slots.push_back(slot);
+  }
+  options.json ? PrintRowsJson(table, slots) : PrintRows(table, slots);
+  return kDone;
+}
+
+std::string WholeText(const RecordTable& table, const RecordField& field, const char* record) {
+  std::string text = MarkedText(field, record);
+  if (field.kind == FieldKind::kText || field.kind == FieldKind::kCharacter) {
+    text = '"' + FieldText(field, record) + '"';
+    if (IsUnterminated(field, record)) text += kUnterminatedMark;
+  }
+  const std::string tail = TailText(field, record);
+  if (tail.empty()) return text;
+  return text + (table.confidential ? " (and bytes that are not shown)" : " then 00 " + tail);
+}
+
+void PrintWhole(const OpenTable& table, int slot) {
+  const char* record = table.records[slot];
+  std::printf("%s slot %d%s\n", table.record.name, slot, table.Free(slot) ? ", free" : "");
+  for (const RecordField& field : table.record) {
+    std::printf("  %-18s %s\n", field.name, WholeText(table.record, field, record).c_str());
+  }
+}
+
+std::optional<int> NumberIn(const std::string& text) {
+  int number = 0;
+  const char* end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || rest != end || text.front() == '-') return std::nullopt;
+  return number;
+}
+
+std::vector<int> FindSlots(const OpenTable& table, const Options& options) {
+  const std::optional<int> number = NumberIn(options.wanted);
+  if (number.has_value() && !options.is_id) {
+    if (*number < table.records.slots()) return {*number};
+    throw std::runtime_error("no slot " + options.wanted + " in " + table.record.name +
+                             ", which has " + std::to_string(table.records.slots()) +
+                             "; --id if it is an id");
+  }
+  std::vector<int> slots;
+  for (int slot = 0; slot < table.records.slots(); ++slot) {
+    const bool considered = options.all || !table.Free(slot);
+    if (considered && IdText(table.record, table.records[slot]) == options.wanted) {
+      slots.push_back(slot);
+    }
+  }
+  return slots;
+}
+
+ExitCode Show(const Options& options) {
+  const OpenTable table(options);
+  std::vector<int> slots = FindSlots(table, options);
+  const bool hidden = slots.size() == 1 && !options.all && table.Free(slots.front());
+  if (hidden) slots.clear();
+  if (options.json) PrintRowsJson(table, slots);
+  if (slots.empty()) {
+    Say(hidden ? "slot " + options.wanted + " of " + table.record.name + " is free; --all shows it"
+               : "no record " + options.wanted + " in " + table.record.name);
+    return kFindings;
+  }
+  for (const int slot : slots) {
+    if (!options.json) PrintWhole(table, slot);
+  }
+  return kDone;
+}
+
+// Whether a slot is as the development host creates it, so that no row is needed for it.
+bool IsUntouched(const OpenTable& table, int slot) {
+  std::string fresh(table.record.record_size, '\0');
+  fresh.replace(table.record.key().offset, std::strlen(devhost::kFreeSlot), devhost::kFreeSlot);
+  return std::memcmp(fresh.data(), table.records[slot], fresh.size()) == 0;
+}
+
+ExitCode Dump(const Options& options) {
+  const OpenTable table(options);
+  const char* separator = "[";
+  int next = 0;  // the slot of a row that does not say its own
+  for (int slot = 0; slot < table.records.slots(); ++slot) {
+    if (IsUntouched(table, slot)) continue;
+    Json row = Json::object();
+    if (slot != next) row["Slot"] = slot;
+    row.update(SeedRow(table.record, table.records[slot]));
+    std::printf("%s\n  %s", separator, row.dump().c_str());
+    separator = ",";
+    next = slot + 1;
+  }
+  std::printf("%s]\n", *separator == '[' ? "[" : "\n");
+  return kDone;
+}
+
+Action DeclareList(CLI::App* verb) {
+  const auto options = std::make_shared<Options>();
+  AddTableArgument(verb, &options->table);
+  AddDataOptions(verb, options.get());
+  verb->add_flag("--all", options->all, "Show free slots too");
+  return [options] { return List(*options); };
+}
+
+Action DeclareShow(CLI::App* verb) {
+  const auto options = std::make_shared<Options>();
+  AddTableArgument(verb, &options->table);
+  verb->add_option("SLOT|ID", options->wanted, "A slot's number, or the id of a record")
+      ->required();
+  AddDataOptions(verb, options.get());
+  verb->add_flag("--id", options->is_id, "What is given is an id, even when it is a number");
+  verb->add_flag("--all", options->all, "Show free slots too");
+  return [options] { return Show(*options); };
+}
+
+Action DeclareDump(CLI::App* verb) {
+  const auto options = std::make_shared<Options>();
+  AddTableArgument(verb, &options->table);
+  AddHomeOption(verb, &options->home);
+  return [options] { return Dump(*options); };
+}
+
+}  // namespace
+
+const Verb kList = {
+    "list", "List the records of a table",
+    "One row a record, read without locks. Bytes without a meaning here are left out; voatm show\n"
+    "has them. A text that fills its field without a NUL is marked.\n\n"
+    "JSON: {table, slots, rows: [{slot, free, unterminated: [field...], record: {field: "
+    "value}}]};\n"
+    "bytes, and texts that cannot be printed, are {hex}, without the zeros at their end.",
+    "voatm list fit --home examples/home", DeclareList};
+
+const Verb kShow = {
+    "show", "Show a record whole",
+    "Every field of the record in a slot, or of each record with an id: the text of the table's\n"
+    "first field, or its number. A number is a slot unless --id is given. Bytes are hexadecimal,\n"
+    "00*33 being 33 times 00. What stands behind a security id is not shown; voatm dump has it.\n\n"
+    "Exit status: 1 when there is no such record, or the slot is free and --all was not given.\n\n"
+    "JSON: as that of voatm list.",
+    "voatm show atm ATM00003 --home examples/home", DeclareShow};
+
+const Verb kDump = {
+    "dump", "Write the records of a table as voatm serve reads them",
+    "Writes a seed file, JSON, for tables/ of a home. Serving it gives the same table, byte for\n"
+    "byte: also the bytes behind a security id, so keep it as secret as the table.",
+    "voatm dump fit --home examples/home > atm_fit.json", DeclareDump};

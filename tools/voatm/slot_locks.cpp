@@ -1,0 +1,155 @@
+#include "slot_locks.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/sem.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <stdexcept>
+
+#include "record_view.h"
+
+namespace {
+
+constexpr int kAtRest = 2;
+constexpr int kHeld = 0;
+
+union SemaphoreArgument {  // the system leaves its declaration to the caller
+  semid_ds* state;
+  unsigned short* values;
+};
+
+std::runtime_error SystemError(int error, const std::string& object) {
+  return std::runtime_error(std::string(std::strerror(error)) + ": " + object);
+}
+
+void RequireSet(const TableState& table) {
+  if (!table.key.has_value()) {
+    throw std::runtime_error(std::string("VoChannelMgr does not know the table ") +
+                             table.record->name);
+  }
+  if (!table.set.there()) throw SystemError(table.set.error, table.DescribeSet());
+}
+
+int AskSlot(const TableState& table, int slot, int command) {
+  const int answer = semctl(table.set.id, slot, command);
+  if (answer < 0) throw SystemError(errno, table.DescribeSet());
+  return answer;
+}
+
+std::time_t LastOperation(const TableState& table) {
+  semid_ds state{};
+  SemaphoreArgument argument{};
+  argument.state = &state;
+  if (semctl(table.set.id, 0, IPC_STAT, argument) < 0) {
+    throw SystemError(errno, table.DescribeSet());
+  }
+  return state.sem_otime;
+}
+
+SlotLock LookAtSlot(const TableState& table, int slot, int value) {
+  const pid_t last = AskSlot(table, slot, GETPID);
+  return {table.record,
+          slot,
+          "",
+          value,
+          LookAt(last, LastOperation(table)),
+          AskSlot(table, slot, GETNCNT)};
+}
+
+// The one releaser of a home while it exists: a lock on the file that the tables' keys come from.
+class OnlyReleaser {
+ public:
+  explicit OnlyReleaser(const std::string& home) {
+    const std::string path = home + "/cfg/vokernel.cfg";
+    file_ = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file_ < 0 || flock(file_, LOCK_EX) < 0) {
+      const int error = errno;
+      close(file_);
+      throw SystemError(error, "cannot lock " + path);
+    }
+  }
+  ~OnlyReleaser() { close(file_); }
+  OnlyReleaser(const OnlyReleaser&) = delete;
+  OnlyReleaser& operator=(const OnlyReleaser&) = delete;
+
+ private:
+  int file_;
+};
+
+std::string DescribeProcess(const Process& process) {
+  std::string text = "process " + std::to_string(process.id);
+  if (process.state == ProcessState::kAlive) text += " (" + process.command + ")";
+  return text;
+}
+
+// Why a slot must not be given back; nothing when it may.
+std::optional<std::string> Refusal(const SlotLock& lock) {
+  if (lock.value != kHeld) {
+    return "its value is " + std::to_string(lock.value) + ", and only 0 is a held slot";
+  }
+  if (lock.last.state == ProcessState::kUnknown) return "its holder cannot be told from here";
+  if (!IsGone(lock.last.state)) {
+    return "it is held by " + DescribeProcess(lock.last) + ", which is alive";
+  }
+  return std::nullopt;
+}
+
+// Adds two units in the same step that finds none. Returns false when there are some.
+bool GiveBack(const TableState& table, int slot) {
+  const auto number = static_cast<unsigned short>(slot);
+  std::array<sembuf, 2> steps = {sembuf{number, kHeld, IPC_NOWAIT},
+                                 sembuf{number, kAtRest, IPC_NOWAIT}};
+  if (semop(table.set.id, steps.data(), steps.size()) == 0) return true;
+  if (errno == EAGAIN) return false;
+  throw SystemError(errno, table.DescribeSet());
+}
+
+}  // namespace
+
+bool SlotLock::IsStuck() const { return value != kHeld || IsGone(last.state); }
+
+std::vector<SlotLock> FindLocks(const TableState& table) {
+  RequireSet(table);
+  std::vector<unsigned short> values(static_cast<std::size_t>(table.set.semaphores));
+  SemaphoreArgument argument{};
+  argument.values = values.data();
+  if (semctl(table.set.id, 0, GETALL, argument) < 0) {
+    throw SystemError(errno, table.DescribeSet());
+  }
+  std::vector<SlotLock> locks;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    if (values[i] != kAtRest) locks.push_back(LookAtSlot(table, static_cast<int>(i), values[i]));
+  }
+  if (locks.empty() || !table.segment.there()) return locks;
+  const Records records(table);
+  for (SlotLock& lock : locks) {
+    if (lock.slot < records.slots()) lock.id = IdText(*table.record, records[lock.slot]);
+  }
+  return locks;
+}
+
+Release ReleaseSlot(const Survey& survey, const devhost::RecordTable& record, int slot) {
+  const TableState& table = survey.Of(record);
+  RequireSet(table);
+  const std::string name = "slot " + std::to_string(slot) + " of " + record.name;
+  if (slot < 0 || slot >= table.set.semaphores) {
+    throw std::runtime_error("there is no " + name + ", whose set has " +
+                             std::to_string(table.set.semaphores) + " semaphores");
+  }
+  const OnlyReleaser only_releaser(survey.home);
+  const int value = AskSlot(table, slot, GETVAL);
+  if (value == kAtRest) return {false, name + " is at rest: there is nothing to release", {}};
+  const SlotLock lock = LookAtSlot(table, slot, value);
+  if (const auto refusal = Refusal(lock)) {
+    return {false, "did not release " + name + ": " + *refusal, lock};
+  }
+  if (!GiveBack(table, slot)) {
+    return {false, "did not release " + name + ": somebody else gave it back", lock};
+  }
+  return {true, "released " + name + ": its holder, " + DescribeProcess(lock.last) + ", is dead",
+          lock};
+}

@@ -1,0 +1,46 @@
+#include "verb.h"
+
+#include <strings.h>
+
+#include <algorithm>
+
+namespace {
+
+const devhost::RecordTable& TableNamed(const std::string& name) {
+  const auto* const found =
+      std::find_if(devhost::kRecordTables.begin(), devhost::kRecordTables.end(),
+                   [&](const devhost::RecordTable& table) {
+                     return strcasecmp(name.c_str(), table.name) == 0 ||
+                            strcasecmp(name.c_str(), table.short_name) == 0;
+                   });
+  if (found != devhost::kRecordTables.end()) return *found;
+  std::string known;
+  for (const devhost::RecordTable& table : devhost::kRecordTables) {
+    known += std::string(known.empty() ? "" : ", ") + table.short_name + " (" + table.name + ")";
+  }
+  throw CLI::ValidationError("no table \"" + name + "\"; there are " + known);
+}
+
+}  // namespace
+
+void AddHomeOption(CLI::App* verb, std::string* home) {
+  verb->add_option("--home", *home, "The configuration tree, with cfg/ and tables/")
+      ->envname("VODIR_HOME")
+      ->type_name("DIR");
+}
+
+void AddDataOptions(CLI::App* verb, DataOptions* options) {
+  AddHomeOption(verb, &options->home);
+  verb->add_flag("--json", options->json, "Print JSON");
+}
+
+void AddTableArgument(CLI::App* verb, const devhost::RecordTable** table) {
+  verb->add_option_function<std::string>(
+          "TABLE", [table](const std::string& name) { *table = &TableNamed(name); },
+          "atm, fit, security, property, action, status, or the table's own name")
+      ->required();
+}
+
+void RequireHome(const std::string& home) {
+  if (home.empty()) throw std::runtime_error("no home: give --home DIR or set VODIR_HOME");
+}
