@@ -1,0 +1,195 @@
+// voatm completion and voatm man: the command line for shells and for man, from the verbs.
+#include <cstdio>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "completion_manual.h"
+#include "verbs.h"
+
+namespace {
+
+// What may stand at a place of the command line, and what it is.
+using Word = std::pair<std::string, std::string>;
+
+// The choices of an argument that has fixed ones: those in braces of its type.
+std::vector<Word> ChoicesOf(const CLI::Option* option) {
+  const std::string type = option->get_type_name();
+  const std::size_t open = type.find('{');
+  const std::size_t close = type.find('}');
+  if (open == std::string::npos || close == std::string::npos) return {};
+  std::istringstream list(type.substr(open + 1, close - open - 1));
+  std::vector<Word> choices;
+  for (std::string choice; std::getline(list, choice, ',');) {
+    choices.emplace_back(choice, option->get_description());
+  }
+  return choices;
+}
+
+std::vector<Word> WordsOf(const Command& command, const std::vector<Command>& all) {
+  std::vector<Word> words;
+  for (const Command& other : all) {
+    if (other.app->get_parent() == command.app) {
+      words.emplace_back(other.app->get_name(), other.app->get_description());
+    }
+  }
+  for (const CLI::Option* option : command.app->get_options()) {
+    for (const std::string& name : option->get_lnames()) {
+      words.emplace_back("--" + name, option->get_description());
+    }
+    if (!option->get_positional()) continue;
+    for (Word& choice : ChoicesOf(option)) words.push_back(std::move(choice));
+  }
+  return words;
+}
+
+// The patterns of a case that tells which verb the words before the cursor make.
+std::string PathPatterns(const std::vector<Command>& all) {
+  std::string patterns;
+  for (const Command& command : all) {
+    if (command.path.empty()) continue;
+    patterns += (patterns.empty() ? "'" : "|'") + command.path + "'";
+  }
+  return patterns;
+}
+
+// In single quotes, for all three shells.
+std::string Quoted(const std::string& text) {
+  std::string quoted = "'";
+  for (const char character : text) {
+    quoted += character == '\'' ? "'\\''" : std::string(1, character);
+  }
+  return quoted + "'";
+}
+
+void PrintBash(const std::vector<Command>& all) {
+  std::printf(
+      "_voatm() {\n"
+      "  local verb='' word words current=${COMP_WORDS[COMP_CWORD]}\n"
+      "  for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
+      "    case \"${verb:+$verb }$word\" in\n"
+      "      %s) verb=\"${verb:+$verb }$word\" ;;\n"
+      "    esac\n"
+      "  done\n"
+      "  case ${COMP_WORDS[COMP_CWORD-1]} in\n"
+      "    --home) mapfile -t COMPREPLY < <(compgen -d -- \"$current\"); return ;;\n"
+      "  esac\n"
+      "  case $verb in\n",
+      PathPatterns(all).c_str());
+  for (const Command& command : all) {
+    std::string words;
+    for (const Word& word : WordsOf(command, all)) words += (words.empty() ? "" : " ") + word.first;
+    std::printf("    '%s') words='%s' ;;\n", command.path.c_str(), words.c_str());
+  }
+  std::printf(
+      "  esac\n"
+      "  mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$current\")\n"
+      "}\n"
+      "complete -o default -F _voatm voatm\n");
+}
+
+void PrintZsh(const std::vector<Command>& all) {
+  std::printf(
+      "#compdef voatm\n"
+      "_voatm() {\n"
+      "  local verb='' word\n"
+      "  local -a choices\n"
+      "  for word in \"${(@)words[2,CURRENT-1]}\"; do\n"
+      "    case \"${verb:+$verb }$word\" in\n"
+      "      (%s) verb=\"${verb:+$verb }$word\" ;;\n"
+      "    esac\n"
+      "  done\n"
+      "  if [[ ${words[CURRENT-1]} == --home ]]; then _files -/; return; fi\n"
+      "  case \"$verb\" in\n",
+      PathPatterns(all).c_str());
+  for (const Command& command : all) {
+    std::printf("    ('%s') choices=(", command.path.c_str());
+    for (const Word& word : WordsOf(command, all)) {
+      std::printf("%s ", Quoted(word.first + ":" + word.second).c_str());
+    }
+    std::printf(") ;;\n");
+  }
+  std::printf(
+      "  esac\n"
+      "  _describe -o voatm choices || _files\n"
+      "}\n"
+      "if [[ $funcstack[1] == _voatm ]]; then _voatm \"$@\"; else compdef _voatm voatm; fi\n");
+}
+
+// The condition that the words before the cursor make a command.
+std::string FishCondition(const Command& command, const std::vector<Command>& all) {
+  std::string condition;
+  std::istringstream path(command.path);
+  for (std::string word; path >> word;) {
+    condition += (condition.empty() ? "" : "; and ");
+    condition += "__fish_seen_subcommand_from " + word;
+  }
+  std::string below;
+  for (const Command& other : all) {
+    if (other.app->get_parent() == command.app) below += " " + other.app->get_name();
+  }
+  if (below.empty()) return condition;
+  return (condition.empty() ? "" : condition + "; and ") + "not __fish_seen_subcommand_from" +
+         below;
+}
+
+void PrintFish(const std::vector<Command>& all) {
+  for (const Command& command : all) {
+    const std::string condition = FishCondition(command, all);
+    for (const auto& [word, description] : WordsOf(command, all)) {
+      const bool option = word[0] == '-';
+      std::printf("complete -c voatm -n '%s' %s %s -d %s\n", condition.c_str(),
+                  option ? "-l" : "-f -a", word.c_str() + (option ? 2 : 0),
+                  Quoted(description).c_str());
+    }
+  }
+}
+
+ExitCode Complete(CLI::App* voatm, const std::string& shell) {
+  const std::vector<Command> all = CommandsOf(voatm);
+  if (shell == "bash") PrintBash(all);
+  if (shell == "zsh") PrintZsh(all);
+  if (shell == "fish") PrintFish(all);
+  return kDone;
+}
+
+ExitCode WriteManual(CLI::App* voatm, const std::string& directory) {
+  const std::vector<Command> all = CommandsOf(voatm);
+  for (const Command& command : all) {
+    const std::string path = directory + "/" + command.Page() + ".1";
+    std::ofstream stream(path);
+    stream << ManualPage(command, all);
+    if (!stream.flush()) throw std::runtime_error("cannot write " + path);
+  }
+  return kDone;
+}
+
+Action DeclareCompletion(CLI::App* verb) {
+  const auto shell = std::make_shared<std::string>();
+  verb->add_option("SHELL", *shell, "The shell that is to complete")
+      ->required()
+      ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+  return [verb, shell] { return Complete(verb->get_parent(), *shell); };
+}
+
+Action DeclareManual(CLI::App* verb) {
+  const auto directory = std::make_shared<std::string>();
+  verb->group("");  // for the build, not for operators
+  verb->add_option("DIR", *directory, "Where the pages go")->required();
+  return [verb, directory] { return WriteManual(verb->get_parent(), *directory); };
+}
+
+}  // namespace
+
+const Verb kCompletion = {
+    "completion", "Print what a shell needs to complete the command line",
+    "Names every verb and option, for bash, zsh or fish. Have the shell read it when it starts.",
+    "source <(voatm completion bash)", DeclareCompletion};
+
+const Verb kManual = {"man", "Write the manual pages",
+                      "Writes voatm.1 and a page a verb into a directory.", "voatm man build/man",
+                      DeclareManual};

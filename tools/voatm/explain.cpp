@@ -1,0 +1,197 @@
+// voatm explain: which row or file decided an answer, and why.
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "explain_core.h"
+#include "findings.h"
+#include "library.h"
+#include "output.h"
+#include "survey.h"
+#include "verbs.h"
+
+namespace {
+
+struct Options : DataOptions {
+  std::string kind;
+  std::vector<std::string> given;
+  bool trace = false;
+};
+
+Json FactsJson(const Facts& facts) {
+  Json json = Json::object();
+  for (const Fact& fact : facts) json[fact.name] = fact.value;
+  return json;
+}
+
+Json ExplanationJson(const ExplainKind& kind, const Explanation& explanation, bool trace) {
+  Json tries = Json::array();
+  for (const Try& each : explanation.tries) {
+    tries.push_back({{"level", each.level}, {"tried", each.tried}, {"result", each.result}});
+  }
+  Json shadowed = Json::array();
+  for (const Fact& fact : explanation.shadowed) {
+    shadowed.push_back({{"where", fact.name}, {"what", fact.value}});
+  }
+  Json json = {{"kind", kind.name},
+               {"found", explanation.found},
+               {"source", explanation.source},
+               {"answer", FactsJson(explanation.answer)},
+               {"tries", std::move(tries)},
+               {"shadowed", std::move(shadowed)},
+               {"notes", explanation.notes}};
+  if (trace) json["trace"] = explanation.trace;
+  return json;
+}
+
+void PrintFacts(const char* title, const Facts& facts, const char* name, const char* value) {
+  if (facts.empty()) return;
+  std::printf("\n%s\n", title);
+  TextTable table({{name}, {value}});
+  for (const Fact& fact : facts) table.AddRow({fact.name, fact.value});
+  table.Print();
+}
+
+void PrintText(const Explanation& explanation, bool trace) {
+  if (explanation.found) {
+    std::printf("found: %s\n", explanation.source.c_str());
+  } else {
+    std::printf("%s\n", Alarm("not found").c_str());
+  }
+  PrintFacts("Answer", explanation.answer, "FIELD", "VALUE");
+  std::printf("\nTries\n");
+  TextTable tries({{"LEVEL"}, {"TRIED"}, {"RESULT"}});
+  for (const Try& each : explanation.tries) tries.AddRow({each.level, each.tried, each.result});
+  tries.Print();
+  PrintFacts("Shadowed", explanation.shadowed, "WHERE", "WHAT");
+  for (const std::string& note : explanation.notes) std::printf("\nNote: %s.\n", note.c_str());
+  if (!trace) return;
+  std::printf("\nTrace\n");
+  for (const std::string& line : explanation.trace) std::printf("%s\n", line.c_str());
+}
+
+Explanation ExplainAt(const std::string& home, const ExplainKind& kind, const Inputs& inputs) {
+  RequireHome(home);
+  if (!kind.needs_tables) {
+    setenv("VODIR_HOME", home.c_str(), 1);
+    VoATMUtil util;
+    return Explain(util, kind, inputs);
+  }
+  const Survey survey = SurveyTables(home);
+  for (const TableState& table : survey.tables) {
+    const std::vector<Finding> findings = CheckTable(table);
+    if (!findings.empty()) throw std::runtime_error(findings.front().text + "; see voatm tables");
+  }
+  Library library(survey);
+  return Explain(library.util(), kind, inputs);
+}
+
+template <typename Take>
+void ForEachKind(Take take) {
+  for (const ExplainKind& kind : kExplainTables) take(kind);
+  for (const ExplainKind& kind : kExplainFiles) take(kind);
+}
+
+const ExplainKind& KindNamed(const std::string& name) {
+  const ExplainKind* found = nullptr;
+  ForEachKind([&](const ExplainKind& kind) {
+    if (name == kind.name) found = &kind;
+  });
+  if (found == nullptr) throw CLI::ValidationError("no kind \"" + name + "\" to explain");
+  return *found;
+}
+
+// "fit key1 key2 key3 [ordinal]"
+std::string Usage(const ExplainKind& kind) {
+  std::string usage = kind.name;
+  for (const Input& input : kind.inputs) {
+    if (input.name == nullptr) break;
+    const std::string name = input.name;
+    usage += input.standard == nullptr ? " " + name : " [" + name + "]";
+  }
+  return usage;
+}
+
+[[noreturn]] void Refuse(const ExplainKind& kind, const std::string& cause) {
+  throw CLI::ValidationError(cause + ": explain " + Usage(kind));
+}
+
+bool IsAllowed(const std::string& value, const char* values) {
+  if (values == nullptr) return true;
+  int number;
+  if (std::string(values) == kWholeNumber) return CLI::detail::lexical_cast(value, number);
+  const std::vector<std::string> words = CLI::detail::split(values, ' ');
+  return std::find(words.begin(), words.end(), value) != words.end();
+}
+
+Inputs ReadInputs(const ExplainKind& kind, const std::vector<std::string>& given) {
+  Inputs inputs;
+  std::size_t used = 0;
+  for (const Input& input : kind.inputs) {
+    if (input.name == nullptr) break;
+    if (used == given.size() && input.standard == nullptr) {
+      Refuse(kind, std::string("no ") + input.name + " (" + input.about + ")");
+    }
+    const std::string& value = used < given.size() ? given[used++] : input.standard;
+    if (!IsAllowed(value, input.values)) {
+      Refuse(kind, std::string(input.name) + " cannot be \"" + value + "\"");
+    }
+    inputs[input.name] = value;
+  }
+  if (used < given.size()) Refuse(kind, "too much: \"" + given[used] + "\"");
+  return inputs;
+}
+
+ExitCode ExplainAndPrint(const Options& options) {
+  const ExplainKind& kind = KindNamed(options.kind);
+  const Explanation explanation = ExplainAt(options.home, kind, ReadInputs(kind, options.given));
+  if (options.json) {
+    PrintJson(ExplanationJson(kind, explanation, options.trace));
+  } else {
+    PrintText(explanation, options.trace);
+  }
+  if (explanation.disagreement.empty()) return explanation.found ? kDone : kFindings;
+  Say(explanation.disagreement + "; what is read may have changed meanwhile: try again");
+  return kCannotRun;
+}
+
+Action DeclareExplain(CLI::App* verb) {
+  const auto options = std::make_shared<Options>();
+  verb->add_option("KIND", options->kind, "What is explained")->required();
+  verb->add_option("INPUT", options->given, "What the library's operation is given");
+  AddDataOptions(verb, options.get());
+  verb->add_flag("--trace", options->trace, "Show what the library traces, of all levels");
+  return [options] { return ExplainAndPrint(*options); };
+}
+
+}  // namespace
+
+const Verb kExplain = {
+    "explain", "Say which row or file decides an answer",
+    "Asks the library what a driver would be given, and prints the answer, every key or path that\n"
+    "is tried for it in order, and what the answer hides: other rows that would do, files at "
+    "later\n"
+    "levels, defaults. The tables are read without locks. What can be explained:\n\n"
+    "  property inst group atm txn resp currency\n"
+    "  action action|value inst group atm statuses [txn]\n"
+    "  fit key1 key2 key3 [ordinal]\n"
+    "  indirect-state key1 key2 card\n"
+    "  txn-code key1 key2 s1 s2 s3 fallback\n"
+    "  response good|bad key1 key2 s1 s2 s3 fallback\n"
+    "  oar s1 s2 s3 template number fallback\n"
+    "  screen s1 s2 s3 fallback\n"
+    "  displogic logic index s1 s2 s3 model fallback\n"
+    "  deposit s1 s2 s3 fallback deposit\n"
+    "  flags receipt|utc [inst]\n"
+    "  cardless opkey\n\n"
+    "Exit status: 1 when the answer is \"not found\"; 2 also when the library's answer is not "
+    "where\n"
+    "the tries lead.\n\n"
+    "JSON: {kind, found, source, answer: {field: value}, tries: [{level, tried, result}],\n"
+    "shadowed: [{where, what}], notes: [text], trace: [text] with --trace}.",
+    "voatm explain property HARBOUR BRANCH ATM00003 10000 0 978 --home examples/home",
+    DeclareExplain};
