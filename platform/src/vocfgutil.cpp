@@ -125,8 +125,8 @@ class VoCfgUtil::Cursor {
   // Tells most lines from the entry of that name without walking through them. Keys of one kind
   // begin alike and differ at their ends, so the last character is compared before the rest.
   bool MayBe(int first, const char* name, std::size_t length) const {
-    if (first != static_cast<unsigned char>(*name) || length == 0) return first == '"';
-    if (first == '#') return false;
+    if (first == '"') return true;
+    if (first != static_cast<unsigned char>(*name) || length == 0 || first == '#') return false;
     if (static_cast<std::size_t>(end_ - at_) < length) return true;
     return at_[length - 1] == name[length - 1] && std::memcmp(at_, name, length) == 0;
   }
