@@ -3,282 +3,182 @@
 #include <sys/msg.h>
 #include <sys/sem.h>
 #include <sys/shm.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <csignal>
-#include <cstring>
-#include <filesystem>
 #include <functional>
-#include <future>
 #include <stdexcept>
-#include <string>
-#include <thread>
+#include <utility>
+#include <vector>
 
-#include "temporary_home.h"
-#include "voatmutil.h"
+#include "support/child.h"
+#include "support/file_test.h"
+#include "support/words.h"
 
+namespace devhost {
 namespace {
 
-using devhost::FindIpc;
-using devhost::Host;
-using devhost::IpcKind;
-
-class HostTest : public testing::Test {
+class HostTest : public FileTest {
  protected:
-  HostTest() {
-    WriteKernel(std::to_string(origin_));
-    WriteBusiness("16");
-    home_.Write("cfg/vosecurity.cfg", "MAXSECURITY 0\n");
+  HostTest() { WriteStartUpFiles(home_, origin_, {2, 16, 0, 3, 2}); }
+  ~HostTest() override {  // removes what a failed test may have left
+    for (const auto& [kind, id] : Objects()) RemoveIpc(kind, id);
   }
-  ~HostTest() override {  // what a failed test may have left
-    for (const IpcKind kind : kKinds) {
+
+  std::vector<std::pair<IpcKind, int>> Objects() const {
+    std::vector<std::pair<IpcKind, int>> objects;
+    for (const IpcKind kind : {IpcKind::kQueue, IpcKind::kSegment, IpcKind::kSemaphoreSet}) {
       for (int key = origin_; key < origin_ + 16; ++key) {
         const int id = FindIpc(kind, key);
-        if (id >= 0) devhost::RemoveIpc(kind, id);
+        if (id >= 0) objects.emplace_back(kind, id);
       }
     }
+    return objects;
   }
 
-  void WriteKernel(const std::string& key) const {
-    home_.Write("cfg/vokernel.cfg", "[CHANNEL]\nORGKEY \"" + key + "\"\n");
-  }
-  void WriteBusiness(const std::string& max_fit) const {
-    home_.Write("cfg/vobusiness.cfg", "[VOBUSINESS]\nMAXATM 2\nMAXFIT " + max_fit +
-                                          "\nMAXATMPROPERTY 3\nMAXATMSTATUS 2\n");
-  }
-
-  int CountObjects() const {
-    int count = 0;
-    for (const IpcKind kind : kKinds) {
-      for (int key = origin_; key < origin_ + 16; ++key) count += FindIpc(kind, key) >= 0 ? 1 : 0;
-    }
-    return count;
-  }
-
-  std::string ErrorOf(bool replace) const {
+  // Creates a host and counts its objects, or traces why it failed.
+  int Create(bool replace, const std::function<void()>& serve_until = nullptr) {
     try {
-      const Host host(home_.path(), replace);
+      Host host(home_.path(), replace);
+      if (serve_until) host.Serve(serve_until);
+      return static_cast<int>(Objects().size());
     } catch (const std::runtime_error& error) {
-      return error.what();
+      trace.debug()->trace("%s", error.what());
+      return -1;
     }
-    return "";
   }
 
-  // Sends a locate request as `process` and leaves the reply in the queue.
+  const int origin_ = 0x40000000 | (getpid() << 8);
+};
+
+TEST_F(HostTest, CreatesFilledTables) {
+  home_.Write("tables/atm_status.json", R"([{"Slot": 1, "StatusCode": "A", "StatusKind": "S"}])");
+  const Host host(home_.path(), false);
+  EXPECT_EQ(Objects().size(), 13U);
+  EXPECT_EQ(host.tables()[5].rows, 1);
+  void* records = shmat(FindIpc(IpcKind::kSegment, origin_ + 15), nullptr, SHM_RDONLY);
+  EXPECT_EQ(std::string(static_cast<char*>(records), 24),
+            std::string("NOTDEFINED\0\0A\0\0\0\0\0\0\0\0\0\0S", 24));
+  shmdt(records);
+  int key = origin_ + 10;
+  for (const int slots : {2, 16, 1, 3, 3, 2}) {  // a table without slots still has an object
+    const int set = FindIpc(IpcKind::kSemaphoreSet, key++);
+    for (int slot = 0; slot < slots; ++slot) EXPECT_EQ(semctl(set, slot, GETVAL), 2);
+    EXPECT_EQ(semctl(set, slots, GETVAL), -1) << "key " << key;
+  }
+}
+
+TEST_F(HostTest, NeedsWholeSettings) {
+  const auto create_with = [this](const std::string& given) {
+    const Texts file_and_text = Words(given, ':');
+    WriteStartUpFiles(home_, origin_, {});
+    home_.Write("cfg/" + file_and_text[0], file_and_text[1]);
+    return Create(false);
+  };
+  ExpectDone(R"(
+vokernel.cfg:CHANNEL#ORGKEY ""
+  => -1 <- not a whole number: CHANNEL#ORGKEY "" in ~/cfg/vokernel.cfg:1>
+vokernel.cfg:CHANNEL#ORGKEY 2147483633
+  => -1 <- larger than 2147483632: CHANNEL#ORGKEY "2147483633" in ~/cfg/vokernel.cfg:1>
+vobusiness.cfg:VOBUSINESS#MAXATM
+  => -1 <- no readable value for VOBUSINESS#MAXATM in ~/cfg/vobusiness.cfg>
+vosecurity.cfg:MAXSECURITY -1
+  => -1 <- not a whole number: MAXSECURITY "-1" in ~/cfg/vosecurity.cfg:1>
+vosecurity.cfg:MAXSECURITY 99999999999999999999
+  => -1 <- larger than 2147483647: MAXSECURITY "99999999999999999999" in ~/cfg/vosecurity.cfg:1>
+vosecurity.cfg:MAXSECURITY "" => 13
+)",
+             create_with);
+  home_.Remove("cfg/vosecurity.cfg");
+  EXPECT_EQ(Done(Create(false)), "-1 <- cannot open ~/cfg/vosecurity.cfg>");
+  home_.Write("cfg/vosecurity.cfg", "MAXSECURITY 2147483647");
+  EXPECT_EQ(Done(Create(false)).find("-1 <- MAXSECURITY 2147483647 is more than a sema"), 0U);
+}
+
+TEST_F(HostTest, ReplacesExistingObjectsOnlyWhenTold) {
+  const int queue = msgget(origin_ + 2, IPC_CREAT | 0600);
+  const int set = semget(origin_ + 13, 1, IPC_CREAT | 0600);
+  EXPECT_EQ(Done(Create(false)),
+            "-1 <- objects exist already and were not to be replaced:> <  " +
+                DescribeIpc(IpcKind::kQueue, "VoChannelMgr", origin_ + 2) + ", id " +
+                std::to_string(queue) + "> <  " +
+                DescribeIpc(IpcKind::kSemaphoreSet, "ATMPROPERTYMEMORY", origin_ + 13) + ", id " +
+                std::to_string(set) + ">");
+  EXPECT_EQ(DescribeIpc(IpcKind::kSegment, "A", 255), "segment of A, key 255 (0x000000ff)");
+
+  home_.Write("tables/atm_fit.json", "[{}]");  // nothing is removed for a home that is not good
+  EXPECT_EQ(Done(Create(true)), "-1 <- no key text FitId: ~/tables/atm_fit.json:1, row 1>");
+  EXPECT_EQ(Objects().size(), 2U);
+
+  home_.Remove("tables");
+  EXPECT_EQ(Done(Create(true)), "13");
+  EXPECT_TRUE(Objects().empty());
+}
+
+TEST_F(HostTest, RemovesItsObjectsHoweverItEnds) {
+  const auto served_until = [this](const std::function<void()>& end) {
+    Child([&] { return home_.Write("done", Done(Create(false, end))), 0; }).Wait();
+    EXPECT_TRUE(Objects().empty());
+    return home_.Read("done");
+  };
+  EXPECT_EQ(served_until([] { kill(getpid(), SIGTERM); }), "12");
+  EXPECT_EQ(served_until([] { kill(getpid(), SIGINT); }), "12");
+  const auto remove_queue = [this] { RemoveIpc(IpcKind::kQueue, Objects()[0].second); };
+  EXPECT_EQ(served_until(remove_queue).find("-1 <- somebody else removed the queue of VoCh"), 0U);
+}
+
+// A host that answers in a process of its own.
+class LocateTest : public testing::Test {
+ protected:
+  // Sends a locate request as a process and leaves the reply in the queue.
   void Request(const std::string& name, int process) const {
     LocateMemoryMsg message{};
     message.MessageType = 1;
     name.copy(message.MemoryName, sizeof message.MemoryName);
     message.RequestCode = LOCATE_MEMORY;
     message.ProcessId = process;
-    const int queue = FindIpc(IpcKind::kQueue, origin_ + 2);
-    ASSERT_EQ(msgsnd(queue, &message, kBody, IPC_NOWAIT), 0) << std::strerror(errno);
+    ASSERT_EQ(msgsnd(queue_, &message, kBody, IPC_NOWAIT), 0);
   }
 
-  LocateMemoryMsg Locate(const std::string& name) const {
+  // Returns the key of a table, or -1.
+  int Locate(const std::string& name) const {
     Request(name, getpid());
     LocateMemoryMsg reply{};
-    const int queue = FindIpc(IpcKind::kQueue, origin_ + 2);
-    EXPECT_EQ(msgrcv(queue, &reply, kBody, getpid(), 0), static_cast<ssize_t>(kBody));
-    return reply;
+    EXPECT_EQ(msgrcv(queue_, &reply, kBody, getpid(), 0), static_cast<ssize_t>(kBody));
+    EXPECT_EQ(strncmp(reply.MemoryName, name.c_str(), sizeof reply.MemoryName), 0) << name;
+    return reply.LocateStatus == 0 ? reply.ChannelKeyId : reply.LocateStatus;
   }
 
-  static constexpr IpcKind kKinds[] = {IpcKind::kQueue, IpcKind::kSegment, IpcKind::kSemaphoreSet};
   static constexpr std::size_t kBody = sizeof(LocateMemoryMsg) - sizeof(long);
-  static constexpr int kAllObjects = 13;
 
-  const int origin_ = 0x40000000 | (getpid() << 8);
-  TemporaryHome home_;
+  const ServedHome home_;
+  const int queue_ = FindIpc(IpcKind::kQueue, home_.key_base() + 2);
 };
 
-// Serves a host on a thread of its own while it exists.
-class Serving {
- public:
-  explicit Serving(Host* host) : host_(host) {
-    std::promise<void> ready;
-    thread_ = std::thread([&] { host_->Serve([&] { ready.set_value(); }); });
-    ready.get_future().wait();
-  }
-  ~Serving() {
-    host_->Stop();
-    thread_.join();
-  }
-  Serving(const Serving&) = delete;
-  Serving& operator=(const Serving&) = delete;
-
- private:
-  Host* host_;
-  std::thread thread_;
-};
-
-TEST_F(HostTest, CreatesFilledTablesAndRemovesThem) {
-  home_.Write("tables/atm_status.json", R"([{"Slot": 1, "StatusCode": "A", "StatusKind": "S"}])");
-  {
-    const Host host(home_.path(), false);
-    EXPECT_EQ(CountObjects(), kAllObjects);
-    const Host::Table& status = host.tables()[5];
-    EXPECT_EQ(status.key, origin_ + 15);
-    EXPECT_EQ(status.rows, 1);
-    void* address = shmat(FindIpc(IpcKind::kSegment, status.key), nullptr, SHM_RDONLY);
-    const auto* records = static_cast<const VoAtmStatus*>(address);
-    EXPECT_STREQ(records[0].StatusCode, "NOTDEFINED");
-    EXPECT_EQ(std::string(records[1].StatusCode, sizeof(VoAtmStatus)),
-              std::string("A\0\0\0\0\0\0\0\0\0\0S", sizeof(VoAtmStatus)));
-    shmdt(address);
-    const int slots[] = {2, 16, 1, 3, 3, 2};  // a table without slots still has an object
-    for (int table = 0; table < 6; ++table) {
-      const int set = FindIpc(IpcKind::kSemaphoreSet, origin_ + 10 + table);
-      for (int slot = 0; slot < slots[table]; ++slot) EXPECT_EQ(semctl(set, slot, GETVAL), 2);
-      EXPECT_EQ(semctl(set, slots[table], GETVAL), -1) << table;
-    }
-  }
-  EXPECT_EQ(CountObjects(), 0);
-}
-
-TEST_F(HostTest, NeedsWholeSettings) {
-  const std::string cfg = home_.path() + "/cfg/";
-  const std::string origin = std::to_string(origin_);
-  struct Case {
-    std::string key;
-    std::string max_fit;
-    std::string error;
-  };
-  const Case cases[] = {
-      {"71a", "1", "not a whole number: CHANNEL#ORGKEY \"71a\" in " + cfg + "vokernel.cfg:2"},
-      {"", "1", "not a whole number: CHANNEL#ORGKEY \"\" in " + cfg + "vokernel.cfg:2"},
-      {"2147483633", "1",
-       "larger than 2147483632: CHANNEL#ORGKEY \"2147483633\" in " + cfg + "vokernel.cfg:2"},
-      {origin, "", "no readable value for VOBUSINESS#MAXFIT in " + cfg + "vobusiness.cfg"},
-      {origin, "-1", "not a whole number: VOBUSINESS#MAXFIT \"-1\" in " + cfg + "vobusiness.cfg:3"},
-      {origin, "99999999999999999999",
-       "larger than 2147483647: VOBUSINESS#MAXFIT \"99999999999999999999\" in " + cfg +
-           "vobusiness.cfg:3"},
-      {origin, "2147483647", "VOBUSINESS#MAXFIT 2147483647 is more than a semaphore set may have"},
-  };
-  for (const Case& row : cases) {
-    WriteKernel(row.key);
-    WriteBusiness(row.max_fit);
-    EXPECT_EQ(ErrorOf(false).substr(0, row.error.size()), row.error);
-  }
-  std::filesystem::remove(cfg + "vokernel.cfg");
-  EXPECT_EQ(ErrorOf(false), "cannot open " + cfg + "vokernel.cfg");
-  EXPECT_EQ(CountObjects(), 0);
-}
-
-TEST_F(HostTest, ReplacesExistingObjectsOnlyWhenTold) {
-  const int queue = msgget(origin_ + 2, IPC_CREAT | 0600);
-  const int set = semget(origin_ + 13, 1, IPC_CREAT | 0600);
-  const std::string listed = ErrorOf(false);
-  EXPECT_NE(listed.find("queue of VoChannelMgr, key " + std::to_string(origin_ + 2)),
-            std::string::npos)
-      << listed;
-  EXPECT_NE(listed.find("id " + std::to_string(queue) + "\n  semaphore set of ATMPROPERTYMEMORY"),
-            std::string::npos)
-      << listed;
-  EXPECT_NE(listed.find("id " + std::to_string(set)), std::string::npos) << listed;
-
-  home_.Write("tables/atm_fit.json", "[{}]");  // nothing is removed for a home that is not good
-  EXPECT_NE(ErrorOf(true).find("no key text FitId"), std::string::npos);
-  EXPECT_EQ(CountObjects(), 2);
-
-  home_.Write("tables/atm_fit.json", "[]");
-  {
-    const Host host(home_.path(), true);
-    EXPECT_EQ(CountObjects(), kAllObjects);
-    EXPECT_NE(FindIpc(IpcKind::kQueue, origin_ + 2), queue);
-  }
-  EXPECT_EQ(CountObjects(), 0);
-}
-
-TEST_F(HostTest, AnswersLocateRequests) {
-  Host host(home_.path(), false);
-  const Serving serving(&host);
-  int key = origin_ + 10;
-  for (const Host::Table& table : host.tables()) {
-    const LocateMemoryMsg reply = Locate(table.record->name);
-    EXPECT_STREQ(reply.MemoryName, table.record->name);
-    EXPECT_EQ(reply.LocateStatus, 0) << table.record->name;
-    EXPECT_EQ(reply.ChannelKeyId, key++) << table.record->name;
-  }
-  const std::string unknown[] = {"", "ATMMEMOR", "ATMMEMORY2", "atmmemory", std::string(104, 'A')};
-  for (const std::string& name : unknown) EXPECT_EQ(Locate(name).LocateStatus, -1) << name;
+TEST_F(LocateTest, AnswersRequests) {
+  int key = home_.key_base() + 10;
+  for (const auto& table : kRecordTables) EXPECT_EQ(Locate(table.name), key++) << table.name;
+  const Texts unknown = Words(" ATMMEMOR ATMMEMORY2 atmmemory " + std::string(104, 'A'));
+  for (const std::string& name : unknown) EXPECT_EQ(Locate(name), -1) << name;
 }
 
 // Messages that are no requests and replies that nobody fetches neither stop the host nor fill the
 // queue for those who wait.
-TEST_F(HostTest, SurvivesAFullQueue) {
-  Host host(home_.path(), false);
-  const int queue = FindIpc(IpcKind::kQueue, origin_ + 2);
-  const Serving serving(&host);
-  EXPECT_EQ(Locate("ATMFITMEMORY").ChannelKeyId, origin_ + 11);
-  const struct {
-    long type;
-    char text[200];
-  } junk = {1, {}};
-  for (const std::size_t size : {0U, 127U, 200U}) ASSERT_EQ(msgsnd(queue, &junk, size, 0), 0);
-  Request("ATMMEMORY", 1);
-  EXPECT_EQ(Locate("ATMMEMORY").ChannelKeyId, origin_ + 10);
-  msqid_ds limits{};
-  for (int i = 0; i < 100; ++i) {  // nothing was left behind, nor goes round
-    ASSERT_EQ(msgctl(queue, IPC_STAT, &limits), 0);
-    ASSERT_EQ(limits.msg_qnum, 0U);
-  }
+TEST_F(LocateTest, SurvivesAFullQueue) {
+  const long junk[26] = {1};  // a message of the requests' type
+  for (const std::size_t size : {0U, 127U, 200U}) ASSERT_EQ(msgsnd(queue_, junk, size, 0), 0);
+  for (int i = 0; i < 20; ++i) Request("ATMMEMORY", 1);  // whose replies would be requests
+  EXPECT_EQ(Locate("ATMMEMORY"), home_.key_base() + 10);
+  msqid_ds state{};
+  ASSERT_EQ(msgctl(queue_, IPC_STAT, &state), 0);
+  ASSERT_EQ(state.msg_qnum, 0U) << "left behind, or going round";
 
-  limits.msg_qbytes = 2 * kBody;
-  ASSERT_EQ(msgctl(queue, IPC_SET, &limits), 0);
+  state.msg_qbytes = 2 * kBody;
+  ASSERT_EQ(msgctl(queue_, IPC_SET, &state), 0);
   for (int i = 0; i < 5; ++i) {
-    const pid_t child = fork();
-    if (child == 0) {
-      Request("ATMMEMORY", getpid());
-      _exit(0);
-    }
-    ASSERT_EQ(waitpid(child, nullptr, 0), child);
-    EXPECT_EQ(Locate("ATMFITMEMORY").ChannelKeyId, origin_ + 11);
-  }
-}
-
-// Serves in a child process, applies `end` once it is ready, and returns its exit status.
-int ServeInChild(const std::string& home, const std::function<void(pid_t)>& end) {
-  int ready[2];
-  if (pipe(ready) != 0) return -1;
-  const pid_t child = fork();
-  if (child == 0) {
-    int status = 0;
-    try {
-      Host(home, false).Serve([&] { close(ready[1]); });
-    } catch (const std::runtime_error& error) {
-      status = std::strstr(error.what(), "somebody else removed the queue") != nullptr ? 2 : 3;
-    }
-    _exit(status);
-  }
-  close(ready[1]);
-  char nothing = 0;
-  EXPECT_EQ(read(ready[0], &nothing, 1), 0);
-  close(ready[0]);
-  end(child);
-  int status = -1;
-  EXPECT_EQ(waitpid(child, &status, 0), child);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-TEST_F(HostTest, CleansUpHoweverItIsEnded) {
-  struct Case {
-    const char* end;
-    std::function<void(pid_t)> apply;
-    int status;
-  };
-  const Case cases[] = {
-      {"SIGTERM", [](pid_t child) { kill(child, SIGTERM); }, 0},
-      {"SIGINT", [](pid_t child) { kill(child, SIGINT); }, 0},
-      {"queue removed",
-       [&](pid_t) { devhost::RemoveIpc(IpcKind::kQueue, FindIpc(IpcKind::kQueue, origin_ + 2)); },
-       2},
-  };
-  for (const Case& row : cases) {
-    EXPECT_EQ(ServeInChild(home_.path(), row.apply), row.status) << row.end;
-    EXPECT_EQ(CountObjects(), 0) << row.end;
+    Child([this] { return Request("ATMMEMORY", getpid()), 0; }).Wait();
+    EXPECT_EQ(Locate("ATMFITMEMORY"), home_.key_base() + 11);
   }
 }
 
 }  // namespace
+}  // namespace devhost

@@ -1,99 +1,88 @@
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-
-#include <cstdlib>
 #include <filesystem>
 #include <map>
-#include <string>
-#include <vector>
 
 #include "support/random_cases.h"
 #include "support/served_home.h"
 #include "tools/voatm/check_configuration.h"
 #include "tools/voatm/configuration_entries.h"
+#include "tools/voatm_output.h"
 #include "vocfgutil.h"
 
 namespace {
 
-// A file that is added to a sound home, and the one thing wrong with it, without the text.
-struct Seed {
-  std::string file;
-  std::string text;
-  std::string finding;
-};
-
 const std::string kLong(151, 'x');
 const std::string kBusiness =
     "[VOBUSINESS]\nMAXATM 4\nMAXFIT 4\nMAXATMPROPERTY 4\nMAXATMSTATUS 4\nUTCFLAG No\n";
-const std::string kOpkey = "cfg/atm/statetable/opkey/";
-const std::string kResponses = "cfg/atm/statetable/resptable/A_resp.cfg";
+const std::string kCardless = "cfg/atm/CARDLESS_TXN.cfg";
+const std::string kOpkeys = "cfg/atm/statetable/opkey/";
+const std::string kOpkey = kOpkeys + "A_opk.cfg";
+const std::string kResponse = "cfg/atm/statetable/resptable/A_resp.cfg";
 const std::string kScreen = "cfg/atm/statetable/screen/A_screen.cfg";
 const std::string kTemplate = "cfg/atm/templates/A_AMOUNT_1.oar";
+const std::string kOar =
+    "[OAR]\nOAR_TIMEOUT 45\n[OAR#CONTROL]\nNUMERICKEYS 1\nCANCEL 12\n[OAR#VAR]\nTOTALVAR 1\n"
+    "A $VAR 1\nB N 0\nC N 0\nD N 0\nF N 0\nG N 0\nH N 0\n";
+const std::string kDisplay = "[OAR#CONTROL]\nDISPLAYFLAG 1\n";
 const std::string kLogic = "cfg/atm/displogic/A_displogic.cfg";
 const std::string kNotes = "cfg/atm/bnamap/A_bnamap.cfg";
-const std::string kOarHead = "[OAR]\nOAR_TIMEOUT 45\n[OAR#CONTROL]\nNUMERICKEYS 1\nCANCEL 12\n";
-const std::string kOarTail =
-    "[OAR#VAR]\nTOTALVAR 1\nB NONE 0\nC NONE 0\nD NONE 0\nF NONE 0\nG NONE 0\nH NONE 0\n";
-const std::string kOar = kOarHead + "DISPLAYFLAG 1\n" + kOarTail;
-constexpr const char* kNoFile = "(none)";
 
-std::vector<Seed> Seeds() {
-  return {
-      {"cfg/vokernel.cfg", "", "1:1 error missing-key"},
-      {"cfg/vokernel.cfg", kNoFile, "1:1 error missing-file"},
-      {"cfg/vosecurity.cfg", "MAXSECURITY x\n", "1:13 error not-a-number"},
-      {"cfg/vosecurity.cfg", "MAXSECURITY 2147483647\n", "1:13 error above-semmsl"},
-      {"cfg/vokernel.cfg", "[CHANNEL]\nORGKEY 2147483648\n", "2:8 error number-too-large"},
-      {"cfg/vobusiness.cfg", kBusiness + "A_BADRSP_RCPT_NEEDED Yes\n", "7:1 warning unread-key"},
-      {"cfg/vobusiness.cfg", "A_BADRSP_RCPT_NEEDED 1\n" + kBusiness, "1:22 warning yes-or-no"},
-      {"cfg/vobusiness.cfg", "VOBUSINESS#MAXFIT 1\n" + kBusiness, "4:1 warning shadowed-key"},
-      {"cfg/atm/CARDLESS_TXN.cfg", "[OPKEYMAP]\nA 1=2\n", "1:1 warning missing-key"},
-      {"cfg/atm/CARDLESS_TXN.cfg", "[OPKEYMAP]\nDEFAULT \"\"\n", "2:9 error empty-value"},
-      {kOpkey + "A_opk.cfg", "A_A 010000 0 978 \"Y Y\n", "1:18 error unclosed-quote"},
-      {kOpkey + "A_opk.cfg", "A_A 010000 0 978 \"Y\"Y Y\n", "1:18 error text-after-quote"},
-      {kOpkey + "A_opk.cfg", "A_A " + kLong + " 0 978 Y Y\n", "1:5 error field-too-long"},
-      {kOpkey + "A_opk.cfg", std::string("A_A 010000 0 978 Y \0Y\n", 22),
-       "1:20 error nul-character"},
-      {kOpkey + "A_opk.cfg", "A_A 010000 0 978 Y\n", "1:19 error missing-field"},
-      {kOpkey + "A_opk.cfg", "A_A 010000 0 978 Y Y Y\n", "1:22 warning extra-field"},
-      {kOpkey + "A_opk.cfg", "A_A 01000 0 978 Y Y\n", "1:5 error txn-code"},
-      {kOpkey + "A_opk.cfg", "A_A 010000 0 EUR Y Y\n", "1:14 error currency-code"},
-      {kOpkey + "A_opk.cfg", "A_A 010000 0 978 yes Y\n", "1:18 warning flag"},
-      {kOpkey + "A_opk.cfg", "A_" + kLong.substr(0, 49) + " 010000 0 978 Y Y\n",
-       "1:1 error key-too-long"},
-      {kOpkey + "A_opk.cfg.old", "", "1:1 warning unopened-file"},
-      {kOpkey + "DEFAULT_opk.cfg", "", "1:1 warning unopened-file"},
-      {"cfg/atm/opkey/A_opk.cfg", "", "1:1 warning unopened-file"},
-      {kOpkey + std::string(240, 'A') + "_opk.cfg", "", "1:1 error path-too-long"},
-      {kOpkey + "A_opk.cfg/note", "", "1:1 error unreadable-file"},
-      {kResponses, "[GOOD_RESPONSE]\n1_0 21 071\n", "2:5 error state-number"},
-      {kResponses, "[BAD_RESPONSE]\n1_0 021 0710\n", "2:9 error screen-number"},
-      {kResponses, "[GOOD_RESPONSE]\n1_0 021 071\n1_0 021 072\n", "3:1 warning duplicate-key"},
-      {kScreen, "[ATM_RESERVEDSCREEN\nEMPTYSCR 099\n", "1:1 error open-header"},
-      {kScreen, "[" + kLong + "]\n[ATM_RESERVEDSCREEN]\nEMPTYSCR 099\n",
-       "1:1 error header-too-long"},
-      {kTemplate, kOar + "A $VAR 1\n", "1:1 error missing-key"},
-      {kTemplate, kOar + "I $LEAVE 0\nA $VAR 1\n", "15:3 warning key-action"},
-      {kTemplate, kOar + "I " + kLong.substr(0, 51) + " 0\nA $VAR 1\n",
-       "15:3 error value-too-long"},
-      {kTemplate, kOarHead + "DISPLAYFLAG 10\n" + kOarTail + "A NONE 0\nI NONE 0\n",
-       "6:13 error control-digit"},
-      {kLogic, "[DISPENCE_LOGIC]\nCASH_20 1 0 0\n", "2:1 error logic-counts"},
-      {kLogic, "[DISPENCE_LOGIC]\nCASH_20 1 0 0 100\n", "2:15 error note-count"},
-      {kLogic, "[DISPENCE_LOGIC]\n\"A B_20\" 1 0 0 1\n", "2:1 warning unread-key"},
-      {kNotes, "[BNA_MAPPING]\n01 5\n02 0\n", "3:4 error note-value"},
-      {kNotes, "[BNA_MAPPING]\n01 5EUR\n", "2:4 error note-value"},
-      {kNotes, "[BNA_MAPPING]\n1 5\n", "2:1 warning unread-key"},
-      {"inf/A_OAR.inf", "[OAR]\n[OAR\n", "2:1 error open-header"},
-  };
-}
+// A file that is added to a sound home, and the one thing wrong with it, without the text.
+// clang-format off
+const struct {
+  std::string file, text, finding;
+} kSeeds[] = {
+    {"cfg/vokernel.cfg", "", "1:1 error missing-key"},
+    {"cfg/vokernel.cfg", "(none)", "1:1 error missing-file"},
+    {"cfg/vokernel.cfg", "[CHANNEL]\nORGKEY 2147483648\n", "2:8 error number-too-large"},
+    {"cfg/vosecurity.cfg", "MAXSECURITY x\n", "1:13 error not-a-number"},
+    {"cfg/vosecurity.cfg", "MAXSECURITY 2147483647\n", "1:13 error above-semmsl"},
+    {"cfg/vobusiness.cfg", kBusiness + "A_BADRSP_RCPT_NEEDED Yes\n", "7:1 warning unread-key"},
+    {"cfg/vobusiness.cfg", "A_BADRSP_RCPT_NEEDED 1\n" + kBusiness, "1:22 warning yes-or-no"},
+    {"cfg/vobusiness.cfg", "VOBUSINESS#MAXFIT 1\n" + kBusiness, "4:1 warning shadowed-key"},
+    {kCardless, "[OPKEYMAP]\nA 1=2\n", "1:1 warning missing-key"},
+    {kCardless, "[OPKEYMAP]\nDEFAULT \"\"\n", "2:9 error empty-value"},
+    {kOpkey, "A_A 010000 0 978 \"Y Y\n", "1:18 error unclosed-quote"},
+    {kOpkey, "A_A 010000 0 978 \"Y\"Y Y\n", "1:18 error text-after-quote"},
+    {kOpkey, "A_A " + kLong + " 0 978 Y Y\n", "1:5 error field-too-long"},
+    {kOpkey, std::string("A_A 010000 0 978 Y \0Y\n", 22), "1:20 error nul-character"},
+    {kOpkey, "A_A 010000 0 978 Y\n", "1:19 error missing-field"},
+    {kOpkey, "A_A 010000 0 978 Y Y Y\n", "1:22 warning extra-field"},
+    {kOpkey, "A_A 01000 0 978 Y Y\n", "1:5 error txn-code"},
+    {kOpkey, "A_A 010000 0 EUR Y Y\n", "1:14 error currency-code"},
+    {kOpkey, "A_A 010000 0 978 yes Y\n", "1:18 warning flag"},
+    {kOpkey, "A_" + kLong.substr(0, 49) + " 010000 0 978 Y Y\n", "1:1 error key-too-long"},
+    {kOpkey + ".old", "", "1:1 warning unopened-file"},
+    {kOpkeys + "DEFAULT_opk.cfg", "", "1:1 warning unopened-file"},
+    {"cfg/atm/opkey/A_opk.cfg", "", "1:1 warning unopened-file"},
+    {kOpkeys + std::string(240, 'A') + "_opk.cfg", "", "1:1 error path-too-long"},
+    {kOpkey + "/note", "", "1:1 error unreadable-file"},
+    {kResponse, "[GOOD_RESPONSE]\n1_0 21 071\n", "2:5 error state-number"},
+    {kResponse, "[BAD_RESPONSE]\n1_0 021 0710\n", "2:9 error screen-number"},
+    {kResponse, "[GOOD_RESPONSE]\n1_0 021 071\n1_0 021 072\n", "3:1 warning duplicate-key"},
+    {kScreen, "[ATM_RESERVEDSCREEN\nEMPTYSCR 099\n", "1:1 error open-header"},
+    {kScreen, "[" + kLong + "]\n[ATM_RESERVEDSCREEN]\nEMPTYSCR 099\n", "1:1 error header-too-long"},
+    {kTemplate, kOar + "I $LEAVE 0\n" + kDisplay, "15:3 warning key-action"},
+    {kTemplate, kOar + "I " + kLong.substr(0, 51) + " 0\n" + kDisplay, "15:3 error value-too-long"},
+    {kTemplate, kOar + "I N 0\n[OAR#CONTROL]\nDISPLAYFLAG 10\n", "17:13 error control-digit"},
+    {kLogic, "[DISPENCE_LOGIC]\nCASH_20 1 0 0\n", "2:1 error logic-counts"},
+    {kLogic, "[DISPENCE_LOGIC]\nCASH_20 1 0 0 100\n", "2:15 error note-count"},
+    {kNotes, "[BNA_MAPPING]\n01 5\n02 0\n", "3:4 error note-value"},
+    {"inf/A_OAR.inf", "[OAR]\n[OAR\n", "2:1 error open-header"},
+};
+// clang-format on
+
+// A home with a copy of the sample's files.
+struct SampleHome : TestHome {
+  SampleHome() {
+    std::filesystem::copy(SAMPLE_HOME, path(), std::filesystem::copy_options::recursive);
+  }
+};
 
 TEST(Check, FindsEachSeededFaultAndNothingElse) {
-  for (const Seed& seed : Seeds()) {
-    const TestHome home;
-    std::filesystem::copy(SAMPLE_HOME, home.path(), std::filesystem::copy_options::recursive);
+  for (const auto& seed : kSeeds) {
+    const SampleHome home;
     home.Remove(seed.file);
-    if (seed.text != kNoFile) home.Write(seed.file, seed.text);
+    if (seed.text != "(none)") home.Write(seed.file, seed.text);
     std::string found;
     for (const ConfigurationFinding& finding : CheckConfiguration(home.path()).findings) {
       found += finding.path + ":" + std::to_string(finding.line) + ":" +
@@ -105,22 +94,15 @@ TEST(Check, FindsEachSeededFaultAndNothingElse) {
   }
 }
 
-int RunCheck(const std::string& arguments) {
-  const std::string command =
-      BUILD_DIRECTORY "/voatm check --home " + arguments + " >/dev/null 2>&1";
-  return WEXITSTATUS(system(command.c_str()));  // NOLINT(bugprone-command-processor)
-}
-
 TEST(Check, SaysInItsExitStatusWhatItFound) {
-  EXPECT_EQ(RunCheck(SAMPLE_HOME " --strict"), 0);
-  const TestHome home;
-  std::filesystem::copy(SAMPLE_HOME, home.path(), std::filesystem::copy_options::recursive);
-  home.Write(kNotes + ".old", "");
-  EXPECT_EQ(RunCheck(home.path()), 0);
-  EXPECT_EQ(RunCheck(home.path() + " --strict"), 1);
-  home.Write("cfg/vosecurity.cfg", "");
-  EXPECT_EQ(RunCheck(home.path()), 1);
-  EXPECT_EQ(RunCheck(home.path() + "/none"), 2);
+  EXPECT_EQ(Voatm("check --strict").code, 0);
+  const SampleHome home;
+  home.Write(kOpkey + ".old", "");
+  EXPECT_EQ(Voatm("check").code, 0);
+  EXPECT_EQ(Voatm("check --strict").code, 1);
+  home.Remove("cfg/vosecurity.cfg");
+  EXPECT_EQ(Voatm("check").code, 1);
+  EXPECT_EQ(Voatm("check --home none").code, 2);
 }
 
 // What the reader answers for a key, as the list of entries predicts it.

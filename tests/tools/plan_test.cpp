@@ -12,46 +12,30 @@ const std::string kConfigured =
     kCassettes + " --logic-name CASH --scope HARBOUR BRANCH ATM00001 COMMON";
 
 TEST(PlanCommand, SaysWhatIsPaidAndWhyNot) {
-  // clang-format off
   ExpectOutputs({
-      {"plan --amount 30 " + kConfigured,
-       R"(
+      {"plan --amount 30 " + kConfigured, R"(
 configured  01000001: 1 x A (20) + 1 x D (10) = 30, ./cfg/atm/displogic/HARBOUR_displogic.cfg:14
             asks cassette D (10), which cannot be used
 outcome     refused, code 302: cassette A (20) stands in the way: its notes are too large
 in full     20 50 60
 => 1
 )"},
-      {"plan --amount 170 " + kConfigured + " --json | tr -s '\\n ' ' '",
+      {"plan --amount 50 " + kCassettes + " --json | tr -d ' \\n'",
        R"(
-{ "amount": 170, "configured": { "logic": "01010100", "notes": "1 x A (20) + 1 x B (50) + 1 x C (100) = 170", "source": "./cfg/atm/displogic/HARBOUR_displogic.cfg:20", "fault": "" }, "outcome": "paid", "code": 0, "meaning": "", "logic": "01010100", "notes": "1 x A (20) + 1 x B (50) + 1 x C (100) = 170", "nearby": [ 60, 100, 200, 500 ] } => 0
+{"amount":50,"configured":null,"outcome":"paid","code":0,"meaning":"","logic":"00010000",)"
+       R"("notes":"1xB(50)=50","nearby":[20,40,100,120]}=> 0
 )"},
-      {"plan --amount 60 " + kCassettes,
-       R"(
-planned     00010000: 1 x B (50) = 50
-outcome     falls short: the logic does not add up to the amount: it gives 50 of 60
-in full     40 50 100 120
-=> 1
-)"},
-      {"plan --sweep 10:60:10 " + kConfigured,
-       R"(
-voatm: 3 of 6 amounts are not paid in full
-FROM TO AMOUNTS PAID CONFIGURED                                 PLANNED
-  10 10       1 no   none                                       refuses, 302: cassette A (20) stands in the way: its notes are too large
-  20 20       1 yes  pays                                       pays
-  30 30       1 no   asks cassette D (10), which cannot be used refuses, 302: cassette A (20) stands in the way: its notes are too large
-  40 40       1 no   none                                       pays
-  50 50       1 yes  pays                                       pays
-  60 60       1 yes  pays                                       falls short
+      {"plan --sweep 20:60:20 " + kConfigured, R"(
+voatm: 1 of 3 amounts are not paid in full
+FROM TO AMOUNTS PAID CONFIGURED PLANNED
+  20 20       1 yes  pays       pays
+  40 40       1 no   none       pays
+  60 60       1 yes  pays       falls short
 => 1
 )"},
       {"plan --amount 60 " + kCassettes + " A:5:978:Y",
-       R"(
-voatm: cassette "A:5:978:Y" is given twice; see voatm --help
-=> 2
-)"},
+       "\nvoatm: cassette \"A:5:978:Y\" is given twice; see voatm --help\n=> 2\n"},
   });
-  // clang-format on
 }
 
 // What counts as paid adds up; a sweep says of each amount what a single request says.
@@ -70,18 +54,15 @@ TEST(Plan, PaidMeansTheWholeAmountInASweepToo) {
     const CashOutcome outcome = Pay(library.util, request, logic_of, amount);
     int sum = 0;
     for (std::size_t at = 0; at < 3 && !outcome.logic.empty(); ++at) {
-      const bool counts = request.cassettes[at].Code == request.currency;
-      sum +=
-          std::stoi(outcome.logic.substr(2 * at, 2)) * (counts ? request.cassettes[at].Value : 0);
+      const DenomInfo& cassette = request.cassettes[at];
+      const int notes = std::stoi(outcome.logic.substr(2 * at, 2));
+      if (cassette.Code == request.currency) sum += notes * cassette.Value;
     }
     const bool paid = outcome.payment == Payment::kPaid;
     EXPECT_TRUE(!paid || sum == amount) << outcome.logic;
     const bool foreign = outcome.meaning == "the logic takes notes of another currency";
     EXPECT_TRUE(outcome.payment != Payment::kFallsShort || sum != amount || foreign);
-    const auto runs = Sweep(library.util, request, logic_of, amount - 1, amount, 1);
-    EXPECT_EQ(runs.back().paid, paid) << amount;
-    EXPECT_EQ(runs.front().from, amount - 1);
-    EXPECT_EQ(runs.back().to, amount);
+    EXPECT_EQ(Sweep(library.util, request, logic_of, amount - 1, amount, 1).back().paid, paid);
   }
 }
 

@@ -1,4 +1,4 @@
-// What the command prints about the sample home, and its exit status.
+// The command as an operator runs it: on the home of the test, or else on the sample home.
 #ifndef TESTS_TOOLS_VOATM_OUTPUT_H
 #define TESTS_TOOLS_VOATM_OUTPUT_H
 
@@ -8,20 +8,35 @@
 #include <string>
 #include <vector>
 
+struct Answer {
+  int code;
+  std::string text;  // data and talk
+};
+
+inline Answer Shell(const std::string& command) {
+  FILE* pipe = popen(command.c_str(), "r");  // NOLINT(bugprone-command-processor)
+  std::string text;
+  for (int c = fgetc(pipe); c != EOF; c = fgetc(pipe)) text += static_cast<char>(c);
+  const int status = pclose(pipe);
+  return {WEXITSTATUS(status), text};
+}
+
+// What the arguments redirect is not in the text.
+inline Answer Voatm(const std::string& arguments) {
+  return Shell("cd " SAMPLE_HOME "; VODIR_HOME=${VODIR_HOME:-.} " BUILD_DIRECTORY "/voatm 2>&1 " +
+               arguments);
+}
+
 struct Golden {
   std::string arguments;
-  const char* output;  // data and talk, then the exit status
+  const char* output;  // a newline, the text and the exit status
 };
 
 inline void ExpectOutputs(const std::vector<Golden>& goldens) {
   for (const Golden& golden : goldens) {
-    const std::string command = "cd " SAMPLE_HOME " && VODIR_HOME=. " BUILD_DIRECTORY "/voatm " +
-                                golden.arguments + " 2>&1; echo \"=> $?\"";
-    FILE* pipe = popen(command.c_str(), "r");
-    std::string text = "\n";
-    for (int c = fgetc(pipe); c != EOF; c = fgetc(pipe)) text += static_cast<char>(c);
-    pclose(pipe);
-    EXPECT_EQ(text, golden.output) << golden.arguments;
+    const Answer answer = Voatm(golden.arguments);
+    EXPECT_EQ("\n" + answer.text + "=> " + std::to_string(answer.code) + "\n", golden.output)
+        << golden.arguments;
   }
 }
 
