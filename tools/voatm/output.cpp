@@ -29,7 +29,11 @@ std::string Alarm(const std::string& text) {
   return UseColor() ? kAlarmColor + text + kPlainColor : text;
 }
 
-void PrintJson(const Json& json) { std::printf("%s\n", json.dump(kIndent).c_str()); }
+// A byte that is no UTF-8 is replaced: the configuration and the tables may hold any.
+void PrintJson(const Json& json) {
+  const auto replaced = Json::error_handler_t::replace;
+  std::printf("%s\n", json.dump(kIndent, ' ', false, replaced).c_str());
+}
 
 void Say(const std::string& text) { std::fprintf(stderr, "voatm: %s\n", text.c_str()); }
 
