@@ -1,3 +1,5 @@
+#include <sys/shm.h>
+
 #include <cerrno>
 
 #include "support/driver_test.h"
@@ -101,9 +103,9 @@ TEST_P(AtmMemoryTest, BoundsUnterminatedIdsAndUnattachedTables) {
   testing::internal::GetCapturedStdout();
   EXPECT_STREQ(id, "ZZZZZZZZZZZZZZZZZZZZ");
   AtmMemoryTable* const table = util_.AtmMemoryPtr;
-  for (AtmMemoryTable* nowhere :
-       {static_cast<AtmMemoryTable*>(nullptr), reinterpret_cast<AtmMemoryTable*>(-1)}) {
-    util_.AtmMemoryPtr = nowhere;
+  void* const failed = shmat(-1, nullptr, 0);  // the error address
+  for (void* nowhere : {static_cast<void*>(nullptr), failed}) {
+    util_.AtmMemoryPtr = static_cast<AtmMemoryTable*>(nowhere);
     EXPECT_EQ(util_.WriteAtmMemory("A1", &record_), -1);
     EXPECT_EQ(util_.GetAtmCount("EAST"), 0);
   }
