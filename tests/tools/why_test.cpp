@@ -50,7 +50,8 @@ TEST(Why, FindsTheTextInALine) {
 TEST(Completion, NamesVerbsAndThoseBelowThem) {
   for (const char* const shell : {"bash", "zsh", "fish"}) {
     const std::string script = Voatm(std::string("completion ") + shell).text;
-    for (const char* const word : {"explain", "cardless", "locks", "release", "--json"}) {
+    for (const char* const word :
+         {"serve", "tables", "dump", "locks", "release", "explain", "plan"}) {
       EXPECT_NE(script.find(word), std::string::npos) << shell << ": " << word;
     }
   }
