@@ -56,76 +56,53 @@ VoCfgUtil::~VoCfgUtil() { current->text += "end"; }
 namespace {
 
 TEST(ReaderCalls, CloseWhereEachOperationDoes) {
-  char out[151], other[151], a_deposit[] = "A0102";
+  using Call = std::function<int(VoATMUtil&)>;
+  char out[151], other[151], notes[] = "A0102";
   OARDetails keys = {};
+  const auto dispense = [&](const char* model) -> Call {
+    return [&, model](auto& u) { return u.GetDispLogic("L", 1, "", "", "", out, model, ""); };
+  };
+  const Call txn = [&](auto& u) {
+    return u.LoadTxnCode("A", "B", out, out, out, out, out, "", "", "", "");
+  };
+  const Call good = [&](auto& u) {
+    return u.LoadGoodResponseState("A", "B", out, other, "", "", "", "");
+  };
+  const Call oar = [&](auto& u) { return u.LoadOARTemplate("", "", "", "T", 1, &keys, ""); };
+  const Call deposit = [&](auto& u) {
+    return u.GetDepositAmount("", "", "", "", notes, out, other);
+  };
+  const Call receipt = [](auto& u) { return u.isBadResponsePrintNeeded("I"); };
+  const Call utc = [](auto& u) { return u.getUTCFlag(); };
+  const Call groups = [](auto& u) { return u.GetTotalData("f"); };
+  const Call start = [](auto& u) { return u.InitVoATMUtil(u.dptr, false); };
   const struct {
-    const char* name;
-    std::map<std::string, std::string> values;
-    std::function<int(VoATMUtil&)> call;
+    Call call;
+    const char* key;  // the one the file has
+    const char* value;
     const char* calls;
   } cases[] = {
-      {"transaction code",
-       {},
-       [&](VoATMUtil& u) {
-         return u.LoadTxnCode("A", "B", out, out, out, out, out, "", "", "", "");
-       },
-       "open search close trace end"},
-      {"good response",
-       {},
-       [&](VoATMUtil& u) { return u.LoadGoodResponseState("A", "B", out, other, "", "", "", ""); },
-       "open search trace close end"},
-      {"good response found",
-       {{"GOOD_RESPONSE#A_B", "1"}},
-       [&](VoATMUtil& u) { return u.LoadGoodResponseState("A", "B", out, other, "", "", "", ""); },
-       "open search search trace close end"},
-      {"template",
-       {},
-       [&](VoATMUtil& u) { return u.LoadOARTemplate("", "", "", "T", 1, &keys, ""); },
-       "open search trace close end"},
-      {"model",
-       {},
-       [&](VoATMUtil& u) { return u.GetDispLogic("L", 1, "", "", "", out, "X", ""); },
-       "open trace end"},
-      {"note count",
-       {{"DISPENCE_LOGIC#L_1", "x"}},
-       [&](VoATMUtil& u) { return u.GetDispLogic("L", 1, "", "", "", out, "NDC+ATM", ""); },
-       "open search trace end"},
-      {"no note count",
-       {},
-       [&](VoATMUtil& u) { return u.GetDispLogic("L", 1, "", "", "", out, "NDC+ATM", ""); },
-       "open search trace close end"},
-      {"note type",
-       {},
-       [&](VoATMUtil& u) { return u.GetDepositAmount("", "", "", "", a_deposit, out, other); },
-       "open trace search close trace end"},
-      {"note type not to occur",
-       {{"BNA_MAPPING#01", "nill"}},
-       [&](VoATMUtil& u) { return u.GetDepositAmount("", "", "", "", a_deposit, out, other); },
-       "open trace search trace close end"},
-      {"receipt flag",
-       {{"I_BADRSP_RCPT_NEEDED", "No"}},
-       [&](VoATMUtil& u) { return u.isBadResponsePrintNeeded("I"); },
-       "open search close end"},
-      {"UTC flag",
-       {{"VOBUSINESS#UTCFLAG", "Yes"}},
-       [&](VoATMUtil& u) { return u.getUTCFlag(); },
-       "open search end"},
-      {"no UTC flag",
-       {},
-       [&](VoATMUtil& u) { return u.getUTCFlag(); },
-       "open search trace close end"},
-      {"groups", {}, [&](VoATMUtil& u) { return u.GetTotalData("f"); }, "open trace close end"},
-      {"start-up",
-       {},
-       [&](VoATMUtil& u) { return u.InitVoATMUtil(u.dptr, false); },
-       "open search trace close end"},
+      {txn, "", "", "open search close trace end"},
+      {good, "", "", "open search trace close end"},
+      {good, "GOOD_RESPONSE#A_B", "1", "open search search trace close end"},
+      {oar, "", "", "open search trace close end"},
+      {dispense("X"), "", "", "open trace end"},
+      {dispense("NDC+ATM"), "DISPENCE_LOGIC#L_1", "x", "open search trace end"},
+      {dispense("NDC+ATM"), "", "", "open search trace close end"},
+      {deposit, "", "", "open trace search close trace end"},
+      {deposit, "BNA_MAPPING#01", "nill", "open trace search trace close end"},
+      {receipt, "I_BADRSP_RCPT_NEEDED", "No", "open search close end"},
+      {utc, "VOBUSINESS#UTCFLAG", "Yes", "open search end"},
+      {utc, "", "", "open search trace close end"},
+      {groups, "", "", "open trace close end"},
+      {start, "", "", "open search trace close end"},
   };
   for (const auto& c : cases) {
     Log log;
-    log.values = c.values;
+    log.values[c.key] = c.value;
     current = &log;
     c.call(log.util);
-    EXPECT_EQ(log.text, c.calls) << c.name;
+    EXPECT_EQ(log.text, c.calls) << &c - cases << " " << c.key;
   }
 }
 

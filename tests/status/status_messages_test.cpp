@@ -94,13 +94,4 @@ TEST_P(StatusMessagesTest, HoldTheMatchingSlotWhileAppending) {
   }
 }
 
-TEST_P(StatusMessagesTest, SayWhenTheSetIsGone) {
-  RemoveSet(util_.AtmStatusSemid);
-  strcpy(message_, "NONE");
-  Build("A1");
-  EXPECT_STREQ(rows_[0], "A1");
-  EXPECT_STREQ(message_, locked() ? "NONE" : "");
-  EXPECT_EQ(trace_.Take(), locked() ? "2 Error in Semop for AtmStatus" + SysErr(EINVAL) : "");
-}
-
 }  // namespace
