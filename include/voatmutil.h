@@ -9,8 +9,8 @@
 //   AtmMemoryTable atm;
 //   if (util.ReadAtmMemory("ATM00001", &atm) == 1) ...
 //
-// This header is the manual: first the records that processes exchange, then the class. What holds
-// for all operations stands at the class.
+// This header is the manual, and the pages of section 3 are made of it: first the records that
+// processes exchange, then the class. What holds for all operations stands at the class.
 #ifndef VOATMUTIL_H
 #define VOATMUTIL_H
 
@@ -153,6 +153,7 @@ struct VoAtmMgrQMsg {
   char MsgBuffer[3003];
 };
 
+// Payload of a status message.
 struct AtmStatusPayload {
   char AtmId[17];
   char StatusText[101];
@@ -161,6 +162,7 @@ struct AtmStatusPayload {
   char Time[8];  // "%06d" of VoDateTimeUtil::getSysTime
 };
 
+// Payload of a log message.
 struct AtmLogPayload {
   char AtmId[17];
   char LogText[1025];
@@ -169,6 +171,7 @@ struct AtmLogPayload {
   char LogFlag;
 };
 
+// Payload of a trace-number message; that of a denomination message is AtmDenomStatusMsg.
 struct AtmTraceNoPayload {
   char AtmId[17];
   char Padding[3];
@@ -209,6 +212,7 @@ struct OARKeyEntry {
   int KeyValue;
 };
 
+// The function keys of one template.
 struct OARDetails {
   OARKeyEntry Keys[8];  // letters A to D, F to I
 };
@@ -610,6 +614,8 @@ class [[gnu::visibility("default")]] VoATMUtil {
   // They fill a message and send nothing; all return 1. A VoAtmMgrQMsg is zeroed whole first.
   // Widths: ATM id 16 characters, status texts 100, log text 1024, alert source 32, alert text 100.
 
+  // Pack a status, log, trace-number or denomination message: its codes and its payload; the first
+  // two with the date and the time of packing.
   int PackAtmStatusMsg(const char* atmId, const char* statusText, const char* extraText,
                        VoAtmMgrQMsg* msg);
   int PackAtmLogMsg(const char* atmId, const char* logText, char logFlag, VoAtmMgrQMsg* msg);
@@ -714,15 +720,16 @@ class [[gnu::visibility("default")]] VoATMUtil {
 
   // -- Last transaction -------------------------------------------------------------------------
 
-  // Parses and traces a last-transaction status, and compares it with TraceNo and lastDispLogic.
-  // ltsBuf has at least 26 characters. Always returns -1 and changes nothing.
+  // The form with three arguments parses and traces a last-transaction status, and compares it with
+  // TraceNo and lastDispLogic. ltsBuf has at least 26 characters. Always returns -1 and changes
+  // nothing.
   int CheckLTS_TVS(VoDevMsg * lastDevMsg, char* lastDispLogic, char* ltsBuf);
 
-  // Decides whether the last cash withdrawal must be reversed, and turns *lastDevMsg into the
-  // reversal (MsgType 420, ReasonCode 103) when it must: when the ATM reports another trace number
-  // than MemTraceNo, or reports this one with other notes than lastDispLogic while the kept message
-  // is a reversal with reason 106. Nothing is decided unless TxnCode is 10000 to 19999 and neither
-  // trace number is 0.
+  // The other form decides whether the last cash withdrawal must be reversed, and turns *lastDevMsg
+  // into the reversal (MsgType 420, ReasonCode 103) when it must: when the ATM reports another
+  // trace number than MemTraceNo, or reports this one with other notes than lastDispLogic while the
+  // kept message is a reversal with reason 106. Nothing is decided unless TxnCode is 10000 to 19999
+  // and neither trace number is 0.
   //   lastDispLogic  the four-cassette logic that was sent, 8 characters
   //   ltsBuf         at least 52 characters
   //   the last four  not used
