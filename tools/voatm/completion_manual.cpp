@@ -179,6 +179,10 @@ std::string ManualPage(const Command& command, const std::vector<Command>& all) 
   if (verb != nullptr) {
     page +=
         ".Sh EXAMPLES\n" + Display(Escaped(verb->example) + "\n") + ".Sh SEE ALSO\n.Xr voatm 1\n";
+  } else {
+    page +=
+        ".Sh SEE ALSO\n.Xr VoATMUtil 3 ,\n.Xr voatmutil-configuration 5 ,\n"
+        ".Xr voatmutil-tables 5 ,\n.Xr voatmutil-operating 7\n";
   }
   return page;
 }
