@@ -1,0 +1,95 @@
+// Seed rows of the development host: refused with their place, or loaded as their text says.
+#include "devhost/seed.h"
+
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "support.h"
+
+namespace {
+
+using Json = nlohmann::json;
+
+constexpr int kSlots = 3;
+
+// Whether a refusal ends as it should behind its path: with nothing, or with ":line, row number".
+bool IsPlace(const std::string& rest, const std::string& text) {
+  int line = 0, row = 0;
+  if (rest.empty()) return true;
+  if (std::sscanf(rest.c_str(), ":%d, row %d", &line, &row) != 2) return false;
+  return row >= 1 && line >= 1 && line <= 1 + std::count(text.begin(), text.end(), '\n');
+}
+
+// The path may stand in the text as well, so any of those said may be the place.
+void CheckRefusal(const std::string& said, const std::string& text) {
+  const std::string path = std::string(": ") + InputFile::kPath;
+  bool placed = false;
+  for (std::size_t at = said.find(path, 1); at != std::string::npos; at = said.find(path, at + 1)) {
+    placed = placed || IsPlace(said.substr(at + path.size()), text);
+  }
+  Require(placed, "a refusal has a cause, a path, a line and a row");
+}
+
+// The bytes that a field's value stands for.
+std::string BytesOf(const devhost::RecordField& field, const Json& value) {
+  std::string bytes;
+  if (value.is_number()) {
+    const int number = value;
+    bytes.assign(reinterpret_cast<const char*>(&number), sizeof number);
+    Require(value == number, "a number that an int holds");
+  } else if (value.is_object()) {
+    const std::string digits = value["hex"];
+    for (std::size_t i = 0; i < digits.size(); i += 2) {
+      bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+    }
+  } else {
+    bytes = value;
+    const bool character = field.kind == devhost::FieldKind::kCharacter;
+    Require(character ? bytes.size() == 1 : bytes.size() < field.size, "a text with its end");
+  }
+  Require(bytes.size() <= field.size, "a value fits its field");
+  bytes.resize(field.size);
+  return bytes;
+}
+
+// Each row stands in its slot, and the slots without a row as they were.
+void CheckRows(const devhost::RecordTable& table, const Json& rows, const Block& records) {
+  Block untouched = records;
+  int slot = -1;
+  for (const Json& row : rows) {
+    slot = row.value("Slot", slot + 1);
+    Require(slot >= 0 && slot < kSlots, "a slot of the table");
+    char* record = untouched.data() + static_cast<std::size_t>(slot) * table.record_size;
+    for (const devhost::RecordField& field : table) {
+      const std::string bytes = row.contains(field.name) ? BytesOf(field, row[field.name])
+                                                         : std::string(field.size, '\0');
+      Require(std::memcmp(record + field.offset, bytes.data(), bytes.size()) == 0, "a field");
+    }
+    std::fill_n(record, table.record_size, '#');
+  }
+  Require(untouched == Block(table.record_size * kSlots), "the other slots stay");
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t size) {
+  static InputFile file;
+  FuzzedDataProvider input(bytes, size);
+  const devhost::RecordTable& table =
+      devhost::kRecordTables[input.ConsumeIntegralInRange<std::size_t>(0,
+                                                                       devhost::kTableCount - 1)];
+  const std::string text = input.ConsumeRemainingBytesAsString();
+  file.Write(text);
+  Block records(table.record_size * kSlots);
+  int rows = 0;
+  try {
+    rows = devhost::Seed(table, InputFile::kPath, records.data(), kSlots);
+  } catch (const std::runtime_error& refusal) {
+    CheckRefusal(refusal.what(), text);
+    return 0;
+  }
+  const Json parsed = Json::parse(text, nullptr, true, true);
+  Require(parsed.is_array() && parsed.size() == static_cast<std::size_t>(rows), "a row an object");
+  CheckRows(table, parsed, records);
+  return 0;
+}
