@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <csignal>
 #include <fstream>
-#include <iterator>
 #include <optional>
 #include <sstream>
 
@@ -27,7 +26,9 @@ struct Stat {
 
 std::string ReadFile(pid_t id, const char* name) {
   std::ifstream file("/proc/" + std::to_string(id) + "/" + name);
-  return {std::istreambuf_iterator<char>(file), {}};
+  std::ostringstream text;
+  text << file.rdbuf();  // which throws nothing when the process ends meanwhile
+  return text.str();
 }
 
 double Now(clockid_t clock) {
@@ -53,12 +54,12 @@ std::optional<Stat> ReadStat(pid_t id) {
   return stat;
 }
 
-ProcessState StateOf(pid_t id, std::time_t last_operation) {
+ProcessState StateOf(pid_t id, std::time_t last_change) {
   if (id <= 0) return ProcessState::kUnknown;
   if (!Exists(id)) return ProcessState::kDead;
   const std::optional<Stat> stat = ReadStat(id);
   if (!stat.has_value()) return ProcessState::kAlive;
-  if (stat->started > static_cast<double>(last_operation) + kClockMargin) {
+  if (stat->started > static_cast<double>(last_change) + kClockMargin) {
     return ProcessState::kReused;
   }
   // Other threads outlive a first one that has ended.
@@ -80,8 +81,8 @@ std::string CommandOf(pid_t id) {
 
 bool Exists(pid_t id) { return kill(id, 0) == 0 || errno != ESRCH; }
 
-Process LookAt(pid_t id, std::time_t last_operation) {
-  const ProcessState state = StateOf(id, last_operation);
+Process LookAt(pid_t id, std::time_t last_change) {
+  const ProcessState state = StateOf(id, last_change);
   const bool has_command = state == ProcessState::kAlive || state == ProcessState::kReused;
   return {id, state, has_command ? CommandOf(id) : ""};
 }

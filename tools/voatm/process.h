@@ -23,10 +23,10 @@ struct Process {
 // Whether some process has this number.
 bool Exists(pid_t id);
 
-// Says what became of the process that was at work at `last_operation` at the latest. What cannot
+// Says what became of the process that was at work at `last_change` at the latest. What cannot
 // be told counts as alive. A reused number is told by the clock: one that was set forward since
 // makes an old process look young.
-Process LookAt(pid_t id, std::time_t last_operation);
+Process LookAt(pid_t id, std::time_t last_change);
 
 const char* NameOf(ProcessState state);
 

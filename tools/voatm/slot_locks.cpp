@@ -5,6 +5,7 @@
 #include <sys/sem.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -40,24 +41,29 @@ int AskSlot(const TableState& table, int slot, int command) {
   return answer;
 }
 
-std::time_t LastOperation(const TableState& table) {
+// When a semaphore of the set was changed last, by an operation or by setting it.
+std::time_t LastChange(const TableState& table) {
   semid_ds state{};
   SemaphoreArgument argument{};
   argument.state = &state;
   if (semctl(table.set.id, 0, IPC_STAT, argument) < 0) {
     throw SystemError(errno, table.DescribeSet());
   }
-  return state.sem_otime;
+  return std::max(state.sem_otime, state.sem_ctime);
 }
 
-SlotLock LookAtSlot(const TableState& table, int slot, int value) {
-  const pid_t last = AskSlot(table, slot, GETPID);
-  return {table.record,
-          slot,
-          "",
-          value,
-          LookAt(last, LastOperation(table)),
-          AskSlot(table, slot, GETNCNT)};
+// The value is read behind the process's state: a dead one is the holder only if the slot is still
+// as that process left it. Of a slot that is handed on all the while nobody can be told.
+SlotLock LookAtSlot(const TableState& table, int slot) {
+  constexpr int kLooks = 8;
+  SlotLock lock{table.record, slot, "", kAtRest, {}, AskSlot(table, slot, GETNCNT)};
+  for (int look = 0; look < kLooks; ++look) {
+    lock.last = LookAt(AskSlot(table, slot, GETPID), LastChange(table));
+    lock.value = AskSlot(table, slot, GETVAL);
+    if (AskSlot(table, slot, GETPID) == lock.last.id) return lock;
+  }
+  lock.last.state = ProcessState::kUnknown;
+  return lock;
 }
 
 // The one releaser of a home while it exists: a lock on the file that the tables' keys come from.
@@ -122,7 +128,9 @@ std::vector<SlotLock> FindLocks(const TableState& table) {
   }
   std::vector<SlotLock> locks;
   for (std::size_t i = 0; i < values.size(); ++i) {
-    if (values[i] != kAtRest) locks.push_back(LookAtSlot(table, static_cast<int>(i), values[i]));
+    if (values[i] == kAtRest) continue;
+    const SlotLock lock = LookAtSlot(table, static_cast<int>(i));
+    if (lock.value != kAtRest) locks.push_back(lock);
   }
   if (locks.empty() || !table.segment.there()) return locks;
   const Records records(table);
@@ -141,9 +149,8 @@ Release ReleaseSlot(const Survey& survey, const devhost::RecordTable& record, in
                              std::to_string(table.set.semaphores) + " semaphores");
   }
   const OnlyReleaser only_releaser(survey.home);
-  const int value = AskSlot(table, slot, GETVAL);
-  if (value == kAtRest) return {false, name + " is at rest: there is nothing to release", {}};
-  const SlotLock lock = LookAtSlot(table, slot, value);
+  const SlotLock lock = LookAtSlot(table, slot);
+  if (lock.value == kAtRest) return {false, name + " is at rest: there is nothing to release", {}};
   if (const auto refusal = Refusal(lock)) {
     return {false, "did not release " + name + ": " + *refusal, lock};
   }
