@@ -86,7 +86,7 @@ void PrintText(const Snapshot& snapshot) {
   while (true) {
     const Snapshot snapshot = TakeSnapshot(survey);
     if (json) {
-      std::printf("%s\n", SnapshotJson(snapshot).dump().c_str());
+      PrintJsonLine(SnapshotJson(snapshot));
     } else {
       if (UsesTerminal()) std::printf("%s", kClearScreen);
       PrintText(snapshot);

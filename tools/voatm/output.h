@@ -5,6 +5,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
 #include <vector>
 
 using Json = nlohmann::ordered_json;
@@ -16,26 +17,30 @@ bool UsesTerminal();
 // when NO_COLOR is set.
 std::string Alarm(const std::string& text);
 
-// Prints to standard output, in as many lines as it takes to read it.
-void PrintJson(const Json& json);
+// The text with what is no ASCII character, or controls a terminal, as \xHH.
+std::string Readable(std::string_view text);
 
-// Says something beside the data, on standard error.
+// Prints to standard output, in as many lines as it takes to read it, or in one.
+void PrintJson(const Json& json);
+void PrintJsonLine(const Json& json);
+
+// Says something beside the data, on standard error, behind the data so far.
 void Say(const std::string& text);
 
 // Hands what was printed to the system; throws std::runtime_error when it does not take it.
 void FlushOutput();
 
-// A table with headings. Cells are ASCII.
+// A table with headings.
 class TextTable {
  public:
   struct Column {
-    const char* heading;
+    std::string heading;  // in two lines when it holds a newline
     bool number = false;  // stands to the right
   };
 
   explicit TextTable(const std::vector<Column>& columns);
 
-  // Adds a row of as many cells as there are columns; `alarm` colours it.
+  // Adds a row of as many cells as there are columns, made readable; `alarm` colours it.
   void AddRow(const std::vector<std::string>& cells, bool alarm = false);
 
   // Prints to standard output.

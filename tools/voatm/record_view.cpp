@@ -122,7 +122,7 @@ std::string TailText(const RecordField& field, const char* record) {
 }
 
 std::string IdText(const RecordTable& table, const char* record) {
-  return FieldText(table.id(), record);
+  return IsFree(table, record) ? devhost::kFreeSlot : FieldText(table.id(), record);
 }
 
 Json RecordJson(const RecordTable& table, const char* record) {

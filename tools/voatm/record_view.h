@@ -20,7 +20,7 @@ std::string FieldText(const devhost::RecordField& field, const char* record);
 // What stands behind the NUL of a text that is not all zero, in hexadecimal; else nothing.
 std::string TailText(const devhost::RecordField& field, const char* record);
 
-// What people call a record by.
+// What people call a record by; "NOTDEFINED" when there is none.
 std::string IdText(const devhost::RecordTable& table, const char* record);
 
 // All fields by name: a text, a character and a number as such, "" for a zero character, and

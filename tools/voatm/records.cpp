@@ -72,21 +72,69 @@ std::string MarkedText(const RecordField& field, const char* record) {
   return FieldText(field, record) + (IsUnterminated(field, record) ? kUnterminatedMark : "");
 }
 
-void PrintRows(const OpenTable& table, const std::vector<int>& slots) {
-  std::vector<TextTable::Column> columns = {{"SLOT", true}};
-  for (const RecordField& field : table.record) {
-    if (field.kind != FieldKind::kBytes) {
-      columns.push_back({field.name, field.kind == FieldKind::kInt32});
-    }
+// A column of a list: a field, or all one-character fields whose names differ in their number only.
+struct ListColumn {
+  std::string stem;
+  std::vector<const RecordField*> fields;
+
+  bool Takes(const RecordField& field, const std::string& field_stem) const {
+    return field.kind == FieldKind::kCharacter && stem == field_stem && stem != field.name;
   }
-  TextTable text(columns);
+
+  std::string Heading() const {
+    if (fields.size() == 1) return fields.front()->name;
+    return fields.front()->name + ("-" + std::string(fields.back()->name).substr(stem.size()));
+  }
+
+  std::string Cell(const char* record) const {
+    if (fields.size() == 1) return MarkedText(*fields.front(), record);
+    std::string cell;
+    for (const RecordField* field : fields) {
+      const std::string text = FieldText(*field, record);
+      cell += text.empty() ? "." : text;
+    }
+    return cell;
+  }
+};
+
+std::vector<ListColumn> ListColumnsOf(const RecordTable& table) {
+  std::vector<ListColumn> columns;
+  for (const RecordField& field : table) {
+    if (field.kind == FieldKind::kBytes) continue;
+    const std::string name = field.name;
+    const std::string stem = name.substr(0, name.find_last_not_of("0123456789") + 1);
+    auto column = std::find_if(columns.begin(), columns.end(),
+                               [&](const ListColumn& each) { return each.Takes(field, stem); });
+    if (column == columns.end()) column = columns.insert(column, ListColumn{stem, {}});
+    column->fields.push_back(&field);
+  }
+  return columns;
+}
+
+// Headings, the longer ones in two lines when a row would be too wide to read.
+std::vector<TextTable::Column> HeadingsOf(const std::vector<ListColumn>& columns) {
+  constexpr std::size_t kWidest = 80;
+  constexpr std::size_t kShort = 7;
+  std::vector<TextTable::Column> headings = {{"SLOT", true}};
+  std::size_t width = headings.front().heading.size();
+  for (const ListColumn& column : columns) {
+    headings.push_back({column.Heading(), column.fields.front()->kind == FieldKind::kInt32});
+    width += 1 + headings.back().heading.size();
+  }
+  for (TextTable::Column& column : headings) {
+    std::string& heading = column.heading;
+    if (width <= kWidest || heading.size() <= kShort) continue;
+    heading.insert(heading.find_last_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ"), "\n");
+  }
+  return headings;
+}
+
+void PrintRows(const OpenTable& table, const std::vector<int>& slots) {
+  const std::vector<ListColumn> columns = ListColumnsOf(table.record);
+  TextTable text(HeadingsOf(columns));
   for (const int slot : slots) {
     std::vector<std::string> cells = {std::to_string(slot)};
-    for (const RecordField& field : table.record) {
-      if (field.kind != FieldKind::kBytes) {
-        cells.push_back(MarkedText(field, table.records[slot]));
-      }
-    }
+    for (const ListColumn& column : columns) cells.push_back(column.Cell(table.records[slot]));
     text.AddRow(cells);
   }
   text.Print();
@@ -132,10 +180,8 @@ std::optional<int> NumberIn(const std::string& text) {
 std::vector<int> FindSlots(const OpenTable& table, const Options& options) {
   const std::optional<int> number = NumberIn(options.wanted);
   if (number.has_value() && !options.is_id) {
-    if (*number < table.records.slots()) return {*number};
-    throw std::runtime_error("no slot " + options.wanted + " in " + table.record.name +
-                             ", which has " + std::to_string(table.records.slots()) +
-                             "; --id if it is an id");
+    if (*number >= table.records.slots()) return {};
+    return {*number};
   }
   std::vector<int> slots;
   for (int slot = 0; slot < table.records.slots(); ++slot) {
@@ -147,6 +193,16 @@ std::vector<int> FindSlots(const OpenTable& table, const Options& options) {
   return slots;
 }
 
+std::string WhyNothing(const OpenTable& table, const Options& options, bool hidden) {
+  const std::string name = table.record.name;
+  if (hidden) return "slot " + options.wanted + " of " + name + " is free; --all shows it";
+  if (options.is_id || !NumberIn(options.wanted)) {
+    return "no record " + options.wanted + " in " + name;
+  }
+  return "no slot " + options.wanted + " in " + name + ", which has " +
+         std::to_string(table.records.slots()) + "; --id if it is an id";
+}
+
 ExitCode Show(const Options& options) {
   const OpenTable table(options);
   std::vector<int> slots = FindSlots(table, options);
@@ -154,8 +210,7 @@ ExitCode Show(const Options& options) {
   if (hidden) slots.clear();
   if (options.json) PrintRowsJson(table, slots);
   if (slots.empty()) {
-    Say(hidden ? "slot " + options.wanted + " of " + table.record.name + " is free; --all shows it"
-               : "no record " + options.wanted + " in " + table.record.name);
+    Say(WhyNothing(table, options, hidden));
     return kFindings;
   }
   for (const int slot : slots) {
@@ -210,7 +265,7 @@ Action DeclareShow(CLI::App* verb) {
 Action DeclareDump(CLI::App* verb) {
   const auto options = std::make_shared<Options>();
   AddTableArgument(verb, &options->table);
-  AddHomeOption(verb, &options->home);
+  AddDataOptions(verb, options.get());
   return [options] { return Dump(*options); };
 }
 
@@ -219,7 +274,9 @@ Action DeclareDump(CLI::App* verb) {
 const Verb kList = {
     "list", "List the records of a table",
     "One row a record, read without locks. Bytes without a meaning here are left out; voatm show\n"
-    "has them. A text that fills its field without a NUL is marked.\n\n"
+    "has them. Characters of one name with numbers share a column, a point being none. A text "
+    "that\n"
+    "fills its field without a NUL is marked.\n\n"
     "JSON: {table, slots, rows: [{slot, free, unterminated: [field...], record: {field: "
     "value}}]};\n"
     "bytes, and texts that cannot be printed, are {hex}, without the zeros at their end.",
@@ -236,6 +293,8 @@ const Verb kShow = {
 
 const Verb kDump = {
     "dump", "Write the records of a table as voatm serve reads them",
-    "Writes a seed file, JSON, for tables/ of a home. Serving it gives the same table, byte for\n"
-    "byte: also the bytes behind a security id, so keep it as secret as the table.",
+    "Writes a seed file for tables/ of a home. Serving it gives the same table, byte for\n"
+    "byte: also the bytes behind a security id, so keep it as secret as the table.\n\n"
+    "JSON, with --json or without: [{Slot, field: value}], a Slot where the row is not in the\n"
+    "slot behind the row before; a value is {hex} when JSON text would not hold its bytes.",
     "voatm dump fit --home examples/home > atm_fit.json", DeclareDump};

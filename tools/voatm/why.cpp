@@ -4,6 +4,7 @@
 #include <iterator>
 #include <memory>
 #include <regex>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -118,19 +119,29 @@ Json WholeCatalogue() {
   return json;
 }
 
-void PrintLine(const char* name, const Json& text) {
-  std::printf("%-6s %s\n", name, text.get_ref<const std::string&>().c_str());
+// Words in lines of at most 78 characters, the text below itself.
+void PrintFolded(const char* name, const std::string& text) {
+  constexpr std::size_t kName = 7;
+  constexpr std::size_t kLongestLine = 78;
+  std::istringstream words(text);
+  std::string line = name;
+  line.resize(kName - 1, ' ');
+  for (std::string word; words >> word;) {
+    if (line.size() + 1 + word.size() > kLongestLine) {
+      std::printf("%s\n", line.c_str());
+      line.assign(kName - 1, ' ');
+    }
+    line += " " + Readable(word);
+  }
+  std::printf("%s\n", line.c_str());
 }
 
 void PrintText(const Json& json) {
   for (const Json& text : json["texts"]) {
-    PrintLine("text", Trimmed(text["text"]));
-    PrintLine("means", text["means"]);
-    PrintLine("cause", text["cause"]);
-    PrintLine("next", text["next"]);
+    for (const char* const part : {"text", "means", "cause", "next"}) PrintFolded(part, text[part]);
   }
   const Json& error = json["system_error"];
-  if (error.is_object() && error["means"].is_string()) PrintLine("error", error["means"]);
+  if (error.is_object() && error["means"].is_string()) PrintFolded("error", error["means"]);
 }
 
 ExitCode Why(const Options& options) {
