@@ -19,8 +19,8 @@ struct Options {
 const char* NameOf(Severity severity) { return severity == Severity::kError ? "error" : "warning"; }
 
 void PrintFinding(const ConfigurationFinding& finding) {
-  const std::string text = std::string(NameOf(finding.severity)) + ": " + finding.text;
-  std::printf("%s:%zu:%zu: %s [%s]\n", finding.path.c_str(), finding.line, finding.column,
+  const std::string text = std::string(NameOf(finding.severity)) + ": " + Readable(finding.text);
+  std::printf("%s:%zu:%zu: %s [%s]\n", Readable(finding.path).c_str(), finding.line, finding.column,
               finding.severity == Severity::kError ? Alarm(text).c_str() : text.c_str(),
               finding.rule.c_str());
 }
@@ -54,9 +54,9 @@ ExitCode Check(const Options& options) {
       for (const std::string& file : report.files) Say("read " + file);
     }
     for (const ConfigurationFinding& finding : report.findings) PrintFinding(finding);
-    Say(std::to_string(errors) + " errors and " +
-        std::to_string(report.findings.size() - static_cast<std::size_t>(errors)) +
-        " warnings in " + std::to_string(report.files.size()) + " files");
+    Say("errors: " + std::to_string(errors) + ", warnings: " +
+        std::to_string(static_cast<std::ptrdiff_t>(report.findings.size()) - errors) +
+        ", files read: " + std::to_string(report.files.size()));
   }
   const bool fine = options.strict ? report.findings.empty() : errors == 0;
   return fine ? kDone : kFindings;

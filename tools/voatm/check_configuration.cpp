@@ -272,15 +272,23 @@ class HomeCheck {
   void Walk(const std::string& directory) {
     namespace fs = std::filesystem;
     const std::string path = home_ + "/" + directory;
-    if (!fs::is_directory(path)) return;
-    for (const fs::directory_entry& entry : fs::directory_iterator(path)) {
+    std::error_code error;
+    if (!fs::is_directory(path, error)) return;
+    const std::string folder = fs::canonical(path, error);
+    if (!walking_.insert(folder).second) return;  // a link back to where we come from
+    const fs::directory_iterator entries(path, error);
+    if (error) {
+      Report(directory, Severity::kError, "unreadable-file", "does not open: " + error.message());
+    }
+    for (const fs::directory_entry& entry : entries) {
       const std::string name = entry.path().filename();
-      const bool is_directory = entry.is_directory();
+      const bool is_directory = entry.is_directory(error);
       if (!CheckKnown(directory, name, is_directory) && !is_directory) {
         CheckStray(directory, name);
       }
       if (is_directory) Walk(Below(directory, name));
     }
+    walking_.erase(folder);
   }
 
   // Returns whether the name is one that is opened there.
@@ -317,13 +325,9 @@ class HomeCheck {
   std::string home_;
   ConfigurationReport report_;
   std::set<const FileKind*> seen_;
+  std::set<std::string> walking_;  // folders
 };
 
 }  // namespace
 
-ConfigurationReport CheckConfiguration(const std::string& home) {
-  if (!std::filesystem::is_directory(home)) {
-    throw std::runtime_error("no directory " + home);
-  }
-  return HomeCheck(home).Run();
-}
+ConfigurationReport CheckConfiguration(const std::string& home) { return HomeCheck(home).Run(); }

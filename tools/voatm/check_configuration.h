@@ -22,8 +22,7 @@ struct ConfigurationReport {
   std::vector<std::string> files;              // read, by path
 };
 
-// Reads cfg/ and inf/ of a home as the library would. Throws std::runtime_error when there is no
-// such directory or a folder cannot be listed.
+// Reads cfg/ and inf/ of a home as the library would.
 ConfigurationReport CheckConfiguration(const std::string& home);
 
 #endif  // TOOLS_VOATM_CHECK_CONFIGURATION_H
