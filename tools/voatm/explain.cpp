@@ -56,6 +56,20 @@ void PrintFacts(const char* title, const Facts& facts, const char* name, const c
   table.Print();
 }
 
+// An entry's place without the path, which stands above it.
+void PrintTries(const std::vector<Try>& tries) {
+  std::printf("\nTries\n");
+  TextTable table({{"LEVEL"}, {"TRIED"}, {"RESULT"}});
+  std::string file;
+  for (const Try& each : tries) {
+    if (each.level == "file") file = each.tried + ":";
+    const bool below = !file.empty() && each.result.compare(0, file.size(), file) == 0;
+    const std::string place = "line " + each.result.substr(below ? file.size() : 0);
+    table.AddRow({each.level, each.tried, below ? place : each.result});
+  }
+  table.Print();
+}
+
 void PrintText(const Explanation& explanation, bool trace) {
   if (explanation.found) {
     std::printf("found: %s\n", explanation.source.c_str());
@@ -63,15 +77,13 @@ void PrintText(const Explanation& explanation, bool trace) {
     std::printf("%s\n", Alarm("not found").c_str());
   }
   PrintFacts("Answer", explanation.answer, "FIELD", "VALUE");
-  std::printf("\nTries\n");
-  TextTable tries({{"LEVEL"}, {"TRIED"}, {"RESULT"}});
-  for (const Try& each : explanation.tries) tries.AddRow({each.level, each.tried, each.result});
-  tries.Print();
+  PrintTries(explanation.tries);
   PrintFacts("Shadowed", explanation.shadowed, "WHERE", "WHAT");
   for (const std::string& note : explanation.notes) std::printf("\nNote: %s.\n", note.c_str());
   if (!trace) return;
   std::printf("\nTrace\n");
-  for (const std::string& line : explanation.trace) std::printf("%s\n", line.c_str());
+  for (const std::string& line : explanation.trace) std::printf("%s\n", Readable(line).c_str());
+  if (explanation.trace.empty()) std::printf("nothing was traced\n");
 }
 
 Explanation ExplainAt(const std::string& home, const ExplainKind& kind, const Inputs& inputs) {
@@ -105,15 +117,23 @@ const ExplainKind& KindNamed(const std::string& name) {
   return *found;
 }
 
-// "fit key1 key2 key3 [ordinal]"
+// "action action|value inst group atm statuses [txn]"
 std::string Usage(const ExplainKind& kind) {
   std::string usage = kind.name;
   for (const Input& input : kind.inputs) {
     if (input.name == nullptr) break;
-    const std::string name = input.name;
+    const bool words = input.values != nullptr && std::string(input.values) != kWholeNumber;
+    std::string name = words ? input.values : input.name;
+    std::replace(name.begin(), name.end(), ' ', '|');
     usage += input.standard == nullptr ? " " + name : " [" + name + "]";
   }
   return usage;
+}
+
+std::string Usages() {
+  std::string usages = "What can be explained:\n";
+  ForEachKind([&](const ExplainKind& kind) { usages += "\n  " + Usage(kind); });
+  return usages;
 }
 
 [[noreturn]] void Refuse(const ExplainKind& kind, const std::string& cause) {
@@ -161,7 +181,11 @@ ExitCode ExplainAndPrint(const Options& options) {
 
 Action DeclareExplain(CLI::App* verb) {
   const auto options = std::make_shared<Options>();
-  verb->add_option("KIND", options->kind, "What is explained")->required();
+  std::string kinds;
+  ForEachKind([&](const ExplainKind& kind) {
+    kinds += (kinds.empty() ? "{" : ",") + std::string(kind.name);
+  });
+  verb->add_option("KIND", options->kind, "What is explained")->type_name(kinds + "}")->required();
   verb->add_option("INPUT", options->given, "What the library's operation is given");
   AddDataOptions(verb, options.get());
   verb->add_flag("--trace", options->trace, "Show what the library traces, of all levels");
@@ -171,27 +195,18 @@ Action DeclareExplain(CLI::App* verb) {
 }  // namespace
 
 const Verb kExplain = {
-    "explain", "Say which row or file decides an answer",
+    "explain",
+    "Say which row or file decides an answer",
     "Asks the library what a driver would be given, and prints the answer, every key or path that\n"
     "is tried for it in order, and what the answer hides: other rows that would do, files at "
     "later\n"
-    "levels, defaults. The tables are read without locks. What can be explained:\n\n"
-    "  property inst group atm txn resp currency\n"
-    "  action action|value inst group atm statuses [txn]\n"
-    "  fit key1 key2 key3 [ordinal]\n"
-    "  indirect-state key1 key2 card\n"
-    "  txn-code key1 key2 s1 s2 s3 fallback\n"
-    "  response good|bad key1 key2 s1 s2 s3 fallback\n"
-    "  oar s1 s2 s3 template number fallback\n"
-    "  screen s1 s2 s3 fallback\n"
-    "  displogic logic index s1 s2 s3 model fallback\n"
-    "  deposit s1 s2 s3 fallback deposit\n"
-    "  flags receipt|utc [inst]\n"
-    "  cardless opkey\n\n"
+    "levels, defaults. The tables are read without locks. An input that is left out is named with\n"
+    "its meaning.\n\n"
     "Exit status: 1 when the answer is \"not found\"; 2 also when the library's answer is not "
     "where\n"
     "the tries lead.\n\n"
     "JSON: {kind, found, source, answer: {field: value}, tries: [{level, tried, result}],\n"
     "shadowed: [{where, what}], notes: [text], trace: [text] with --trace}.",
     "voatm explain property HARBOUR BRANCH ATM00003 10000 0 978 --home examples/home",
-    DeclareExplain};
+    DeclareExplain,
+    Usages};

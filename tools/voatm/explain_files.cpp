@@ -1,155 +1,26 @@
 // The requests that configuration files answer.
 #include <strings.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <optional>
 
 #include "explain_core.h"
-#include "vocfgutil.h"
+#include "explain_file_walk.h"
 
 namespace {
-
-using Texts = std::vector<std::string>;
-
-constexpr std::size_t kLongestKey = 50;  // longer ones are cut
-constexpr std::size_t kLongestFixedPath = 150;
-constexpr std::size_t kLongestLayeredPath = 250;
 
 // Holds any output of the library that is read from a file.
 using Output = char[256];
 
-// Where a kind of file lies, what its names end in, and which names stand before that.
-struct FileKind {
-  const char* directory;
-  const char* suffix;
-  enum { kFixed, kScoped, kScopedOrDefault } names;
-};
-
-constexpr FileKind kOperationKeys = {"cfg/atm/statetable/opkey", "opk.cfg", FileKind::kScoped};
-constexpr FileKind kResponses = {"cfg/atm/statetable/resptable", "resp.cfg", FileKind::kScoped};
-constexpr FileKind kScreens = {"cfg/atm/statetable/screen", "screen.cfg",
-                               FileKind::kScopedOrDefault};
-constexpr FileKind kDispenseLogics = {"cfg/atm/displogic", "displogic.cfg", FileKind::kScoped};
-constexpr FileKind kNoteMappings = {"cfg/atm/bnamap", "bnamap.cfg", FileKind::kScoped};
-constexpr FileKind kBusiness = {"cfg", "vobusiness.cfg", FileKind::kFixed};
-constexpr FileKind kCardless = {"cfg/atm", "CARDLESS_TXN.cfg", FileKind::kFixed};
-
-std::vector<std::string> Candidates(const FileKind& kind, const Inputs& inputs) {
-  const char* const home = getenv("VODIR_HOME");
-  const std::string directory = std::string(home != nullptr ? home : "") + "/" + kind.directory;
-  if (kind.names == FileKind::kFixed) return {directory + "/" + kind.suffix};
-  const std::string& s1 = inputs.Text("s1");
-  const std::string group = s1 + "_" + inputs.Text("s2");
-  Texts names = {group + "_" + inputs.Text("s3"), group, s1, inputs.Text("fallback")};
-  if (kind.names == FileKind::kScopedOrDefault) names.emplace_back("DEFAULT");
-  for (std::string& name : names) {
-    name.insert(0, directory + "/").append("_").append(kind.suffix);
-  }
-  return names;
-}
-
-// The file that decides, and those that it hides.
-class FileWalk {
- public:
-  FileWalk(const FileKind& kind, const Inputs& inputs, Explanation* explanation)
-      : explanation_(explanation) {
-    const std::size_t longest =
-        kind.names == FileKind::kFixed ? kLongestFixedPath : kLongestLayeredPath;
-    for (const std::string& path : Candidates(kind, inputs)) {
-      const bool fits = path.size() <= longest;
-      if (open()) {
-        VoCfgUtil later;
-        if (fits && later.cfg_open(path.c_str()) == 0) AddHidden(path);
-        continue;
-      }
-      if (fits && cfg_.cfg_open(path.c_str()) == 0) explanation->source = path_ = path;
-      explanation->tries.push_back({"file", path, Outcome(path, fits)});
-    }
-  }
-
-  bool open() const { return !path_.empty(); }
-
-  // Reads fields of a key's entry, from this one on. Returns nothing when one of them is missing.
-  std::optional<Texts> Read(const std::string& whole_key, int first_field, int fields) {
-    if (!open()) return std::nullopt;
-    const std::string key = whole_key.substr(0, kLongestKey);
-    const Entry entry = Search(cfg_, path_, key, first_field, fields);
-    explanation_->tries.push_back({"entry", key, entry.Shown()});
-    if (entry.values && explanation_->source == path_) explanation_->source = entry.place;
-    for (const std::string& path : hidden_) {
-      VoCfgUtil later;
-      if (later.cfg_open(path.c_str()) != 0) continue;
-      const Entry other = Search(later, path, key, first_field, fields);
-      if (other.values && other.values != entry.values) AddShadow(other.place, key, other);
-    }
-    return entry.values;
-  }
-
-  // Shows what an entry that was not needed says.
-  void Hide(const std::string& key, int field) {
-    const Entry entry = Search(cfg_, path_, key, field, 1);
-    if (entry.values) AddShadow(entry.place, key, entry);
-  }
-
- private:
-  struct Entry {
-    std::string place;  // path and line; empty when there is none
-    std::string fault;  // of an entry whose values cannot all be read
-    std::optional<Texts> values;
-
-    std::string Shown() const {
-      if (place.empty()) return "none";
-      return place + ": " + (values ? Values() : fault);
-    }
-
-    std::string Values() const {
-      std::string text;
-      for (const std::string& value : *values) text += (text.empty() ? "" : " ") + value;
-      return text;
-    }
-  };
-
-  static Entry Search(VoCfgUtil& cfg, const std::string& path, const std::string& key,
-                      int first_field, int fields) {
-    Entry entry;
-    Texts values;
-    for (int field = first_field; field < first_field + fields; ++field) {
-      char value[VoCfgUtil::kMaxField + 1] = {};
-      const bool found = cfg.cfg_search(key.c_str(), value, field) == 0;
-      if (cfg.line() > 0) entry.place = path + ":" + std::to_string(cfg.line());
-      if (!found) {
-        entry.fault = "no readable field " + std::to_string(field);
-        return entry;
-      }
-      values.emplace_back(value);
-    }
-    entry.values = values;
-    return entry;
-  }
-
-  std::string Outcome(const std::string& path, bool fits) const {
-    if (path == path_) return "exists";
-    if (!fits) return "none: the path is too long";
-    return access(path.c_str(), F_OK) == 0 ? "none: it cannot be opened" : "none";
-  }
-
-  void AddHidden(const std::string& path) {
-    hidden_.push_back(path);
-    explanation_->shadowed.push_back({path, "exists"});
-  }
-
-  void AddShadow(const std::string& place, const std::string& key, const Entry& entry) {
-    explanation_->shadowed.push_back({place, key + ": " + entry.Values()});
-  }
-
-  Explanation* explanation_;
-  VoCfgUtil cfg_;
-  std::string path_;  // of the file that is open
-  Texts hidden_;
-};
+constexpr SoughtFile kOperationKeys = {"cfg/atm/statetable/opkey", "opk.cfg", SoughtFile::kScoped};
+constexpr SoughtFile kResponses = {"cfg/atm/statetable/resptable", "resp.cfg", SoughtFile::kScoped};
+constexpr SoughtFile kScreens = {"cfg/atm/statetable/screen", "screen.cfg",
+                                 SoughtFile::kScopedOrDefault};
+constexpr SoughtFile kDispenseLogics = {"cfg/atm/displogic", "displogic.cfg", SoughtFile::kScoped};
+constexpr SoughtFile kNoteMappings = {"cfg/atm/bnamap", "bnamap.cfg", SoughtFile::kScoped};
+constexpr SoughtFile kBusiness = {"cfg", "vobusiness.cfg", SoughtFile::kFixed};
+constexpr SoughtFile kCardless = {"cfg/atm", "CARDLESS_TXN.cfg", SoughtFile::kFixed};
 
 Facts Zip(const std::vector<const char*>& names, const std::optional<Texts>& values) {
   Facts facts;
@@ -211,54 +82,92 @@ int KeyType(const std::string& action) {
   return at == known.end() ? 0 : static_cast<int>(at - known.begin()) + 1;
 }
 
-// What the eight keys, the time-out and the number of variables are expected to be.
-std::optional<Facts> WalkTemplate(FileWalk& walk) {
+// What the operations on a template answer; of one that finds nothing, that.
+struct TemplateAnswer {
+  bool found = true;
   Facts facts;
-  bool whole = true;
-  for (const char* letter = kKeyLetters; *letter != '\0'; ++letter) {
-    const auto entry = walk.Read(std::string("OAR#VAR#") + *letter, 2, 2);
-    whole = whole && entry;
-    if (!entry) continue;
-    facts.push_back(
-        {std::string(1, *letter), KeyText(KeyType((*entry)[0]), atoi((*entry)[1].c_str()))});
+
+  void Add(const char* operation, bool is_found, const Facts& given) {
+    found = found && is_found;
+    if (!is_found) facts.push_back({operation, "not found"});
+    if (is_found) facts.insert(facts.end(), given.begin(), given.end());
   }
-  const auto time_out = walk.Read("OAR#OAR_TIMEOUT", 2, 1);
-  const auto variables = walk.Read("OAR#VAR#TOTALVAR", 2, 1);
-  if (!whole || !time_out || !variables) return std::nullopt;
-  // The library answers -1 for "not found".
-  if (atoi(variables->front().c_str()) == -1) return std::nullopt;
-  facts.push_back({"TimeOut", time_out->front()});
-  facts.push_back({"TotalVar", std::to_string(atoi(variables->front().c_str()))});
-  return facts;
+};
+
+constexpr const char* kTemplateOperations[] = {"LoadOARTemplate", "PackKeyDetails", "GetOARTimeOut",
+                                               "GetTotalVar"};
+
+// The flags of the keys go behind the two digits and behind the cancel value; here all are 0.
+std::string KeyDetailsOf(const Texts& controls) {
+  Texts numbers;
+  for (const std::string& control : controls)
+    numbers.push_back(std::to_string(atoi(control.c_str())));
+  return numbers[0].substr(0, 1) + (numbers[1] + "0000").substr(0, 5) + numbers[2] + "0000";
 }
 
-void ExplainOar(VoATMUtil& util, const Inputs& inputs, Explanation* explanation) {
-  const char* const name = inputs.Chars("template");
-  const int number = inputs.Number("number");
-  const std::string suffix = std::string(name) + "_" + std::to_string(number) + ".oar";
-  FileWalk walk({"cfg/atm/templates", suffix.c_str(), FileKind::kScopedOrDefault}, inputs,
-                explanation);
-  const auto expected = WalkTemplate(walk);
+TemplateAnswer WalkTemplate(FileWalk& walk) {
+  const auto read = [&](const char* key) { return walk.Read(key, 2, 1); };
+  TemplateAnswer answer;
+  Facts keys;
+  for (const char* letter = kKeyLetters; *letter != '\0'; ++letter) {
+    const auto entry = walk.Read(std::string("OAR#VAR#") + *letter, 2, 2);
+    if (!entry) continue;
+    keys.push_back(
+        {std::string(1, *letter), KeyText(KeyType((*entry)[0]), atoi((*entry)[1].c_str()))});
+  }
+  answer.Add(kTemplateOperations[0], keys.size() == sizeof kKeyLetters - 1, keys);
+  Texts controls;
+  for (const char* key :
+       {"OAR#CONTROL#DISPLAYFLAG", "OAR#CONTROL#NUMERICKEYS", "OAR#CONTROL#CANCEL"}) {
+    if (const auto control = read(key)) controls.push_back(control->front());
+  }
+  const bool whole = controls.size() == 3;
+  answer.Add(kTemplateOperations[1], whole, {{"KeyDetails", whole ? KeyDetailsOf(controls) : ""}});
+  const auto time_out = read("OAR#OAR_TIMEOUT");
+  answer.Add(kTemplateOperations[2], time_out.has_value(), Zip({"TimeOut"}, time_out));
+  const auto variables = read("OAR#VAR#TOTALVAR");
+  const int count = variables ? atoi(variables->front().c_str()) : -1;
+  answer.Add(kTemplateOperations[3], count != -1, {{"TotalVar", std::to_string(count)}});
+  return answer;
+}
 
+TemplateAnswer AskTemplate(VoATMUtil& util, const Inputs& inputs) {
   const char* const s1 = inputs.Chars("s1");
   const char* const s2 = inputs.Chars("s2");
   const char* const s3 = inputs.Chars("s3");
   const char* const fallback = inputs.Chars("fallback");
-  OARDetails details{};
-  Output time_out = {};
-  const int variables = util.GetTotalVar(s1, s2, s3, name, number, fallback);
-  const bool found = util.LoadOARTemplate(s1, s2, s3, name, number, &details, fallback) == 1 &&
-                     util.GetOARTimeOut(s1, s2, s3, name, number, time_out, fallback) == 1 &&
-                     variables != -1;
-  Facts answer;
+  const char* const name = inputs.Chars("template");
+  const int number = inputs.Number("number");
+  OARDetails details{}, flags{};
+  Output key_details = {}, time_out = {};
+  const bool loaded = util.LoadOARTemplate(s1, s2, s3, name, number, &details, fallback) == 1;
+  Facts keys;
   for (const OARKeyEntry& key : details.Keys) {
-    if (found) answer.push_back({std::string(1, key.KeyId), KeyText(key.KeyType, key.KeyValue)});
+    keys.push_back({std::string(1, key.KeyId), KeyText(key.KeyType, key.KeyValue)});
   }
-  if (found) {
-    answer.push_back({"TimeOut", time_out});
-    answer.push_back({"TotalVar", std::to_string(variables)});
-  }
-  Conclude(explanation, found, answer, expected.has_value(), expected.value_or(Facts()));
+  const bool packed =
+      util.PackKeyDetails(s1, s2, s3, name, number, key_details, &flags, fallback) == 1;
+  const bool timed = util.GetOARTimeOut(s1, s2, s3, name, number, time_out, fallback) == 1;
+  const int variables = util.GetTotalVar(s1, s2, s3, name, number, fallback);
+
+  TemplateAnswer answer;
+  answer.Add(kTemplateOperations[0], loaded, keys);
+  answer.Add(kTemplateOperations[1], packed, {{"KeyDetails", key_details}});
+  answer.Add(kTemplateOperations[2], timed, {{"TimeOut", time_out}});
+  answer.Add(kTemplateOperations[3], variables != -1, {{"TotalVar", std::to_string(variables)}});
+  return answer;
+}
+
+void ExplainOar(VoATMUtil& util, const Inputs& inputs, Explanation* explanation) {
+  const std::string suffix =
+      inputs.Text("template") + "_" + std::to_string(inputs.Number("number")) + ".oar";
+  FileWalk walk({"cfg/atm/templates", suffix.c_str(), SoughtFile::kScopedOrDefault}, inputs,
+                explanation);
+  const TemplateAnswer expected = WalkTemplate(walk);
+  const TemplateAnswer answer = AskTemplate(util, inputs);
+  explanation->notes.emplace_back(
+      "KeyDetails has 0 for the eight key flags, which the driver sets");
+  Conclude(explanation, answer.found, answer.facts, expected.found, expected.facts);
 }
 
 bool AllDigits(const std::string& text) {

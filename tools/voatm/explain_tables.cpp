@@ -2,138 +2,15 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <sstream>
 
 #include "devhost/record_fields.h"
 #include "explain_core.h"
-#include "record_view.h"
+#include "explain_row_walk.h"
 
 namespace {
-
-using devhost::FieldKind;
-using devhost::RecordField;
-using devhost::RecordTable;
-
-constexpr int kNone = -1;
-constexpr char kAny[] = "*";
-
-// The rows of a table, field by field as text.
-class Rows {
- public:
-  Rows(const char* short_name, const void* first, int count)
-      : table_(*std::find_if(
-            devhost::kRecordTables.begin(), devhost::kRecordTables.end(),
-            [&](const RecordTable& table) { return strcmp(table.short_name, short_name) == 0; })),
-        first_(static_cast<const char*>(first)),
-        // Start-up stores what shmat returns for a failure like any other address.
-        count_(first == nullptr || reinterpret_cast<std::intptr_t>(first) == -1 ? 0 : count) {}
-
-  int count() const { return count_; }
-
-  std::string Text(int slot, const char* name) const {
-    const RecordField* const field =
-        std::find_if(table_.begin(), table_.end(),
-                     [&](const RecordField& each) { return strcmp(each.name, name) == 0; });
-    return Text(slot, *field);
-  }
-
-  std::string Name(int slot) const {
-    return std::string(table_.name) + " slot " + std::to_string(slot);
-  }
-
-  // The fields that mean something here.
-  Facts All(int slot) const {
-    Facts facts;
-    for (const RecordField& field : table_) {
-      if (field.kind != FieldKind::kBytes)
-        facts.push_back({field.name, FieldText(field, Row(slot))});
-    }
-    return facts;
-  }
-
- private:
-  const char* Row(int slot) const {
-    return first_ + static_cast<std::size_t>(slot) * table_.record_size;
-  }
-
-  // As it is compared: nothing is made printable.
-  std::string Text(int slot, const RecordField& field) const {
-    const char* const bytes = Row(slot) + field.offset;
-    if (field.kind != FieldKind::kInt32) return {bytes, strnlen(bytes, field.size)};
-    int number;
-    memcpy(&number, bytes, sizeof number);
-    return std::to_string(number);
-  }
-
-  const RecordTable& table_;
-  const char* first_;
-  int count_;
-};
-
-// A column, and the keys that are tried for it in this order.
-struct Level {
-  const char* column;
-  std::vector<std::string> keys;
-};
-
-using Levels = std::vector<Level>;
-
-std::string SlotOrNone(int slot) { return slot == kNone ? "none" : "slot " + std::to_string(slot); }
-
-int FindRow(const Rows& rows, int start, const Facts& columns) {
-  for (int slot = start; slot < rows.count(); ++slot) {
-    if (std::all_of(columns.begin(), columns.end(), [&](const Fact& column) {
-          return rows.Text(slot, column.name.c_str()) == column.value;
-        })) {
-      return slot;
-    }
-  }
-  return kNone;
-}
-
-// Settles one column after the other on the first key that some row has together with the columns
-// settled before. Returns the row's slot.
-int Walk(const Rows& rows, const Levels& levels, int start, Explanation* explanation) {
-  Facts settled;
-  int slot = start;
-  for (const Level& level : levels) {
-    settled.push_back({level.column, ""});
-    int found = kNone;
-    for (const std::string& key : level.keys) {
-      settled.back().value = key;
-      found = FindRow(rows, slot, settled);
-      explanation->tries.push_back({level.column, key, SlotOrNone(found)});
-      if (found != kNone) break;
-    }
-    if (found == kNone) return kNone;
-    slot = found;
-  }
-  return slot;
-}
-
-bool HasAnyKey(const Rows& rows, int slot, const Levels& levels) {
-  return std::all_of(levels.begin(), levels.end(), [&](const Level& level) {
-    const std::string text = rows.Text(slot, level.column);
-    return std::find(level.keys.begin(), level.keys.end(), text) != level.keys.end();
-  });
-}
-
-void AddShadow(const Rows& rows, int slot, Explanation* explanation) {
-  std::string text;
-  for (const Fact& fact : rows.All(slot)) text += (text.empty() ? "" : " ") + fact.value;
-  explanation->shadowed.push_back({rows.Name(slot), text});
-}
-
-// The other rows that would do for the request.
-void AddShadows(const Rows& rows, int winner, const Levels& levels, Explanation* explanation) {
-  for (int slot = 0; winner != kNone && slot < rows.count(); ++slot) {
-    if (slot != winner && HasAnyKey(rows, slot, levels)) AddShadow(rows, slot, explanation);
-  }
-}
 
 // A number as a column of this width holds it.
 std::string Digits(int number, int width, std::size_t column_size) {
@@ -167,14 +44,14 @@ void ExplainProperty(VoATMUtil& util, const Inputs& inputs, Explanation* explana
 
   const int slot = Walk(rows, levels, 0, explanation);
   AddShadows(rows, slot, levels, explanation);
-  if (slot != kNone) explanation->source = rows.Name(slot);
+  if (slot != kNoRow) explanation->source = rows.Name(slot);
 
   VoAtmProperty record{};
   const bool found =
       util.readAtmProperty(inputs.Chars("inst"), inputs.Chars("group"), inputs.Chars("atm"),
                            inputs.Number("txn"), response, inputs.Number("currency"), &record) == 1;
-  Conclude(explanation, found, found ? Rows("property", &record, 1).All(0) : Facts(), slot != kNone,
-           slot != kNone ? rows.All(slot) : Facts());
+  Conclude(explanation, found, found ? Rows("property", &record, 1).All(0) : Facts(),
+           slot != kNoRow, slot != kNoRow ? rows.All(slot) : Facts());
 }
 
 // The codes of a list; what stands behind the last separator is not one.
@@ -190,12 +67,12 @@ std::vector<std::string> StatusCodes(const std::string& list) {
 // Goes on from the ATM's row with each status. Returns the row of the last one that has one.
 int WalkStatuses(const Rows& rows, const Levels& atm, int start, const Inputs& inputs,
                  const char* flag, Explanation* explanation) {
-  int winner = kNone;
+  int winner = kNoRow;
   Levels wanted;
   for (const std::string& code : StatusCodes(inputs.Text("statuses"))) {
     const Levels levels = {{"StatusCode", {code}}, {flag, {"Y"}}};
     const int found = Walk(rows, levels, start, explanation);
-    if (found == kNone) continue;
+    if (found == kNoRow) continue;
     start = winner = found;
     wanted = levels;
   }
@@ -209,18 +86,18 @@ void ExplainAction(VoATMUtil& util, const Inputs& inputs, Explanation* explanati
   const bool by_txn = inputs.Text("search") == "value";
   const Levels atm = AtmLevels(inputs);
   int slot = Walk(rows, atm, 0, explanation);
-  if (slot != kNone) {
+  if (slot != kNoRow) {
     slot = WalkStatuses(rows, atm, slot, inputs, by_txn ? "TxnFlag" : "ActionFlag", explanation);
   }
-  if (slot != kNone && by_txn) {
+  if (slot != kNoRow && by_txn) {
     slot = Walk(rows, {TxnLevel(inputs)}, slot, explanation);
-    if (slot != kNone && rows.Text(slot, "TxnFlag") != "Y") {
+    if (slot != kNoRow && rows.Text(slot, "TxnFlag") != "Y") {
       explanation->tries.push_back({"TxnFlag", "Y", "none: " + rows.Name(slot) + " has it off"});
-      slot = kNone;
+      slot = kNoRow;
     }
   }
   Facts expected;
-  if (slot != kNone) {
+  if (slot != kNoRow) {
     explanation->source = rows.Name(slot);
     if (!HasAnyKey(rows, slot, atm)) {
       explanation->notes.emplace_back(
@@ -239,7 +116,7 @@ void ExplainAction(VoATMUtil& util, const Inputs& inputs, Explanation* explanati
                                  statuses.data(), inputs.Number("txn"), action, &value,
                                  by_txn ? TXN_VALUE : STATUS_ACTION) == 1;
   const Fact answer = by_txn ? Fact{"TxnValue", std::to_string(value)} : Fact{"ActionText", action};
-  Conclude(explanation, found, found ? Facts{answer} : Facts(), slot != kNone, expected);
+  Conclude(explanation, found, found ? Facts{answer} : Facts(), slot != kNoRow, expected);
 }
 
 std::string ShownFit(const Rows& rows, int slot) {
@@ -263,16 +140,16 @@ void ExplainFit(VoATMUtil& util, const Inputs& inputs, Explanation* explanation)
   const Rows rows("fit", util.AtmFitPtr, util.MaxFit);
   const int ordinal = inputs.Number("ordinal");
   int matches = 0;
-  int slot = kNone;
+  int slot = kNoRow;
   for (int at = 0; at < rows.count(); ++at) {
     if (rows.Text(at, "MatchKey1") != inputs.Text("key1")) continue;
     const bool selected = IsSelected(rows, at, inputs);
     if (selected) ++matches;
-    if (selected && matches > ordinal && slot != kNone) {
+    if (selected && matches > ordinal && slot != kNoRow) {
       AddShadow(rows, at, explanation);
       continue;
     }
-    if (slot != kNone) continue;
+    if (slot != kNoRow) continue;
     AddFitTry(rows, at, selected ? "selected, number " + std::to_string(matches) : "none",
               explanation);
     if (selected && matches == ordinal) slot = at;
@@ -280,13 +157,13 @@ void ExplainFit(VoATMUtil& util, const Inputs& inputs, Explanation* explanation)
   if (explanation->tries.empty()) {
     explanation->tries.push_back({"MatchKey1", inputs.Text("key1"), "none"});
   }
-  if (slot != kNone) explanation->source = rows.Name(slot);
+  if (slot != kNoRow) explanation->source = rows.Name(slot);
 
   AtmFit record{};
   const bool found = util.readFitMemory(inputs.Chars("key1"), inputs.Chars("key2"),
                                         inputs.Chars("key3"), &record, ordinal) == 1;
-  Conclude(explanation, found, found ? Rows("fit", &record, 1).All(0) : Facts(), slot != kNone,
-           slot != kNone ? rows.All(slot) : Facts());
+  Conclude(explanation, found, found ? Rows("fit", &record, 1).All(0) : Facts(), slot != kNoRow,
+           slot != kNoRow ? rows.All(slot) : Facts());
 }
 
 constexpr std::size_t kPrefixLength = 10;
@@ -307,13 +184,13 @@ int FindCatchAll(const Rows& rows) {
   for (int slot = 0; slot < rows.count(); ++slot) {
     if (strcasecmp(rows.Text(slot, "CardPrefix").c_str(), kCatchAll) == 0) return slot;
   }
-  return kNone;
+  return kNoRow;
 }
 
 // The slot with the longest prefix, and every candidate as a try.
 int FindLongestPrefix(const Rows& rows, const Inputs& inputs, Explanation* explanation) {
   std::size_t longest = 0;
-  int winner = kNone;
+  int winner = kNoRow;
   std::vector<int> matching;
   for (int slot = 0; slot < rows.count(); ++slot) {
     if (rows.Text(slot, "MatchKey1") != inputs.Text("key1") ||
@@ -339,22 +216,22 @@ void ExplainIndirectState(VoATMUtil& util, const Inputs& inputs, Explanation* ex
   const Rows rows("fit", util.AtmFitPtr, util.MaxFit);
   int slot = FindLongestPrefix(rows, inputs, explanation);
   const int catch_all = FindCatchAll(rows);
-  if (slot == kNone) {
+  if (slot == kNoRow) {
     explanation->tries.push_back({"CardPrefix", kCatchAll, SlotOrNone(catch_all)});
     slot = catch_all;
-  } else if (catch_all != kNone) {
+  } else if (catch_all != kNoRow) {
     AddShadow(rows, catch_all, explanation);
   }
   Facts expected;
-  if (slot != kNone) {
+  if (slot != kNoRow) {
     explanation->source = rows.Name(slot);
     expected = {{"IndirectNextState", rows.Text(slot, "IndirectNextState")}};
   }
   char state[8] = {};
   const bool found = util.readIndirectState(inputs.Chars("key1"), inputs.Chars("key2"),
                                             inputs.Chars("card"), state) == 1;
-  Conclude(explanation, found, found ? Facts{{"IndirectNextState", state}} : Facts(), slot != kNone,
-           expected);
+  Conclude(explanation, found, found ? Facts{{"IndirectNextState", state}} : Facts(),
+           slot != kNoRow, expected);
 }
 
 constexpr Input kInst = {"inst", "institution terminal group"};
