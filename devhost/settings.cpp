@@ -1,8 +1,12 @@
 #include "devhost/settings.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <stdexcept>
 
@@ -21,7 +25,11 @@ enum class Empty { kZero, kRefused };
 int ReadNumber(const std::string& home, const CountSource& source, int largest, Empty empty) {
   const std::string path = home + "/cfg/" + source.file;
   VoCfgUtil reader;
-  if (reader.cfg_open(path.c_str()) < 0) throw std::runtime_error("cannot open " + path);
+  if (reader.cfg_open(path.c_str()) < 0) {
+    const bool is_there = access(path.c_str(), R_OK) == 0;
+    const std::string cause = is_there ? "not a file" : std::strerror(errno);
+    throw std::runtime_error(cause + ": cannot open " + path);
+  }
   char value[VoCfgUtil::kMaxField + 1] = {};
   if (reader.cfg_search(source.key, value, 2) < 0) {
     throw std::runtime_error(std::string("no readable value for ") + source.key + " in " + path);

@@ -89,7 +89,8 @@ vosecurity.cfg:MAXSECURITY "" => 13
 )",
              create_with);
   home_.Remove("cfg/vosecurity.cfg");
-  EXPECT_EQ(Done(Create(false)), "-1 <- cannot open ~/cfg/vosecurity.cfg>");
+  EXPECT_EQ(Done(Create(false)),
+            "-1 <- No such file or directory: cannot open ~/cfg/vosecurity.cfg>");
   home_.Write("cfg/vosecurity.cfg", "MAXSECURITY 2147483647");
   EXPECT_EQ(Done(Create(false)).find("-1 <- MAXSECURITY 2147483647 is more than a sema"), 0U);
 }

@@ -16,20 +16,6 @@ namespace {
 // What may stand at a place of the command line, and what it is.
 using Word = std::pair<std::string, std::string>;
 
-// The choices of an argument that has fixed ones: those in braces of its type.
-std::vector<Word> ChoicesOf(const CLI::Option* option) {
-  const std::string type = option->get_type_name();
-  const std::size_t open = type.find('{');
-  const std::size_t close = type.find('}');
-  if (open == std::string::npos || close == std::string::npos) return {};
-  std::istringstream list(type.substr(open + 1, close - open - 1));
-  std::vector<Word> choices;
-  for (std::string choice; std::getline(list, choice, ',');) {
-    choices.emplace_back(choice, option->get_description());
-  }
-  return choices;
-}
-
 std::vector<Word> WordsOf(const Command& command, const std::vector<Command>& all) {
   std::vector<Word> words;
   for (const Command& other : all) {
@@ -42,7 +28,9 @@ std::vector<Word> WordsOf(const Command& command, const std::vector<Command>& al
       words.emplace_back("--" + name, option->get_description());
     }
     if (!option->get_positional()) continue;
-    for (Word& choice : ChoicesOf(option)) words.push_back(std::move(choice));
+    for (const std::string& choice : ChoicesOf(option)) {
+      words.emplace_back(choice, option->get_description());
+    }
   }
   return words;
 }

@@ -126,6 +126,8 @@ std::string Options(const Command& command) {
   std::string page = ".Sh OPTIONS\n.Bl -tag -width Ds\n";
   for (const CLI::Option* option : command.app->get_options()) {
     page += ".It " + OptionTerm(option) + "\n" + Reflowed(option->get_description() + ".");
+    const std::vector<std::string> choices = ChoicesOf(option);
+    if (!choices.empty()) page += Reflowed("One of " + CLI::detail::join(choices, ", ") + ".");
     if (!option->get_envname().empty()) {
       page += "Without it the environment variable\n.Ev " + option->get_envname() + "\ncounts.\n";
     }
@@ -160,6 +162,14 @@ std::vector<Command> CommandsOf(CLI::App* voatm) {
   return commands;
 }
 
+std::vector<std::string> ChoicesOf(const CLI::Option* option) {
+  const std::string type = option->get_type_name();
+  const std::size_t open = type.find('{');
+  const std::size_t close = type.find('}');
+  if (open == std::string::npos || close == std::string::npos) return {};
+  return CLI::detail::split(type.substr(open + 1, close - open - 1), ',');
+}
+
 std::string ManualPage(const Command& command, const std::vector<Command>& all) {
   std::string title = command.Page();
   std::transform(title.begin(), title.end(), title.begin(), [](unsigned char character) {
@@ -171,7 +181,7 @@ std::string ManualPage(const Command& command, const std::vector<Command>& all) 
   std::string page = ".Dd " + PageDate() + "\n.Dt " + title + " 1\n.Os\n.Sh NAME\n.Nm " +
                      command.Page() + "\n.Nd " + Escaped(summary) + "\n" + Synopsis(command) +
                      ".Sh DESCRIPTION\n";
-  page += Paragraphs(verb != nullptr ? verb->description
+  page += Paragraphs(verb != nullptr ? ManualText(*verb)
                                      : "Data goes to standard output, talk to standard error.\n"
                                        "Every verb answers --help.");
   page += Verbs(command, all) + Options(command);

@@ -17,6 +17,9 @@ struct Command {
 // voatm, then each of its verbs before those below it. Hidden ones are left out.
 std::vector<Command> CommandsOf(CLI::App* voatm);
 
+// The choices of an argument that has fixed ones: those in braces of its type.
+std::vector<std::string> ChoicesOf(const CLI::Option* option);
+
 // Returns the manual page of a command, in mdoc.
 std::string ManualPage(const Command& command, const std::vector<Command>& all);
 

@@ -9,6 +9,12 @@
 
 namespace {
 
+constexpr const char* kFooter =
+    "It hangs: tables, locks. It answers wrongly: explain, show, check. It does not pay: plan.\n"
+    "It left a trace: why. Only serve and locks release write anything.\n\n"
+    "Exit status: 0 yes or fine, 1 no or findings, 2 cannot run.\n\n"
+    "Example:\n  voatm tables --home examples/home";
+
 // Adds a verb, below another one when its name has two words.
 CLI::App* AddApp(CLI::App* voatm, const Verb& verb) {
   const std::string name = verb.name;
@@ -20,7 +26,8 @@ CLI::App* AddApp(CLI::App* voatm, const Verb& verb) {
 
 void AddVerb(CLI::App* voatm, const Verb& verb, ExitCode* exit_code) {
   CLI::App* added = AddApp(voatm, verb);
-  added->footer(std::string(verb.description) + "\n\nExample:\n  " + verb.example);
+  added->group("Verbs");
+  added->footer(ManualText(verb) + "\n\nExample:\n  " + verb.example);
   const Action action = verb.declare(added);
   added->callback([added, action, exit_code] {
     const bool is_parent = !added->get_subcommands().empty();  // a verb below it has run
@@ -28,20 +35,28 @@ void AddVerb(CLI::App* voatm, const Verb& verb, ExitCode* exit_code) {
   });
 }
 
+// The verb whose usage was wrong knows more than voatm itself.
+std::string FailureMessage(const CLI::App* app, const CLI::Error& error) {
+  std::string command = app->get_name();
+  while (!app->get_subcommands().empty()) {
+    app = app->get_subcommands().front();
+    command += " " + app->get_name();
+  }
+  return std::string("voatm: ") + error.what() + "; see " + command + " --help\n";
+}
+
 int Run(int argc, char** argv) {
-  CLI::App voatm("Shows and serves the shared tables of the ATM drivers.", "voatm");
+  CLI::App voatm("Says what the ATM drivers' shared tables and configuration hold, and why.",
+                 "voatm");
   voatm.set_version_flag("--version", "voatm " VOATM_VERSION);
-  voatm.require_subcommand(1);
-  voatm.failure_message([](const CLI::App*, const CLI::Error& error) {
-    return std::string("voatm: ") + error.what() + "; see voatm --help\n";
-  });
-  voatm.footer(
-      "Exit status: 0 yes or fine, 1 no or findings, 2 cannot run.\n\n"
-      "Example:\n  voatm tables --home examples/home");
+  voatm.get_formatter()->label("SUBCOMMAND", "VERB");
+  voatm.failure_message(FailureMessage);
+  voatm.footer(kFooter);
   ExitCode exit_code = kDone;
   for (const Verb* verb : kVerbs) AddVerb(&voatm, *verb, &exit_code);
   try {
     voatm.parse(argc, argv);
+    if (voatm.get_subcommands().empty()) throw CLI::RequiredError("A verb");
   } catch (const CLI::ParseError& error) {
     return voatm.exit(error) == kDone ? kDone : kCannotRun;
   }

@@ -1,7 +1,11 @@
 // voatm plan: what the cassettes pay.
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -17,6 +21,8 @@
 
 namespace {
 
+constexpr const char* kMembers[] = {"model",     "amount", "currency",
+                                    "max_notes", "logic",  "cassettes"};
 constexpr const char* kModels[] = {"NDC+ATM", "D912ATM"};
 
 struct Options : DataOptions {
@@ -42,7 +48,7 @@ void TakeFrom(const Json& file, const char* name, std::optional<T>* value) {
 void ReadFile(Options* options) {
   if (options->file.empty()) return;
   std::ifstream stream(options->file);
-  if (!stream) throw std::runtime_error("cannot open " + options->file);
+  if (!stream) throw std::runtime_error(strerror(errno) + (": cannot open " + options->file));
   try {
     const Json file = Json::parse(stream);
     TakeFrom(file, "model", &options->model);
@@ -51,8 +57,13 @@ void ReadFile(Options* options) {
     TakeFrom(file, "max_notes", &options->max_notes);
     TakeFrom(file, "logic", &options->logic);
     if (options->cassettes.empty()) file.at("cassettes").get_to(options->cassettes);
+    for (const auto& [name, value] : file.items()) {
+      if (std::find(std::begin(kMembers), std::end(kMembers), name) != std::end(kMembers)) continue;
+      throw std::runtime_error("unknown member \"" + name + "\": " + options->file);
+    }
   } catch (const Json::exception& error) {
-    throw std::runtime_error(options->file + ": " + error.what());
+    const std::string what = error.what();  // "[type and number] cause"
+    throw std::runtime_error(what.substr(what.find(']') + 2) + ": " + options->file);
   }
 }
 
@@ -205,7 +216,8 @@ Range RangeOf(const std::string& text) {
   range.step = 1;
   bool good = stream && colon == ':';
   if (good && stream.peek() != EOF) good = stream >> colon >> range.step && colon == ':';
-  if (good && stream.peek() == EOF && range.from > 0 && range.step > 0) return range;
+  const bool ascends = range.from > 0 && range.from <= range.to && range.step > 0;
+  if (good && stream.peek() == EOF && ascends) return range;
   throw CLI::ValidationError("--sweep " + text + " is not like 10:500:10");
 }
 
@@ -267,10 +279,8 @@ ExitCode Plan(Options options) {
 
 Action DeclarePlan(CLI::App* verb) {
   const auto options = std::make_shared<Options>();
-  verb->add_option(
-      "CASSETTE", options->cassettes,
-      "Letter, face value, currency and status: A:20:978:Y; Y usable, N not, @ outside "
-      "the configured logic");
+  verb->add_option("CASSETTE", options->cassettes,
+                   "A:20:978:Y: letter, face value, currency, status; @ is outside the logic");
   verb->add_option("--model", options->model, "NDC+ATM (cassettes A to D) or D912ATM (A to H)");
   verb->add_option("--amount", options->amount, "In whole currency units");
   verb->add_option("--currency", options->currency, "Numeric currency code");
@@ -282,7 +292,8 @@ Action DeclarePlan(CLI::App* verb) {
   verb->add_option("--index", options->index, "Its amount index, if that is not the amount");
   verb->add_option("--sweep", options->sweep, "Try every amount of a range")
       ->type_name("FROM:TO[:STEP]");
-  verb->add_option("--file", options->file, "JSON with what the command line leaves out");
+  verb->add_option("--file", options->file, "JSON with what the command line leaves out")
+      ->type_name("FILE");
   AddDataOptions(verb, options.get());
   return [options] { return Plan(*options); };
 }
@@ -294,7 +305,9 @@ const Verb kPlan = {
     "Asks the library what it would dispense: the configured logic when it gives the amount, or a\n"
     "new plan. A logic that the library returns need not add up to the amount; that is said. With\n"
     "--sweep, amounts of a range that fare alike are one row: CONFIGURED is what the configured\n"
-    "logic does, PLANNED what a new plan does. Without a configured logic all is planned.\n\n"
+    "logic does, PLANNED what a new plan does. With --logic-name an amount without a logic (none)\n"
+    "is not paid, as the driver has nothing to ask with; without a logic at all every amount is\n"
+    "planned. A cassette's status is Y for usable, N for not, @ for outside the logic.\n\n"
     "The file is JSON: {model, amount, currency, max_notes, logic, cassettes: [text]}.\n\n"
     "Exit status: 1 when an amount is not paid in full.\n\n"
     "JSON: {amount, configured: {logic, notes, source, fault} or null, outcome, code, meaning,\n"

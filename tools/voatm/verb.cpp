@@ -3,6 +3,7 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <filesystem>
 
 namespace {
 
@@ -35,12 +36,24 @@ void AddDataOptions(CLI::App* verb, DataOptions* options) {
 }
 
 void AddTableArgument(CLI::App* verb, const devhost::RecordTable** table) {
+  std::string names;
+  for (const devhost::RecordTable& each : devhost::kRecordTables) {
+    names += (names.empty() ? "{" : ",") + std::string(each.short_name);
+  }
   verb->add_option_function<std::string>(
           "TABLE", [table](const std::string& name) { *table = &TableNamed(name); },
-          "atm, fit, security, property, action, status, or the table's own name")
+          "The table's short name; its name in traces will do")
+      ->type_name(names + "}")
       ->required();
+}
+
+std::string ManualText(const Verb& verb) {
+  return verb.description + (verb.choices == nullptr ? "" : "\n\n" + verb.choices());
 }
 
 void RequireHome(const std::string& home) {
   if (home.empty()) throw std::runtime_error("no home: give --home DIR or set VODIR_HOME");
+  std::error_code error;
+  if (std::filesystem::is_directory(home, error)) return;
+  throw std::runtime_error((error ? error.message() : "Not a directory") + ": home " + home);
 }

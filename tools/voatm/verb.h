@@ -28,8 +28,12 @@ struct Verb {
   const char* summary;      // one line
   const char* description;  // what it prints and answers, with its JSON shape
   const char* example;
-  Action (*declare)(CLI::App* verb);  // adds the options
+  Action (*declare)(CLI::App* verb);   // adds the options
+  std::string (*choices)() = nullptr;  // more of the description, from the data it tells of
 };
+
+// The description and what belongs to it.
+std::string ManualText(const Verb& verb);
 
 // The options of a verb that shows data.
 struct DataOptions {
@@ -46,7 +50,7 @@ void AddDataOptions(CLI::App* verb, DataOptions* options);
 // Adds the argument TABLE, required, which takes a table's short name or its own.
 void AddTableArgument(CLI::App* verb, const devhost::RecordTable** table);
 
-// Throws when neither gave a home.
+// Throws when neither gave a home, or it is no directory.
 void RequireHome(const std::string& home);
 
 #endif  // TOOLS_VOATM_VERB_H
