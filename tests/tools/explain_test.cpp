@@ -5,7 +5,6 @@
 #include "support/served_home.h"
 #include "support/trace_recorder.h"
 #include "tools/voatm/explain_core.h"
-#include "tools/voatm_output.h"
 
 namespace {
 
@@ -16,7 +15,8 @@ constexpr char kEntries[] =
     "K_L ~ 2 3 4 5|I_BADRSP_RCPT_NEEDED Yes|[GOOD_RESPONSE]|K_L ~ 1|[BAD_RESPONSE]|K_L ~ 1|"
     "[ATM_RESERVEDSCREEN]|EMPTYSCR ~|[DISPENCE_LOGIC]|K_1 ~ 0 0 0|[BNA_MAPPING]|01 ~|[VOBUSINESS]|"
     "UTCFLAG No|[OPKEYMAP]|K ~|DEFAULT ~|[OAR]|OAR_TIMEOUT ~|[OAR#VAR]|TOTALVAR 1|A $VAR 1|"
-    "B $NEXT 1|C $X 1|D $PREVIOUS 0|F 7 1|G $CANCEL 1|H $CONTINUE 1|I NONE 1";
+    "B $NEXT 1|C $X 1|D $PREVIOUS 0|F 7 1|G $CANCEL 1|H $CONTINUE 1|I NONE 1|"
+    "[OAR#CONTROL]|DISPLAYFLAG 1|NUMERICKEYS ~|CANCEL 12";
 
 // Kind; where the answers stand; the field that says which '~' is; the words of each input.
 constexpr char kRequests[] =
@@ -138,28 +138,6 @@ TEST(ExplainConclude, SaysThatTheLibraryAnswersOtherwise) {
   Conclude(&explanation, true, {{"State", "1"}}, true, {{"State", "2"}});
   EXPECT_EQ(explanation.disagreement,
             "the library answers: found State[1]; the tries lead to: found State[2]");
-}
-
-TEST(ExplainCommand, ShowsTheAnswerEachTryAndWhatItHides) {
-  ExpectOutputs({
-      {"explain response good 010000 000 HARBOUR MALL ATM00004 COMMON | grep :10 | tr -s ' '", R"(
-found: ./cfg/atm/statetable/resptable/HARBOUR_MALL_resp.cfg:10
-entry GOOD_RESPONSE#010000_000 ./cfg/atm/statetable/resptable/HARBOUR_MALL_resp.cfg:10: 021 271
-./cfg/atm/statetable/resptable/HARBOUR_resp.cfg:10 GOOD_RESPONSE#010000_000: 021 171
-./cfg/atm/statetable/resptable/COMMON_resp.cfg:10 GOOD_RESPONSE#010000_000: 021 071
-=> 0
-)"},
-      {"explain txn-code Z Z HARBOUR MALL ATM00004 COMMON --trace | grep -e not -e Z_Z | tr -s ' '",
-       "\nnot found\nentry Z_Z none\n7 Failed to search[ Z_Z ] for TxnCode\n=> 0\n"},
-      {"explain txn-code Z Z HARBOUR MALL ATM00004 COMMON >/dev/null", "\n=> 1\n"},
-      {"explain flags receipt NORTHPIER --json | tr -d ' \\n'",
-       R"(
-{"kind":"flags","found":true,"source":"./cfg/vobusiness.cfg:8","answer":{"Flag":"0"},"tries":[)"
-       R"({"level":"file","tried":"./cfg/vobusiness.cfg","result":"exists"},)"
-       R"({"level":"entry","tried":"NORTHPIER_BADRSP_RCPT_NEEDED",)"
-       R"("result":"./cfg/vobusiness.cfg:8:No"}],"shadowed":[],"notes":[]}=> 0
-)"},
-  });
 }
 
 }  // namespace

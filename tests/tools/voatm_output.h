@@ -5,8 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <sstream>
 #include <string>
-#include <vector>
 
 struct Answer {
   int code;
@@ -27,17 +29,21 @@ inline Answer Voatm(const std::string& arguments) {
                arguments);
 }
 
-struct Golden {
-  std::string arguments;
-  const char* output;  // a newline, the text and the exit status
-};
+inline std::string Transcript(const std::string& name) {
+  std::ifstream stream(SAMPLE_HOME "/../../tests/tools/" + name + ".transcript");
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
 
-inline void ExpectOutputs(const std::vector<Golden>& goldens) {
-  for (const Golden& golden : goldens) {
-    const Answer answer = Voatm(golden.arguments);
-    EXPECT_EQ("\n" + answer.text + "=> " + std::to_string(answer.code) + "\n", golden.output)
-        << golden.arguments;
+// Arguments in lines that begin with "$ ", each before what it prints and the exit status.
+inline void ExpectTranscript(const std::string& expected) {
+  std::istringstream lines(expected);
+  std::string actual;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.rfind("$ ", 0) != 0) continue;
+    const Answer answer = Voatm(line.substr(2));
+    actual += line + "\n" + answer.text + "=> " + std::to_string(answer.code) + "\n";
   }
+  EXPECT_EQ(actual, expected);
 }
 
 #endif  // TESTS_TOOLS_VOATM_OUTPUT_H

@@ -1,3 +1,5 @@
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -5,7 +7,6 @@
 #include <set>
 
 #include "tools/voatm/why_catalogue.h"
-#include "tools/voatm_output.h"
 
 namespace {
 
@@ -36,25 +37,6 @@ TEST(Why, KnowsEveryTextOfTheSourcesOnce) {
   EXPECT_GT(said.size(), 90U);
   for (const std::string& text : said) EXPECT_EQ(known.count(text), 1U) << text;
   for (const std::string& text : known) EXPECT_EQ(said.count(text), 1U) << "gone: " << text;
-}
-
-TEST(Why, FindsTheTextInALine) {
-  const Answer answer = Voatm(
-      "why '2026-11-21 09:30:05.123456 [12345] 2 Error in Semop for AtmFit "
-      "SysErr[ Identifier removed ] ErrNo[ 43 ]'");
-  EXPECT_NE(answer.text.find("given back.\n"), std::string::npos) << answer.text;
-  EXPECT_NE(Voatm("why 'x: Denom Id[ C ] is High'").text.find("Cassette C"), std::string::npos);
-  EXPECT_EQ(Voatm("why 'Denom Id'").text, "voatm: no trace text of the library: Denom Id\n");
-}
-
-TEST(Completion, NamesVerbsAndThoseBelowThem) {
-  for (const char* const shell : {"bash", "zsh", "fish"}) {
-    const std::string script = Voatm(std::string("completion ") + shell).text;
-    for (const char* const word :
-         {"serve", "tables", "dump", "locks", "release", "explain", "plan"}) {
-      EXPECT_NE(script.find(word), std::string::npos) << shell << ": " << word;
-    }
-  }
 }
 
 }  // namespace
