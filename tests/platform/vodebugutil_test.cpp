@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <regex>
 
+#include "support/call_fault.h"
 #include "support/child.h"
 #include "support/served_home.h"
 #include "support/words.h"
@@ -49,6 +50,39 @@ TEST(VoDebugUtil, OneCallIsOneLineWhateverItsText) {
   const std::string escapes(3000, '\x02');
   for (const char* shift : {"", "a", "ab", "abc"}) trace.trace("%s%s", shift, escapes.c_str());
   EXPECT_EQ(home.Read("escapes").size(), 4096U + 4095 + 4094 + 4093);
+}
+
+TEST(VoDebugUtil, ALineThatTheSystemRefusesIsLostAloneAndAnInterruptedOneIsNot) {
+  const TestHome home;
+  const std::string file = home.path() + "/trace";
+  const long open = OpenDescriptors();
+  for (const int error : ErrorsOf("write")) {
+    for (const int nth : {1, 2, 3}) {
+      VoDebugUtil trace;
+      ASSERT_EQ(trace.to_file(file.c_str()), 0);
+      const CallFault fault("write", nth, error);
+      errno = EDOM;
+      for (const char* line : {"1", "2", "3"}) trace.trace(2, "%s", line);
+      EXPECT_EQ(errno, EDOM);
+      std::string expected = "* 2 1\n* 2 2\n* 2 3\n";
+      if (error != EINTR) expected.erase(6 * static_cast<std::size_t>(nth - 1), 6);
+      EXPECT_EQ(Starred(home.Read("trace")), expected) << error;
+      home.Remove("trace");
+    }
+  }
+  for (const int error : ErrorsOf("open")) {
+    VoDebugUtil trace;
+    const CallFault fault("open", 1, error);
+    EXPECT_EQ(trace.to_file(file.c_str()), -1);
+    EXPECT_EQ(errno, error);
+  }
+  for (const int error : ErrorsOf("close")) {
+    VoDebugUtil trace;
+    trace.to_file(file.c_str());
+    const CallFault fault("close", 1, error);
+    trace.to_stderr();
+  }
+  EXPECT_EQ(OpenDescriptors(), open);
 }
 
 TEST(VoDebugUtil, LinesOfTwoProcessesDoNotMix) {

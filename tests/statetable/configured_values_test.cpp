@@ -1,5 +1,6 @@
 #include <cstdlib>
 
+#include "support/call_fault.h"
 #include "support/file_test.h"
 
 namespace {
@@ -178,6 +179,27 @@ class ConfiguredValuesTest : public FileTest {
   static std::string KnownText(const Operation& operation) {
     return std::string(operation.table + 1, strstr(operation.table, " =>"));
   }
+
+  // What the operation does with the file as it is, with every descriptor closed after it.
+  std::string Call(const Operation& operation) {
+    const long open = OpenDescriptors();
+    const std::string done = Done(operation.call(util, outs()));
+    EXPECT_EQ(OpenDescriptors(), open) << operation.table;
+    return done;
+  }
+
+  // What it does with the file when some calls of a function fail, with every error.
+  std::set<std::string> Faults(const Operation& operation, const char* function,
+                               const std::set<int>& calls) {
+    std::set<std::string> done;
+    for (const int nth : calls) {
+      for (const int error : ErrorsOf(function)) {
+        const CallFault fault(function, nth, error);
+        done.insert(Call(operation));
+      }
+    }
+    return done;
+  }
 };
 
 TEST_F(ConfiguredValuesTest, AreWhatTheFileHolds) {
@@ -203,6 +225,41 @@ TEST_F(ConfiguredValuesTest, ComeFromTheNarrowestScopeThatOpensOnly) {
       }
       EXPECT_EQ(operation.call(util, outs()) >= 0, has_it && narrowest < operation.levels)
           << operation.table << " from " << scopes[narrowest];
+    }
+  }
+}
+
+// The file is the third that is tried, and longer than the reader's buffer, so that each search
+// reads. A fault is a file or a field that is missing; one that comes after the value is nothing.
+TEST_F(ConfiguredValuesTest, AreMissedWhenTheSystemFails) {
+  const std::string ahead = "#" + std::string(20000, '.') + ";";
+  for (const Operation& operation : kOperations) {
+    const std::string file = File(operation, "A"), text = KnownText(operation);
+    home_.Remove("cfg");
+    Put(file, "");
+    const std::string without_file = Call(operation);
+    std::set<std::string> without_field = {"-1 <2 Failed to Count OAR Group>",
+                                           "1 [2.] <2 Error in Searching cfgparam[OPKEYMAP#K] from "
+                                           "file[ ~/cfg/atm/CARDLESS_TXN.cfg ] >"};
+    for (std::size_t cut = text.size(); cut != std::string::npos && cut > 0;) {
+      cut = text.find_last_of(" ;", cut - 1);
+      Put(file, ahead + text.substr(0, cut == std::string::npos ? 0 : cut));
+      without_field.insert(Call(operation));
+    }
+    Put(file, ahead + text);
+    const std::string with_all = Call(operation);
+    const auto run = [&] { Call(operation); };
+    const int opens = CallsOf("open", run), reads = CallsOf("pread", run);
+    EXPECT_EQ(opens, operation.levels > 0 ? 3 : 1) << file;
+    const std::set<std::string> all = {with_all}, none = {without_file};
+    EXPECT_EQ(Faults(operation, "close", SomeOf(CallsOf("close", run))), all) << file;
+    EXPECT_EQ(Faults(operation, "open", {opens}), none) << file;
+    for (int nth = 1; nth < opens; ++nth) EXPECT_EQ(Faults(operation, "open", {nth}), all) << file;
+    EXPECT_EQ(Faults(operation, "pread", {1}), none) << file;
+    std::set<int> later = SomeOf(reads);
+    later.erase(1);
+    for (const std::string& done : Faults(operation, "pread", later)) {
+      EXPECT_EQ(without_field.count(done), 1U) << file << ": " << done;
     }
   }
 }

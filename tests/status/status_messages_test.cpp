@@ -1,5 +1,5 @@
+#include "support/call_fault.h"
 #include "support/driver_test.h"
-#include "support/semop_fault.h"
 
 namespace {
 
@@ -83,12 +83,11 @@ TEST_P(StatusMessagesTest, TakeACodeOfWhichTheyHoldAtMost99Characters) {
 TEST_P(StatusMessagesTest, HoldTheMatchingSlotWhileAppending) {
   for (const int nth : {5, 6}) {
     strcpy(message_, "A1|");
-    const SemopFault fault = WithFailingSemop(nth, [&] {
-      Build("C3");
-      return 0;
-    });
-    EXPECT_EQ(fault.slot, locked() ? 2 : -1);
-    EXPECT_EQ(fault.giving, locked() && nth == 6);
+    const CallFault fault("semop", nth, EIDRM);
+    Build("C3");
+    EXPECT_EQ(fault.calls(), locked() ? nth : 0);
+    EXPECT_EQ(semctl(util_.AtmStatusSemid, 2, GETVAL), locked() && nth == 6 ? 0 : 2);
+    semctl(util_.AtmStatusSemid, 2, SETVAL, 2);
     EXPECT_STREQ(message_, locked() && nth == 5 ? "A1|" : "A1|C3|");
     EXPECT_EQ(trace_.Take(), locked() ? "2 Error in Semop for AtmStatus" + SysErr(EIDRM) : "");
   }

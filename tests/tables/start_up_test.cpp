@@ -7,8 +7,10 @@
 #include <regex>
 
 #include "devhost/locate_service.h"
+#include "support/call_fault.h"
 #include "support/child.h"
 #include "support/driver_test.h"
+#include "support/words.h"
 
 namespace {
 
@@ -65,6 +67,18 @@ class StartUpTest : public testing::Test {
     const VoATMUtil util = ExpectStart(located, error);
     WriteStartUpFiles(home_, home_.key_base(), kCounts);
     return util;
+  }
+
+  // Takes the replies to this process out of the queue, waiting for so many.
+  std::size_t TakeReplies(std::size_t expected) const {
+    const int queue = msgget(home_.key_base() + 2, 0);
+    LocateMemoryMsg reply;
+    std::size_t replies = 0;
+    while (msgrcv(queue, &reply, sizeof reply - sizeof(long), getpid(),
+                  replies < expected ? 0 : IPC_NOWAIT) > 0) {
+      ++replies;
+    }
+    return replies;
   }
 
   const ServedHome home_{kCounts};
@@ -186,6 +200,51 @@ TEST_F(StartUpTest, SaysWhyTheQueueCannotBeUsed) {
   ASSERT_EQ(seteuid(self == 0 ? 65534 : self), 0);  // root may open any queue
   ExpectStart(0, "2 Error in Creating VoChannelMgr Queue" + SysErr(EACCES));
   ASSERT_EQ(seteuid(self), 0);
+}
+
+// A reply that was not received stays in the queue.
+TEST_F(StartUpTest, SaysWhichSystemCallFailed) {
+  const std::string queue = " VoChannelMgr Queue", files = home_.path() + "/cfg/vo";
+  const struct {
+    const char* function;
+    std::string said;          // the nth word of `names` in the place of '*'
+    std::vector<int> located;  // before the nth call
+    Texts names;
+  } cases[] = {
+      {"msgget", "Creating" + queue, {0}, {""}},
+      {"msgsnd", "Sending Locate Memory Channel Message to" + queue, {0, 1, 2, 3, 4, 5}, {}},
+      {"msgrcv", "Receiving Locate Memory Channel Message From" + queue, {0, 1, 2, 3, 4, 5}, {}},
+      {"shmget", "Creating * Shared Memory", {1, 2, 3, 4, 5, 6}, {kTitles, kTitles + 6}},
+      {"semget", "Creating * Semaphore", {1, 2, 3, 4, 5, 6}, {kTitles, kTitles + 6}},
+      {"open",
+       "opening file[ " + files + "*.cfg ]\n",
+       {0, 1, 3},
+       {"kernel", "business", "security"}},
+      {"pread",
+       "opening file[ " + files + "*.cfg ]\n",
+       {0, 1, 3},
+       {"kernel", "business", "security"}},
+      {"shmat", "", std::vector<int>(6, kTables), {}},
+      {"close", "", std::vector<int>(3, kTables), {}}};
+  const long open = OpenDescriptors();
+  for (const auto& c : cases) {
+    const int calls = CallsOf(c.function, [&] { ExpectStart(kTables, ""); });
+    EXPECT_EQ(static_cast<std::size_t>(calls), c.located.size()) << c.function;
+    for (const int nth : SomeOf(calls)) {
+      const auto at = static_cast<std::size_t>(nth) - 1;
+      std::string said = c.said.empty() ? "" : "2 Error in " + c.said;
+      const std::size_t star = said.find('*');
+      if (star != std::string::npos) said.replace(star, 1, c.names[at]);
+      for (const int error : ErrorsOf(c.function)) {
+        const CallFault fault(c.function, nth, error);
+        const bool with_error = !said.empty() && said.back() != '\n';
+        ExpectStart(c.located[at], with_error ? said + SysErr(error) : said);
+        EXPECT_EQ(OpenDescriptors(), open) << c.function;
+        const std::size_t left = c.function == std::string("msgrcv") ? 1 : 0;
+        EXPECT_EQ(TakeReplies(left), left) << c.function;
+      }
+    }
+  }
 }
 
 TEST(StartUpWithoutRoomTest, KeepsTheErrorAddressAndFindsNothingThere) {

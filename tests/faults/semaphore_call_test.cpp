@@ -1,0 +1,41 @@
+#include <sstream>
+
+#include "faults/locked_operations.h"
+#include "support/call_fault.h"
+
+namespace {
+
+class SemaphoreCallTest : public LockedOperationsTest {
+ protected:
+  std::string LastTrace() {
+    std::string traces = trace_.Take();
+    return traces.substr(traces.rfind('\n', traces.size() - 2) + 1);
+  }
+};
+
+IN_BOTH_LOCK_MODES(SemaphoreCallTest);
+
+// Calls come in pairs: taking a slot, then giving it back, which leaves it held when it fails.
+TEST_P(SemaphoreCallTest, ThatFailsEndsItsOperationWithThePlacesWords) {
+  for (const LockedOperation& o : LockedOperations()) {
+    std::string taking, giving[2];  // otherwise, after a match
+    std::istringstream(o.said) >> taking >> giving[1] >> giving[0];
+    if (giving[0].empty()) giving[0] = giving[1] = taking;
+    const int calls = CallsOf("semop", [&] { EXPECT_EQ(o.run(util_), o.result) << o.name; });
+    EXPECT_EQ(calls >= 4, locked()) << o.name;
+    const int set = util_.*o.set;
+    for (int nth = 1; nth <= calls; ++nth) {
+      for (const int error : ErrorsOf("semop")) {
+        const CallFault fault("semop", nth, error);
+        EXPECT_EQ(o.run(util_), -1) << o.name << " call " << nth;
+        const int held = HeldSlot(set);
+        EXPECT_EQ(held >= 0, nth % 2 == 0) << o.name << " call " << nth;
+        const std::string& said = held < 0 ? taking : giving[held];
+        EXPECT_EQ(LastTrace(), "2 Error in Semop for " + said + SysErr(error)) << o.name;
+        if (held >= 0) semctl(set, held, SETVAL, 2);
+      }
+    }
+  }
+}
+
+}  // namespace
