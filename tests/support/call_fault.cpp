@@ -42,6 +42,7 @@ STAND_BEFORE(int, semget, SYS_semget, (key_t key, int count, int flags), key, co
 STAND_BEFORE(int, semop, SYS_semtimedop, (int id, sembuf* moves, size_t count), id, moves, count,
              nullptr);
 STAND_BEFORE(int, shmget, SYS_shmget, (key_t key, size_t size, int flags), key, size, flags);
+// NOLINTNEXTLINE(performance-no-int-to-ptr)
 STAND_BEFORE(void*, shmat, SYS_shmat, (int id, const void* place, int flags), id, place, flags);
 STAND_BEFORE(int, open, SYS_openat, (const char* path, int flags, mode_t mode), -100, path, flags,
              mode);
