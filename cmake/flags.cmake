@@ -33,10 +33,13 @@ if(VOATMUTIL_COVERAGE)
 endif()
 
 # voatm_runtime_free(TARGET): the target carries no C++ runtime. It is compiled without exceptions
-# and RTTI, and linked against libc alone, so that a stray need of libstdc++ fails the build.
+# and RTTI, and linked against libc alone, so that a stray need of libstdc++ fails the build. Only
+# a switch's own platform may bring such a need, by what stands inline in its headers.
 function(voatm_runtime_free target)
   target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti)
-  if(NOT VOATMUTIL_SANITIZE AND NOT VOATMUTIL_COVERAGE)
+  if(VOATMUTIL_PLATFORM_INCLUDE_DIR)
+    target_link_options(${target} PRIVATE -Wl,--as-needed)
+  elseif(NOT VOATMUTIL_SANITIZE AND NOT VOATMUTIL_COVERAGE)
     target_link_options(${target} PRIVATE -nodefaultlibs)
     target_link_libraries(${target} PRIVATE c)
   endif()

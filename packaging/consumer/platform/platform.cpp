@@ -35,7 +35,5 @@ void VoDebugUtil::trace(int level, const char* format, ...) {
 
 void VoDebugUtil::trace(const char*, ...) {}
 
-VoDateTimeUtil::~VoDateTimeUtil() = default;
-
 int VoDateTimeUtil::getSysDate() { return 261121; }
 int VoDateTimeUtil::getSysTime() { return 93005; }
