@@ -183,7 +183,7 @@ class ConfiguredValuesTest : public FileTest {
   // What the operation does with the file as it is, with every descriptor closed after it.
   std::string Call(const Operation& operation) {
     const long open = OpenDescriptors();
-    const std::string done = Done(operation.call(util, outs()));
+    std::string done = Done(operation.call(util, outs()));
     EXPECT_EQ(OpenDescriptors(), open) << operation.table;
     return done;
   }
