@@ -70,6 +70,12 @@ class TracingIterator {
   const char** taken_;
 };
 
+// A text of the file as JSON writes it, so that no byte of it ends or splits a message.
+std::string Shown(const std::string& text) {
+  const std::string quoted = Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+  return quoted.substr(1, quoted.size() - 2);
+}
+
 // A parsed seed file, with the place of every row and of every member of a row.
 class SeedFile {
  public:
@@ -93,7 +99,7 @@ class SeedFile {
     const char* start = found == place.members.end() ? place.start : found->second;
     const auto line = 1 + std::count(text_.data(), start, '\n');
     std::string where = path_ + ":" + std::to_string(line) + ", row " + std::to_string(row + 1);
-    if (!member.empty()) where += ", field " + member;
+    if (!member.empty()) where += ", field " + Shown(member);
     throw std::runtime_error(cause + ": " + where);
   }
 
@@ -122,7 +128,7 @@ class SeedFile {
     const bool first = depth == 2   ? places_[row].members.emplace(name, place).second
                        : depth == 3 ? value_members_.insert(name).second
                                     : true;
-    if (!first) Refuse("member \"" + name + "\" given twice", row);
+    if (!first) Refuse("member \"" + Shown(name) + "\" given twice", row);
   }
 
   std::string path_;
@@ -153,7 +159,7 @@ Cause PutHex(const RecordField& field, const Json& value, char* out) {
   for (std::size_t i = 0; i < digits.size(); i += 2) {
     const int high = HexDigit(digits[i]);
     const int low = HexDigit(digits[i + 1]);
-    if (high < 0 || low < 0) return "not hexadecimal: \"" + digits.substr(i, 2) + "\"";
+    if (high < 0 || low < 0) return "not hexadecimal: \"" + Shown(digits.substr(i, 2)) + "\"";
     out[i / 2] = static_cast<char>(high * 16 + low);
   }
   return std::nullopt;
