@@ -49,13 +49,17 @@ with_installed_release() {
   for way in pkg-config find_package add_subdirectory; do answers "$way" '\] 2'; done
 }
 
+# configure NAME OPTION...: the library's tree for the switch's own headers.
+configure() {
+  cmake -S "$tree" -B "$1" "${common[@]}" -DVOATMUTIL_PLATFORM_INCLUDE_DIR="$own" "${@:2}"
+}
+
 # A library of the switch, installed beside ours; and none, with the symbols in the program.
 with_own_platform() {
   local flags
   mkdir switch
   quietly g++ -shared -fPIC -Wl,-soname,libswitch.so "$own/platform.cpp" -o switch/libswitch.so
-  quietly cmake -S "$tree" -B installed "${common[@]}" -DVOATMUTIL_PLATFORM_INCLUDE_DIR="$own" \
-    -DVOATMUTIL_PLATFORM_LIBRARY="$work/switch/libswitch.so"
+  quietly configure installed -DVOATMUTIL_PLATFORM_LIBRARY="$work/switch/libswitch.so"
   quietly cmake --build installed
   quietly cmake --install installed --prefix "$work/switch"
   [ ! -e switch/include/voplatform ] || { echo "bundled headers installed" >&2; return 1; }
@@ -67,5 +71,46 @@ with_own_platform() {
   for way in own-library own-symbols; do answers "$way" "the switch's own trace 2"; done
 }
 
+# refused NAME TEXT COMMAND...: it must fail and say this.
+refused() {
+  ! "${@:3}" >"$1.log" 2>&1 && tr -s ' \n' ' ' <"$1.log" | grep -F -- "$2" >/dev/null && return
+  printf 'not refused: %s, with "%s"\n' "$1" "$2" >&2
+  cat "$1.log" >&2
+  return 1
+}
+
+# What cannot work is refused when it is configured, or when the driver is loaded.
+with_the_wrong_platform() {
+  local hidden='{ local: _ZN9VoCfgUtil15cfg_group_countEPKc; };'
+  mkdir no-trace
+  cp "$own/vocfgutil.h" "$own/vodatetimeutil.h" no-trace
+  refused headers "there is no vodebugutil.h in $work/no-trace" \
+    configure headers -DVOATMUTIL_PLATFORM_INCLUDE_DIR="$work/no-trace"
+  quietly g++ -shared -fPIC -Wl,--version-script=<(echo "$hidden") "$own/platform.cpp" -o libless.so
+  refused library "libless.so lacks VoCfgUtil::cfg_group_count(char const*)" \
+    configure library -DVOATMUTIL_PLATFORM_LIBRARY="$work/libless.so"
+  refused loaded "version \`VOATMUTIL_WITH_PLATFORM_bundled' not found" \
+    env LD_LIBRARY_PATH="$work/switch/lib:$work/switch" pkg-config/driver
+  refused loaded "version \`VOATMUTIL_WITH_PLATFORM_own_" \
+    env LD_LIBRARY_PATH="$prefix/lib" own-library/driver
+}
+
+# The installed check of a platform: the switch's own keeps every promise, and each that it is told
+# to break is found.
+with_checked_platform() {
+  local promise check=(./platform_check "$own/entries")
+  quietly g++ -std=c++17 -I"$own" switch/share/voatmutil/voatm_platform_check.cpp \
+    switch/libswitch.so -Wl,-rpath,"$work/switch" -o platform_check
+  quietly "${check[@]}"
+  for promise in $("${check[0]}" --list); do
+    if PLATFORM_BREAKS=$promise "${check[@]}" >broken 2>&1 || ! grep -q "^broken  $promise$" broken; then
+      echo "voatm_platform_check does not find that this is broken: $promise" >&2
+      return 1
+    fi
+  done
+}
+
 with_installed_release
 with_own_platform
+with_the_wrong_platform
+with_checked_platform

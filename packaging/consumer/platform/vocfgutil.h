@@ -1,6 +1,13 @@
-// A switch's own reader: the same operations in another shape. It knows one entry.
+// A switch's own reader: the same operations in another shape, and files of another form:
+//
+//   PLAIN=1;2;3          a key and its values
+//   OAR#VAR#A=$VAR;5     the same in a group
+//   @OAR                 one group of this name, for the count
 #ifndef VOCFGUTIL_H
 #define VOCFGUTIL_H
+
+#include <string>
+#include <vector>
 
 class VoCfgUtil {
  public:
@@ -12,8 +19,10 @@ class VoCfgUtil {
   void cfg_close();
 
  private:
+  int file_ = -1;
+  bool failed_before_ = false;
+  std::vector<std::string> lines_;
   double places_[40];
-  bool open_;
 };
 
 #endif  // VOCFGUTIL_H
