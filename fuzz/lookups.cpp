@@ -164,8 +164,8 @@ void CheckFits(VoATMUtil& util, FuzzedDataProvider& input, const Request& reques
   int slot = -1;
   for (int i = 0; i < fits.slots(); ++i) {
     const Texts& fit = fits.rows()[static_cast<std::size_t>(i)];
-    const bool second = fit[2] == key2.Text() && (fit[3] == card.Text() || fit[3] == "*");
-    if (fit[1] != key1.Text() || !(second || (fit[2] == "*" && fit[3] == "*"))) continue;
+    const bool third = fit[3] == "*" || (fit[3] == card.Text() && fit[2] != "*");
+    if (fit[1] != key1.Text() || !third || (fit[2] != key2.Text() && fit[2] != "*")) continue;
     if (++selected == request.ordinal) slot = i;
   }
   Block out(sizeof(AtmFit));

@@ -339,7 +339,8 @@ static_assert(offsetof(VoMsgLayout, MemTraceNo) == 328);
 // waiting as long as it takes) when LockFlag is set, and otherwise is the lower-case form. A failed
 // semaphore call is never retried: it is traced at level 2 with the system's error and ends the
 // operation, with -1 where it has a result; the slot then may stay held, as it does when a holder
-// dies. When giving back fails, a record that was found is already copied.
+// dies. A record or id is copied while its slot is held and written to the caller's buffer once the
+// slot was given back; after a semaphore failure the buffer is as it was.
 //
 // Configuration. Files below the directory that the environment variable VODIR_HOME names, read
 // afresh on every call; a path of more than 150 characters (250 for a layered file) does not open.
@@ -404,7 +405,8 @@ class [[gnu::visibility("default")]] VoATMUtil {
   // -- FIT table --------------------------------------------------------------------------------
   //
   // A record is selected by (key1, key2, key3) when MatchKey1 equals key1 and the other two equal
-  // key2 and key3, or key2 and "*", or "*" and "*".
+  // key2 and key3, or key2 and "*", or are "*" and "*". One with "*" as second key and another
+  // third key is never selected, by key2 "*" neither: an argument has no wildcard.
 
   // Says whether a FIT id is still free: returns 1 when no record has it and -1 when one does. A
   // semaphore failure returns -1 as well.

@@ -3,6 +3,7 @@
 #define SRC_COMMON_SLOT_SCAN_H
 
 #include <cstdint>
+#include <cstring>
 
 class VoDebugUtil;
 
@@ -81,6 +82,29 @@ int FindSlot(Slots<Record> slots, int start, const Lock& lock, Visit visit) {
   }
   return kNoSlot;
 }
+
+// What a visit found, for the caller who gets it once its slot was given back: until then the
+// operation may fail, and the caller's buffer is to stay as it was. It is copied here while the
+// slot is held; where nothing locks, it is read where it stands.
+template <typename Value, typename Lock>
+class Found {
+ public:
+  void Set(const Value& value) { memcpy(&copy_, &value, sizeof copy_); }
+  const Value& value() const { return copy_; }
+
+ private:
+  Value copy_;  // not read before it is set
+};
+
+template <typename Value>
+class Found<Value, NoLock> {
+ public:
+  void Set(const Value& value) { at_ = &value; }
+  const Value& value() const { return *at_; }
+
+ private:
+  const Value* at_ = nullptr;
+};
 
 // The result of an operation that looks for a slot.
 inline int FoundOrNot(int slot) { return slot >= 0 ? 1 : -1; }

@@ -27,12 +27,15 @@ bool InGroup(const AtmMemoryTable& atm, const char* grouping_key) {
 template <typename Lock>
 int ReadAtm(VoATMUtil& util, const Lock& lock, const char* id, AtmMemoryTable* record) {
   const FieldKey key(id, sizeof(AtmMemoryTable::AtmId));
-  return FoundOrNot(FindSlot(AtmSlots(util), 0, lock, [&](const AtmMemoryTable& atm, int slot) {
+  Found<AtmMemoryTable, Lock> found;
+  const int read = FindSlot(AtmSlots(util), 0, lock, [&](const AtmMemoryTable& atm, int slot) {
     if (!key.Is(atm.AtmId)) return false;
-    *record = atm;
+    found.Set(atm);
     util.LastAtmIndex = slot;
     return true;
-  }));
+  });
+  if (read >= 0) *record = found.value();
+  return FoundOrNot(read);
 }
 
 template <typename Lock>
@@ -72,12 +75,14 @@ int CountAtms(const VoATMUtil& util, const Lock& lock, const char* grouping_key)
 template <typename Lock>
 int AtmIdByOrdinal(const VoATMUtil& util, const Lock& lock, const char* grouping_key, char* id,
                    int ordinal) {
+  Found<decltype(AtmMemoryTable::AtmId), Lock> found;
   int matches = 0;
   const int slot = FindSlot(AtmSlots(util), 0, lock, [&](const AtmMemoryTable& atm, int) {
     if (!InGroup(atm, grouping_key) || ++matches != ordinal) return false;
-    CopyOut(id, atm.AtmId);
+    found.Set(atm.AtmId);
     return true;
   });
+  if (slot >= 0) CopyOut(id, found.value());
   // Intended: the result goes to standard output, but for a semaphore failure.
   if (slot != kLockFailed) printf("retval %d", FoundOrNot(slot));
   return FoundOrNot(slot);

@@ -20,7 +20,8 @@ SlotLock FitLock(const VoATMUtil& util, const LockTexts& texts) {
   return {util.dptr, util.AtmFitSemid, texts};
 }
 
-// Selects records by key; a record may leave the third key open, or the second and third.
+// Selects records by key; a record may leave the third key open, or the second and third. One that
+// leaves only the second open is never selected.
 class Selection {
  public:
   Selection(const char* key1, const char* key2, const char* key3)
@@ -31,8 +32,8 @@ class Selection {
   bool Has(const AtmFit& fit) const {
     if (!key1_.Is(fit.MatchKey1)) return false;
     const bool any3 = FieldIs(fit.MatchKey3, kAny);
-    if (key2_.Is(fit.MatchKey2)) return any3 || key3_.Is(fit.MatchKey3);
-    return any3 && FieldIs(fit.MatchKey2, kAny);
+    if (FieldIs(fit.MatchKey2, kAny)) return any3;
+    return key2_.Is(fit.MatchKey2) && (any3 || key3_.Is(fit.MatchKey3));
   }
 
  private:
@@ -58,12 +59,15 @@ int CountFits(const VoATMUtil& util, const Lock& lock, const Selection& selectio
 template <typename Lock>
 int ReadFit(const VoATMUtil& util, const Lock& lock, const Selection& selection, AtmFit* record,
             int ordinal) {
+  Found<AtmFit, Lock> found;
   int matches = 0;
-  return FoundOrNot(FindSlot(FitSlots(util), 0, lock, [&](const AtmFit& fit, int) {
+  const int slot = FindSlot(FitSlots(util), 0, lock, [&](const AtmFit& fit, int) {
     if (!selection.Has(fit) || ++matches != ordinal) return false;
-    *record = fit;
+    found.Set(fit);
     return true;
-  }));
+  });
+  if (slot >= 0) *record = found.value();
+  return FoundOrNot(slot);
 }
 
 }  // namespace

@@ -12,12 +12,15 @@ constexpr LockTexts kSecuritySemop = SameText("Error in Semop for VoSecurity");
 template <typename Lock>
 int ReadSecurity(VoATMUtil& util, const Lock& lock, const char* id, VoSecurity* record) {
   const Slots<VoSecurity> slots = TableSlots(util.SecurityPtr, util.MaxSecurity);
-  return FoundOrNot(FindSlot(slots, 0, lock, [&](const VoSecurity& security, int slot) {
+  Found<VoSecurity, Lock> found;
+  const int read = FindSlot(slots, 0, lock, [&](const VoSecurity& security, int slot) {
     if (!FieldIs(security.SecurityId, id)) return false;
-    *record = security;
+    found.Set(security);
     util.LastAtmIndex = slot;  // Intended: shared with the ATM reads.
     return true;
-  }));
+  });
+  if (read >= 0) *record = found.value();
+  return FoundOrNot(read);
 }
 
 }  // namespace

@@ -2,10 +2,30 @@
 #ifndef TESTS_FAULTS_LOCKED_OPERATIONS_H
 #define TESTS_FAULTS_LOCKED_OPERATIONS_H
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "support/driver_test.h"
+
+// What the operations write to; painted, it shows what they leave alone.
+struct Outputs {
+  AtmMemoryTable atm;
+  AtmFit fit;
+  VoSecurity security;
+  VoAtmProperty property;
+  char text[21];
+  int value;
+};
+
+inline Outputs outputs;
+
+inline void Paint() { memset(&outputs, 'w', sizeof outputs); }
+
+inline bool IsPainted() {
+  const char* bytes = reinterpret_cast<const char*>(&outputs);
+  return std::all_of(bytes, bytes + sizeof outputs, [](char byte) { return byte == 'w'; });
+}
 
 struct LockedOperation {
   const char* name;
@@ -13,12 +33,13 @@ struct LockedOperation {
   int result;
   const char* said;  // the tables named when taking, and when giving after a match and otherwise
   int (*run)(VoATMUtil& util);
+  bool remembers = false;  // sets LastAtmIndex
 };
 
 inline int ReadAction(VoATMUtil& u, int search_type) {
-  char statuses[] = "X|", text[21];
-  int value;
-  return u.ReadAtmActionProperty("X", "X", "X", statuses, 1, text, &value, search_type);
+  char statuses[] = "X|";
+  return u.ReadAtmActionProperty("X", "X", "X", statuses, 1, outputs.text, &outputs.value,
+                                 search_type);
 }
 
 inline const std::vector<LockedOperation>& LockedOperations() {
@@ -26,7 +47,7 @@ inline const std::vector<LockedOperation>& LockedOperations() {
   static AtmMemoryTable atm = {"X", {{}, "G"}, {}};
   static const std::vector<LockedOperation> operations = {
       {"ReadAtmMemory", &U::AtmMemorySemid, 1, "AtmMemory",
-       [](U& u) { return u.ReadAtmMemory("X", &atm); }},
+       [](U& u) { return u.ReadAtmMemory("X", &outputs.atm); }, true},
       {"WriteAtmMemory", &U::AtmMemorySemid, 1, "AtmMemory",
        [](U& u) {  // probes slot 0 first, and then scans
          u.LastAtmIndex = 0;
@@ -36,24 +57,15 @@ inline const std::vector<LockedOperation>& LockedOperations() {
        [](U& u) { return u.VerifyAtmMemory("X"); }},
       {"GetAtmCount", &U::AtmMemorySemid, 1, "AtmMemory", [](U& u) { return u.GetAtmCount("G"); }},
       {"GetAtmId", &U::AtmMemorySemid, 1, "AtmMemory",
-       [](U& u) {
-         char id[21];
-         return u.GetAtmId("G", id, 1);
-       }},
+       [](U& u) { return u.GetAtmId("G", outputs.text, 1); }},
       {"VerifyAtmFit", &U::AtmFitSemid, -1, "AtmFitMemory AtmMemory AtmFit",
        [](U& u) { return u.VerifyAtmFit("X"); }},
       {"GetFitCount", &U::AtmFitSemid, 1, "AtmFitMemory AtmFit AtmFit",
        [](U& u) { return u.GetFitCount("X", "X", "X"); }},
       {"ReadFitMemory", &U::AtmFitSemid, 1, "AtmFitMemory AtmFit AtmFit",
-       [](U& u) {
-         AtmFit fit;
-         return u.ReadFitMemory("X", "X", "X", &fit, 1);
-       }},
+       [](U& u) { return u.ReadFitMemory("X", "X", "X", &outputs.fit, 1); }},
       {"ReadVoSecurityTable", &U::SecuritySemid, 1, "VoSecurity",
-       [](U& u) {
-         VoSecurity security;
-         return u.ReadVoSecurityTable("X", &security);
-       }},
+       [](U& u) { return u.ReadVoSecurityTable("X", &outputs.security); }, true},
       {"VerifyAtmPropertyMemory", &U::AtmPropertySemid, 1, "AtmProperty",
        [](U& u) { return u.VerifyAtmPropertyMemory(7); }},
       {"GetAtmPropertyCount", &U::AtmPropertySemid, 1, "AtmProperty",
@@ -71,11 +83,7 @@ inline const std::vector<LockedOperation>& LockedOperations() {
          return -1;
        }},
       {"ReadAtmProperty", &U::AtmPropertySemid, 1, "AtmMemory",
-       [](U& u) {
-         VoAtmProperty property = {};
-         const int result = u.ReadAtmProperty("X", "X", "X", 1, 1, 7, &property);
-         return property.PropertySwitch1 == 'N' ? 2 : result;  // reset, as for a miss
-       }},
+       [](U& u) { return u.ReadAtmProperty("X", "X", "X", 1, 1, 7, &outputs.property); }},
       {"ReadAtmActionProperty, action", &U::AtmActionPropertySemid, 1, "AtmMemory",
        [](U& u) { return ReadAction(u, STATUS_ACTION); }},
       {"ReadAtmActionProperty, value", &U::AtmActionPropertySemid, 1, "AtmMemory",

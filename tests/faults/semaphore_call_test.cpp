@@ -15,7 +15,8 @@ class SemaphoreCallTest : public LockedOperationsTest {
 
 IN_BOTH_LOCK_MODES(SemaphoreCallTest);
 
-// Calls come in pairs: taking a slot, then giving it back, which leaves it held when it fails.
+// Calls come in pairs: taking a slot, then giving it back, which leaves it held when it fails. The
+// caller gets nothing then, but a slot that was found is remembered.
 TEST_P(SemaphoreCallTest, ThatFailsEndsItsOperationWithThePlacesWords) {
   for (const LockedOperation& o : LockedOperations()) {
     std::string taking, giving[2];  // otherwise, after a match
@@ -26,11 +27,15 @@ TEST_P(SemaphoreCallTest, ThatFailsEndsItsOperationWithThePlacesWords) {
     const int set = util_.*o.set;
     for (int nth = 1; nth <= calls; ++nth) {
       for (const int error : ErrorsOf("semop")) {
+        Paint();
+        util_.LastAtmIndex = 9;
         const CallFault fault("semop", nth, error);
         EXPECT_EQ(o.run(util_), -1) << o.name << " call " << nth;
         const int held = HeldSlot(set);
         EXPECT_EQ(held >= 0, nth % 2 == 0) << o.name << " call " << nth;
         const std::string& said = held < 0 ? taking : giving[held];
+        EXPECT_TRUE(IsPainted()) << o.name << " call " << nth;
+        EXPECT_EQ(util_.LastAtmIndex == 1, o.remembers && held == 1) << o.name << " call " << nth;
         EXPECT_EQ(LastTrace(), "2 Error in Semop for " + said + SysErr(error)) << o.name;
         if (held >= 0) semctl(set, held, SETVAL, 2);
       }

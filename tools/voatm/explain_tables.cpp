@@ -132,8 +132,8 @@ void AddFitTry(const Rows& rows, int slot, const std::string& result, Explanatio
 bool IsSelected(const Rows& rows, int slot, const Inputs& inputs) {
   const std::string key2 = rows.Text(slot, "MatchKey2");
   const std::string key3 = rows.Text(slot, "MatchKey3");
-  if (key2 == inputs.Text("key2")) return key3 == inputs.Text("key3") || key3 == kAny;
-  return key2 == kAny && key3 == kAny;
+  if (key2 == kAny) return key3 == kAny;
+  return key2 == inputs.Text("key2") && (key3 == inputs.Text("key3") || key3 == kAny);
 }
 
 void ExplainFit(VoATMUtil& util, const Inputs& inputs, Explanation* explanation) {
