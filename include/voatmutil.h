@@ -138,8 +138,8 @@ struct AtmDenomStatusMsg {
   char DenomText3[13];
   char Padding[1];
   int DenomNotes[8];  // cassettes A to H
-  char DenomNum1[8];  // six digits
-  char DenomNum2[8];  // six digits
+  char DenomNum1[8];  // six digits and a NUL
+  char DenomNum2[8];  // six digits and a NUL
 };
 
 // ---- Messages ---------------------------------------------------------------------------------
@@ -690,7 +690,8 @@ class [[gnu::visibility("default")]] VoATMUtil {
 
   // Fills a denomination status record. text1, text2 and text3 (16, 12 and 12 characters) go to
   // DenomText1, 2 and 3; mind their order in the arguments. A count of 0 in dispLogic leaves
-  // DenomNotes as it was, so clear the record before its first use.
+  // DenomNotes as it was, and the numbers write their digits and a NUL, so clear the record before
+  // its first use.
   // Returns 1, or -1 with a level-6 trace for an unknown model, when only the texts are written.
   int LoadDenomDetails(const char* text1, const char* text3, const char* text2,
                        const char* dispLogic, const char* atmModel, int num1, int num2,

@@ -1,4 +1,5 @@
 // Cassette states and the denomination status record; totals of template files.
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -50,8 +51,9 @@ int VoATMUtil::LoadDenomDetails(const char* text1, const char* text3, const char
     pair += strnlen(pair, 2);                           // a short text has no notes behind its end
     if (count != 0) msg->DenomNotes[position] = count;  // Intended: 0 leaves the old count.
   }
-  SetDigits(msg->DenomNum1, num1, 6);
-  SetDigits(msg->DenomNum2, num2, 6);
+  // Intended: the fields are not cleared; six digits leave the last byte as it was.
+  snprintf(msg->DenomNum1, sizeof msg->DenomNum1, "%06d", num1);
+  snprintf(msg->DenomNum2, sizeof msg->DenomNum2, "%06d", num2);
   return 1;
 }
 

@@ -85,7 +85,7 @@ TEST_F(DenominationsTest, FillTheirRecordAtFixedOffsets) {
               "1");
     memcpy(bytes, &msg, sizeof msg);
     EXPECT_EQ(text(0, 44), "xxxxxxxxxxxxxxxx.xxxxxxxxxxxx.three........#");
-    EXPECT_EQ(text(76, 16), "070523..1234567.");
+    EXPECT_EQ(text(76, 16), "070523.#1234567.");
     int notes[8];
     memcpy(notes, bytes + 44, sizeof notes);
     const int expected[] = {2, 9, 1, 5, 0, 0, 0, model[0] == 'D' ? 42 : 0};
