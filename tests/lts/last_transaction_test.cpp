@@ -73,10 +73,12 @@ TEST_F(LastTransactionTest, SecondFormDecidesAboutAReversal) {
  <- Last Dispense Logic buffer[02000105]> <- Dispense buffer not Matching>
  <- Making Auto Reversal> <>)",
              check);
-  const std::string deposits(119, '2');
-  EXPECT_EQ(check("1 2 3 4 5 2" + std::string(50, '0') + "1" + deposits), -1);
-  const std::string traces = trace.Take();
-  EXPECT_NE(traces.find("The Deposit Id[ 5 ] notes [ 22222 ]\n- LastDev"), std::string::npos);
+  for (const std::size_t length : {119U, 120U}) {  // five whole groups, and one that is cut
+    const std::string deposits(length, '2');
+    EXPECT_EQ(check("1 2 3 4 5 2" + std::string(50, '0') + "1" + deposits), -1);
+    const std::string traces = trace.Take();
+    EXPECT_NE(traces.find("The Deposit Id[ 5 ] notes [ 22222 ]\n- LastDev"), std::string::npos);
+  }
   ExpectDone(R"(
 20000 42 420 106 02000105 20041 => -1 [420 106.]
 10000 0 420 106 02000105 20041 => -1 [420 106.]

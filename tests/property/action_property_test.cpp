@@ -1,5 +1,6 @@
 #include <climits>
 
+#include "support/call_fault.h"
 #include "support/driver_test.h"
 #include "support/random_cases.h"
 #include "support/walk_model.h"
@@ -52,28 +53,31 @@ TEST_P(ActionPropertyTest, AnswersAndTracesEachKindOfRequest) {
   const struct {
     const char* request;
     int search_type;
+    int visits;  // of slots, under locks: each scan starts where the one before found its row
     std::string answer;
   } cases[] = {
-      {"G1 L1 A1 S1|S2| 0", 0, "1 second ?\n" + FoundIn(1)},
-      {"G1 L1 A1 S2|S1| 0", 0, "1 late ?\n" + FoundIn(3)},
-      {"G1 L1 A1 |S4||S1|S2 0", 0, "1 other ?\n" + FoundIn(4)},
-      {"G1 L1 A1 S3|S1 0", 0,
+      {"G1 L1 A1 S1|S2| 0", 0, 6, "1 second ?\n" + FoundIn(1)},
+      {"G1 L1 A1 S2|S1| 0", 0, 8, "1 late ?\n" + FoundIn(3)},
+      {"G1 L1 A1 |S4||S1|S2 0", 0, 14, "1 other ?\n" + FoundIn(4)},
+      {"G1 L1 A1 S3|S1 0", 0, 13,
        kNothing + "7 Error in Reading InstTerminalGroup[G1] AtmLogicalGroup[L1] AtmId[A1] "
                   "StatusBuf[S3|S1] from VoAtmActionProperty Table\n"},
-      {"G1 L1 A1 S1|s2| 0", 1, kNothing + kMiss + "StatusMsg" + kInTable},
-      {"G1 L1 A1 S2| 19999", 1, "1 ? 22\n" + kMiss + "TxnCode[019999]" + kInTable + FoundIn(1)},
-      {"G1 L1 A1 S2| 20000", 1, "1 ? -3\n" + FoundIn(2)},
-      {"G1 L1 A1 S3| 7", 1,  // stops at a row for actions
+      {"G1 L1 A1 S1|s2| 0", 1, 23, kNothing + kMiss + "StatusMsg" + kInTable},
+      {"G1 L1 A1 S2| 19999", 1, 15, "1 ? 22\n" + kMiss + "TxnCode[019999]" + kInTable + FoundIn(1)},
+      {"G1 L1 A1 S2| 20000", 1, 7, "1 ? -3\n" + FoundIn(2)},
+      {"G1 L1 A1 S3| 7", 1, 24,  // stops at a row for actions
        kNothing + kMiss + "TxnCode[000007]" + kInTable + kMiss + "TxnCode[00]" + kInTable},
-      {"G1 L1 A1 S4| 5", 1, "1 ? 0\n" + FoundIn(4)},
-      {"GROUP-OF-SIXTEEN+ L1 A1 S1| 0", 2,
+      {"G1 L1 A1 S4| 5", 1, 9, "1 ? 0\n" + FoundIn(4)},
+      {"GROUP-OF-SIXTEEN+ L1 A1 S1| 0", 2, 20,
        kNothing + kMiss + "InstTerminalGroup[GROUP-OF-SIXTEEN+]" + kInTable +  //
            kMiss + "InstTerminalGroup[*]" + kInTable},
-      {"G2 L1 A1 S1| 0", 2,
+      {"G2 L1 A1 S1| 0", 2, 19,
        "0 ? ?\n" + kMiss + "InstTerminalGroup[G2] AtmLogicalGroup[L1]" + kInTable +  //
            kMiss + "InstTerminalGroup[G2] AtmLogicalGroup[*] AtmId[A1]" + kInTable}};
   for (const auto& c : cases) {
+    const CallFault semop("semop");
     EXPECT_EQ(Ask(Words(c.request), c.search_type), c.answer) << c.request;
+    EXPECT_EQ(semop.calls(), locked() ? 2 * c.visits : 0) << c.request;
   }
 }
 

@@ -1,3 +1,4 @@
+#include "support/call_fault.h"
 #include "support/driver_test.h"
 #include "support/random_cases.h"
 #include "support/walk_model.h"
@@ -44,15 +45,19 @@ TEST_P(PropertyTest, SettlesEachKeyOnItsOwnValueBeforeItsWildcard) {
   for (int slot = 0; slot < 8; ++slot) Put(slot, Words(rows[slot]));
   const struct {
     const char* request;
-    int slot;  // or -1
-  } cases[] = {
-      {"G1 L1 A9 10000 5 356", 1}, {"G1 L1 A9 10000 5 840", -1}, {"G1 L1 A9 10001 5 356", 2},
-      {"G1 L1 A9 19999 0 840", 3}, {"G1 L1 A9 19999 0 356", -1}, {"G1 L1 A9 5 0 356", 4},
-      {"G1 L1 A9 20000 0 0", -1},  {"G1 L1 A8 20000 0 7", 0},    {"G1 L9 A9 1 1 1", 5},
-      {"G1 L9 A8 1 1 1", -1},      {"g1 L1 A9 10000 5 356", 7},  {"* L1 A9 10000 5 356", 7}};
+    int slot;    // or -1
+    int visits;  // of slots, under locks: each level starts where the one before found its row
+  } cases[] = {{"G1 L1 A9 10000 5 356", 1, 7},   {"G1 L1 A9 10000 5 840", -1, 28},
+               {"G1 L1 A9 10001 5 356", 2, 39},  {"G1 L1 A9 19999 0 840", 3, 20},
+               {"G1 L1 A9 19999 0 356", -1, 37}, {"G1 L1 A9 5 0 356", 4, 37},
+               {"G1 L1 A9 20000 0 0", -1, 37},   {"G1 L1 A8 20000 0 7", 0, 66},
+               {"G1 L9 A9 1 1 1", 5, 51},        {"G1 L9 A8 1 1 1", -1, 33},
+               {"g1 L1 A9 10000 5 356", 7, 55},  {"* L1 A9 10000 5 356", 7, 43}};
   for (const auto& c : cases) {
     record_.RecordId = 99;
+    const CallFault semop("semop");
     EXPECT_EQ(Read(Words(c.request)), c.slot >= 0 ? 1 : -1) << c.request;
+    EXPECT_EQ(semop.calls(), locked() ? 2 * c.visits : 0) << c.request;
     EXPECT_EQ(record_.RecordId, c.slot >= 0 ? 100 + c.slot : 99) << c.request;
   }
 }

@@ -276,6 +276,41 @@ TEST_F(ConfiguredValuesTest, NeedAPathOfUpTo250CharactersThatIsNotCut) {
   }
 }
 
+// A longer key is cut, so it is the same as one of 50 characters.
+TEST_F(ConfiguredValuesTest, HaveKeysOfUpTo50Characters) {
+  const struct {
+    const char* file;
+    std::string begin, end;  // of the key, around the caller's text
+    int (*call)(Util&, Outs, const char* text);
+  } cases[] = {
+      {"cfg/atm/statetable/opkey/A_opk.cfg", "", "_1",
+       [](Util& u, Outs o, const char* text) {
+         return u.LoadTxnCode(text, "1", o[0], o[0], o[0], o[0], o[0], "A", "B", "C", "F");
+       }},
+      {"cfg/atm/statetable/resptable/A_resp.cfg", "GOOD_RESPONSE#", "_1",
+       [](Util& u, Outs o, const char* text) {
+         return u.LoadGoodResponseState(text, "1", o[0], o[0], "A", "B", "C", "F");
+       }},
+      {"cfg/atm/statetable/resptable/A_resp.cfg", "BAD_RESPONSE#", "_1",
+       [](Util& u, Outs o, const char* text) {
+         return u.LoadBadResponseState(text, "1", o[0], o[0], "A", "B", "C", "F");
+       }},
+      {"cfg/atm/CARDLESS_TXN.cfg", "OPKEYMAP#", "",
+       [](Util& u, Outs o, const char* text) { return u.getCardlessTrack2Data(text, o[0]); }},
+      {"cfg/vobusiness.cfg", "", "_BADRSP_RCPT_NEEDED",
+       [](Util& u, Outs, const char* text) { return u.isBadResponsePrintNeeded(text) - 1; }}};
+  for (const auto& c : cases) {
+    for (const std::size_t size : {50U, 51U}) {
+      const std::string text(size - c.begin.size() - c.end.size(), 'k');
+      const std::string key = (c.begin + text + c.end).substr(0, 50);
+      const std::size_t item = key.find('#') + 1;
+      const std::string group = item > 0 ? "[" + key.substr(0, item - 1) + "];" : "";
+      Put(c.file, group + key.substr(item) + " Yes 2 3 4 5");
+      EXPECT_GE(c.call(util, outs(), text.c_str()), 0) << key << size;
+    }
+  }
+}
+
 TEST_F(ConfiguredValuesTest, LieBelowTheRootWithoutAHome) {
   unsetenv("VODIR_HOME");
   EXPECT_EQ(Done(util.GetEmptyScreen("A", "B", "C", Out(0), "F")),

@@ -5,8 +5,9 @@ namespace {
 
 class StatusMessagesTest : public DriverTest {
  protected:
-  StatusMessagesTest() {
-    const VoAtmStatus statuses[] = {{"A1", 'S'}, {"N4", 'N'}, {"C3", 'S'}, {"A1", 'N'}};
+  StatusMessagesTest() : DriverTest({1, 1, 1, 1, 5}) {
+    const VoAtmStatus statuses[] = {
+        {"A1", 'S'}, {"N4", 'N'}, {"C3", 'S'}, {"A1", 'N'}, {"TEN-LONG-1", 'S'}};
     memcpy(util_.AtmStatusPtr, statuses, sizeof statuses);
   }
 
@@ -30,8 +31,11 @@ TEST_P(StatusMessagesTest, AppendACodeOnceForEachOtherCodeWithin99Characters) {
                {"A1|B2|", "N4", "A1|B2|"},
                {"A1|B2|", "XX", "A1|B2|"},
                {"", "C3", ""},
+               {"NONE", "A1", ""},
                {"NONE", "C3", ""},
                {"NONE", "XX", ""},
+               {"TEN-LONG-1|", "TEN-LONG-1", "TEN-LONG-1|"},
+               {"TEN-LONG-2|", "TEN-LONG-1", "TEN-LONG-2|TEN-LONG-1|"},
                {longest, "C3", longest + "C3|"},
                {"A" + longest, "C3", "A" + longest}};
   for (const auto& c : cases) {
@@ -49,8 +53,36 @@ TEST_P(StatusMessagesTest, FillTheArrayThenOverwriteItWhole) {
   Build("code-3");
   EXPECT_EQ(memcmp(rows_[3], "code-3\0\0\0\0", 11), 0);
   for (int i = 0; i < 15; ++i) EXPECT_EQ(rows_[i], code(i));
-  Build("a-code-too-long");
-  for (const char* row : rows_) EXPECT_STREQ(row, "a-code-too");
+  for (const char* row : {"a-code-too", "code"}) {
+    Build(row + std::string(row[0] == 'a' ? "-long" : ""));
+    char expected[11] = {};
+    strcpy(expected, row);
+    for (const char(&seen)[11] : rows_) EXPECT_EQ(memcmp(seen, expected, 11), 0) << row;
+  }
+}
+
+TEST_P(StatusMessagesTest, CutACodeAtTenCharactersInAnEmptyRow) {
+  memset(rows_, '#', sizeof rows_);
+  for (auto& row : rows_) row[0] = '\0';
+  for (const char* code : {"0123456789", "0123456789A", "012"}) Build(code);
+  EXPECT_EQ(std::string(rows_[0], 33), std::string("0123456789\0"
+                                                   "0123456789\0"
+                                                   "012\0#######",
+                                                   33));
+  EXPECT_EQ(std::string(rows_[3], 11), std::string("\0##########", 11));
+}
+
+TEST_P(StatusMessagesTest, StayNoneUntilASlotIsVisited) {
+  strcpy(message_, "NONE");
+  util_.MaxAtmStatus = 0;
+  Build("A1");
+  EXPECT_STREQ(message_, "NONE");
+  util_.MaxAtmStatus = 5;
+  memset(message_ + 5, '#', 5);
+  const CallFault fault("semop", 1, EIDRM);
+  Build("A1");
+  EXPECT_EQ(std::string(message_, 10),
+            locked() ? std::string("NONE\0#####", 10) : std::string(8, '\0') + "##");
 }
 
 TEST_P(StatusMessagesTest, AreClearedWithRowZero) {

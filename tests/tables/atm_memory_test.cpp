@@ -110,6 +110,16 @@ TEST_P(AtmMemoryTest, BoundsUnterminatedIdsAndUnattachedTables) {
     EXPECT_EQ(util_.GetAtmCount("EAST"), 0);
   }
   util_.AtmMemoryPtr = table;
+  util_.MaxAtm = 0;
+  util_.LastAtmIndex = 0;
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(util_.GetAtmId("EAST", id, 1), -1);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "retval -1");
+  EXPECT_EQ(util_.GetAtmCount("EAST"), 0);
+  for (const int result : {util_.ReadAtmMemory("A1", &record_),
+                           util_.WriteAtmMemory("A1", &record_), util_.VerifyAtmMemory("A1")}) {
+    EXPECT_EQ(result, -1);
+  }
 }
 
 TEST_P(AtmMemoryTest, SaysWhenTheSetIsGone) {

@@ -24,6 +24,9 @@ TEST_P(SecurityAndChecksTest, SecurityReadCopiesTheLowestSlotAndMovesTheAtmIndex
   memset(util_.SecurityPtr[3].SecurityId, 'Z', sizeof(VoSecurity));  // an id without its NUL
   EXPECT_EQ(util_.ReadVoSecurityTable(std::string(504, 'Z').c_str(), &record), 1);
   EXPECT_EQ(util_.ReadVoSecurityTable(std::string(505, 'Z').c_str(), &record), -1);
+  util_.MaxSecurity = 0;
+  EXPECT_EQ(util_.ReadVoSecurityTable("S1", &record), -1);
+  EXPECT_EQ(util_.LastAtmIndex, 3);
   EXPECT_EQ(trace_.Take(), "");
 }
 

@@ -138,7 +138,7 @@ TEST_F(StartUpTest, NamesTheFileKeyOrValueThatIsWrong) {
       for (const char* value : {"-1", "+5", "12a"}) {
         std::string error = "2 Invalid ";
         error.append(c.key).append("[ ").append(value).append(" ] value defined in ").append(file);
-        ExpectStartWith(c.file, c.key, value, c.read, error);
+        EXPECT_EQ(ExpectStartWith(c.file, c.key, value, c.read, error).*c.count, 0) << value;
       }
       EXPECT_EQ(ExpectStartWith(c.file, c.key, "\"\"", kTables, "").*c.count, 0);
     }
@@ -148,6 +148,13 @@ TEST_F(StartUpTest, NamesTheFileKeyOrValueThatIsWrong) {
   }
   ExpectStartWith("cfg/vokernel.cfg", "CHANNEL#ORGKEY", std::to_string(home_.key_base()) + "x",
                   kTables, "");
+  {
+    const CallFault fault("msgget", 1, ENOSPC);
+    EXPECT_EQ(ExpectStartWith("cfg/vokernel.cfg", "CHANNEL#ORGKEY", "x", 0,
+                              "2 Error in Creating VoChannelMgr Queue" + SysErr(ENOSPC))
+                  .ChannelQKey,
+              2);
+  }
   unsetenv("VODIR_HOME");
   ExpectStart(0, "2 Error in opening file[ /cfg/vokernel.cfg ]\n");
   setenv("VODIR_HOME", (std::string(150, '/') + home_.path()).c_str(), 1);
@@ -200,6 +207,48 @@ TEST_F(StartUpTest, SaysWhyTheQueueCannotBeUsed) {
   ASSERT_EQ(seteuid(self == 0 ? 65534 : self), 0);  // root may open any queue
   ExpectStart(0, "2 Error in Creating VoChannelMgr Queue" + SysErr(EACCES));
   ASSERT_EQ(seteuid(self), 0);
+}
+
+// Answers that stand in the queue before the first question.
+TEST_F(StartUpTest, TakesItsOwnAnswersAsTheyAre) {
+  const std::string receiving =
+      "2 Error in Receiving Locate Memory Channel Message From VoChannelMgr Queue";
+  const struct {
+    int status;
+    std::size_t size;
+    std::string said;
+  } cases[] = {{-1, 128, "2 Error in Locating Memory[ ATMMEMORY ]\n"},
+               {0, 129, receiving + SysErr(E2BIG)},
+               {0, 0,
+                "6 Memory[  ] Located with ChannelKeyId[ 0 ]\n"
+                "2 Error in Creating Device Memory Table Shared Memory" +
+                    SysErr(EINVAL)}};
+  for (const auto& c : cases) {
+    const OtherChannel channel(home_, 0600);
+    struct {
+      LocateMemoryMsg message;
+      char more;
+    } answer = {{getpid(), "ATMMEMORY", 0, 99, 0, 0, c.status, 0}, 'x'};
+    LocateMemoryMsg anothers = {getpid() + 1, "ATMMEMORY", 0, 98, 0, 0, 0, 0};
+    EXPECT_EQ(msgsnd(channel.id, &anothers, 128, 0), 0);
+    EXPECT_EQ(msgsnd(channel.id, &answer, c.size, 0), 0);
+    ExpectStart(0, c.said);
+  }
+}
+
+TEST_F(StartUpTest, MakesTheQueueForAllWhenThereIsNone) {
+  const int key = home_.key_base() + 3;
+  home_.Write("cfg/vokernel.cfg", "[CHANNEL]\nORGKEY " + std::to_string(key - 2));
+  const CallFault fault("msgsnd", 1, EAGAIN);
+  const int queue =
+      ExpectStart(0, "2 Error in Sending Locate Memory Channel Message to VoChannelMgr Queue" +
+                         SysErr(EAGAIN))
+          .ChannelQid;
+  msqid_ds made = {};
+  EXPECT_EQ(msgctl(queue, IPC_STAT, &made), 0);
+  EXPECT_EQ(made.msg_perm.mode, 0666);
+  EXPECT_EQ(msgget(key, 0), queue);
+  msgctl(queue, IPC_RMID, nullptr);
 }
 
 // A reply that was not received stays in the queue.
