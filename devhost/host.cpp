@@ -16,40 +16,26 @@
 
 #include "devhost/locate_service.h"
 #include "devhost/seed.h"
+#include "devhost/system_call.h"
 
 namespace devhost {
 namespace {
 
-constexpr unsigned short kFreeUnits = 2;  // a holder takes two
 constexpr const char* kQueueOwner = "VoChannelMgr";
 
-union SemaphoreArgument {  // the system leaves its declaration to the caller
-  unsigned short* values;
-  struct seminfo* limits;
-};
-
-std::runtime_error SystemError(int error, const std::string& failed) {
-  return std::runtime_error(std::string(std::strerror(error)) + ": " + failed);
-}
-
 // Refuses a table with more slots than the system lets a semaphore set have.
-void CheckSetSize(const RecordTable& record, int slots) {
-  struct seminfo limits {};
-  SemaphoreArgument argument{};
-  argument.limits = &limits;
-  if (semctl(0, 0, IPC_INFO, argument) < 0) {
-    throw SystemError(errno, "cannot read the limits of semaphores");
-  }
-  if (slots <= limits.semmsl) return;
+void CheckSetSize(const records::RecordTable& record, int slots) {
+  const int most = MostSemaphoresOfASet();
+  if (slots <= most) return;
   throw std::runtime_error(std::string(record.count.key) + " " + std::to_string(slots) +
-                           " is more than a semaphore set may have here, " +
-                           std::to_string(limits.semmsl) + " (SEMMSL of kernel.sem)");
+                           " is more than a semaphore set may have here, " + std::to_string(most) +
+                           " (SEMMSL of kernel.sem)");
 }
 
-std::vector<char> FreeSlots(const RecordTable& record, int slots) {
+std::vector<char> FreeSlots(const records::RecordTable& record, int slots) {
   std::vector<char> image(static_cast<std::size_t>(slots) * record.record_size);
   for (std::size_t at = record.key().offset; at < image.size(); at += record.record_size) {
-    std::memcpy(&image[at], kFreeSlot, std::strlen(kFreeSlot));
+    std::memcpy(&image[at], records::kFreeSlot, std::strlen(records::kFreeSlot));
   }
   return image;
 }
@@ -62,13 +48,13 @@ Host::Host(const std::string& home, bool replace) : settings_(ReadSettings(home)
   // The queue comes first: a driver that starts in between would create it. Its request waits there
   // until all is filled.
   objects_.emplace_back(IpcKind::kQueue, kQueueOwner, settings_.queue_key, 0);
-  for (std::size_t i = 0; i < kTableCount; ++i) CreateTable(tables_[i], images[i]);
+  for (std::size_t i = 0; i < records::kTableCount; ++i) CreateTable(tables_[i], images[i]);
 }
 
 Host::Images Host::LoadTables(const std::string& home) {
   Images images;
-  for (std::size_t i = 0; i < kTableCount; ++i) {
-    const RecordTable& record = kRecordTables[i];
+  for (std::size_t i = 0; i < records::kTableCount; ++i) {
+    const records::RecordTable& record = records::kRecordTables[i];
     const auto [key, slots] = settings_.tables[i];
     CheckSetSize(record, slots);
     images[i] = FreeSlots(record, slots);
@@ -116,7 +102,7 @@ void Host::CreateTable(const Table& table, const std::vector<char>& image) {
 
   const auto count = static_cast<std::size_t>(std::max(table.slots, 1));
   const int set = objects_.emplace_back(IpcKind::kSemaphoreSet, name, table.key, count).id();
-  std::vector<unsigned short> units(count, kFreeUnits);
+  std::vector<unsigned short> units(count, kAtRest);
   SemaphoreArgument argument{};
   argument.values = units.data();
   if (semctl(set, 0, SETALL, argument) < 0) {

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "devhost/ipc_object.h"
-#include "devhost/record_fields.h"
 #include "devhost/settings.h"
 #include "devhost/stop_order.h"
+#include "records/record_tables.h"
 
 namespace devhost {
 
@@ -22,7 +22,7 @@ namespace devhost {
 class Host {
  public:
   struct Table {
-    const RecordTable* record;
+    const records::RecordTable* record;
     int key;  // of the segment and of the semaphore set
     int slots;
     int rows;           // seeded
@@ -50,7 +50,7 @@ class Host {
   void Stop() const { stop_.Give(); }
 
  private:
-  using Images = std::array<std::vector<char>, kTableCount>;
+  using Images = std::array<std::vector<char>, records::kTableCount>;
 
   Images LoadTables(const std::string& home);
   void ClearTheWay(bool replace) const;

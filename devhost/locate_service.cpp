@@ -4,23 +4,23 @@
 
 #include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <cstddef>
 #include <cstring>
 #include <thread>
 #include <utility>
 
+#include "devhost/system_call.h"
+#include "tables/locate.h"
+
 namespace devhost {
 namespace {
 
-constexpr long kRequestType = 1;
-constexpr std::size_t kBodySize = sizeof(LocateMemoryMsg) - sizeof(long);
 constexpr auto kRetryInterval = std::chrono::milliseconds(10);
 
-bool IsAlive(int process) { return kill(process, 0) == 0 || errno != ESRCH; }
-
 // A reply of the requests' type would come back as a request.
-bool CanBeAnswered(const LocateMemoryMsg& request) { return request.ProcessId > kRequestType; }
+bool CanBeAnswered(const LocateMemoryMsg& request) {
+  return request.ProcessId > voatm::kLocateRequestType;
+}
 
 }  // namespace
 
@@ -49,9 +49,11 @@ int LocateService::Run() {
 // queue it would be met again for ever.
 int LocateService::Receive(LocateMemoryMsg* request) {
   const int flags = MSG_NOERROR | (replies_.empty() ? 0 : IPC_NOWAIT);
-  const ssize_t size = msgrcv(queue_, request, kBodySize, kRequestType, flags);
+  const ssize_t size =
+      msgrcv(queue_, request, voatm::kLocateBodySize, voatm::kLocateRequestType, flags);
   if (size < 0) return errno;
-  return size == static_cast<ssize_t>(kBodySize) && CanBeAnswered(*request) ? 0 : EBADMSG;
+  return size == static_cast<ssize_t>(voatm::kLocateBodySize) && CanBeAnswered(*request) ? 0
+                                                                                         : EBADMSG;
 }
 
 // Sweeps first, room or not: in a full queue no request would arrive to cause it.
@@ -59,9 +61,9 @@ void LocateService::SendReplies() {
   if (!replies_.empty()) SweepReplies();
   while (!replies_.empty()) {
     const LocateMemoryMsg& reply = replies_.front();
-    if (msgsnd(queue_, &reply, kBodySize, IPC_NOWAIT) == 0) {
+    if (msgsnd(queue_, &reply, voatm::kLocateBodySize, IPC_NOWAIT) == 0) {
       answered_.insert(reply.ProcessId);
-    } else if (errno == EAGAIN && IsAlive(reply.ProcessId)) {
+    } else if (errno == EAGAIN && ProcessExists(reply.ProcessId)) {
       return;
     }
     replies_.pop_front();
@@ -71,12 +73,12 @@ void LocateService::SendReplies() {
 // Takes out what processes that have ended left behind.
 void LocateService::SweepReplies() {
   for (auto process = answered_.begin(); process != answered_.end();) {
-    if (IsAlive(*process)) {
+    if (ProcessExists(*process)) {
       ++process;
       continue;
     }
     LocateMemoryMsg reply{};
-    while (msgrcv(queue_, &reply, kBodySize, *process, IPC_NOWAIT) >= 0) {
+    while (msgrcv(queue_, &reply, voatm::kLocateBodySize, *process, IPC_NOWAIT) >= 0) {
     }
     process = answered_.erase(process);
   }

@@ -146,7 +146,7 @@ int HexDigit(char digit) {
   return value < 16 ? value : value - 6;
 }
 
-Cause PutHex(const RecordField& field, const Json& value, char* out) {
+Cause PutHex(const records::RecordField& field, const Json& value, char* out) {
   if (value.size() != 1 || !value.contains(kHexMember) || !value[kHexMember].is_string()) {
     return "an object must be {\"hex\": \"...\"}";
   }
@@ -165,7 +165,7 @@ Cause PutHex(const RecordField& field, const Json& value, char* out) {
   return std::nullopt;
 }
 
-Cause PutText(const RecordField& field, const Json& value, char* out) {
+Cause PutText(const records::RecordField& field, const Json& value, char* out) {
   if (!value.is_string()) return "not a text";
   const auto text = value.get<std::string>();
   if (text.size() >= field.size) {
@@ -203,27 +203,28 @@ Cause PutInt32(const Json& value, char* out) {
   return std::nullopt;
 }
 
-Cause PutField(const RecordField& field, const Json& value, char* out) {
+Cause PutField(const records::RecordField& field, const Json& value, char* out) {
   if (value.is_object()) return PutHex(field, value, out);
   switch (field.kind) {
-    case FieldKind::kText:
+    case records::FieldKind::kText:
       return PutText(field, value, out);
-    case FieldKind::kCharacter:
+    case records::FieldKind::kCharacter:
       return PutCharacter(value, out);
-    case FieldKind::kInt32:
+    case records::FieldKind::kInt32:
       return PutInt32(value, out);
-    case FieldKind::kBytes:
+    case records::FieldKind::kBytes:
       break;
   }
   return "bytes are given as {\"hex\": \"...\"}";
 }
 
-void FillRecord(const RecordTable& table, const SeedFile& file, std::size_t row, char* record) {
+void FillRecord(const records::RecordTable& table, const SeedFile& file, std::size_t row,
+                char* record) {
   for (const auto& [name, value] : file.rows()[row].items()) {
     if (name == kSlotMember) continue;
-    const RecordField* field =
-        std::find_if(table.begin(), table.end(),
-                     [&wanted = name](const RecordField& each) { return wanted == each.name; });
+    const records::RecordField* field = std::find_if(
+        table.begin(), table.end(),
+        [&wanted = name](const records::RecordField& each) { return wanted == each.name; });
     if (field == table.end()) file.Refuse("unknown field", row, name);
     if (const Cause cause = PutField(*field, value, record + field->offset)) {
       file.Refuse(*cause, row, name);
@@ -238,7 +239,7 @@ void FillRecord(const RecordTable& table, const SeedFile& file, std::size_t row,
 
 }  // namespace
 
-int Seed(const RecordTable& table, const std::string& path, char* records, int slots) {
+int Seed(const records::RecordTable& table, const std::string& path, char* records, int slots) {
   const std::optional<std::string> text = ReadFile(path);
   if (!text.has_value()) return 0;
   const SeedFile file(path, *text);

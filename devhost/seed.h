@@ -16,7 +16,7 @@
 
 #include <string>
 
-#include "devhost/record_fields.h"
+#include "records/record_tables.h"
 
 namespace devhost {
 
@@ -25,7 +25,7 @@ namespace devhost {
 // Throws std::runtime_error with cause, file, line, row (from 1) and field for anything that is not
 // as above: an unknown or repeated member, a value that does not fit its field, a row without its
 // key text, a slot given twice or off the table.
-int Seed(const RecordTable& table, const std::string& path, char* records, int slots);
+int Seed(const records::RecordTable& table, const std::string& path, char* records, int slots);
 
 }  // namespace devhost
 

@@ -10,19 +10,20 @@
 #include <limits>
 #include <stdexcept>
 
+#include "tables/locate.h"
 #include "vocfgutil.h"
 
 namespace devhost {
 namespace {
 
-constexpr CountSource kOriginKey = {"vokernel.cfg", "CHANNEL#ORGKEY"};
-constexpr int kQueueKeyOffset = 2;
+constexpr records::CountSource kOriginKey = {"vokernel.cfg", "CHANNEL#ORGKEY"};
 constexpr int kFirstTableKeyOffset = 10;
-constexpr int kLargestOffset = kFirstTableKeyOffset + static_cast<int>(kTableCount) - 1;
+constexpr int kLargestOffset = kFirstTableKeyOffset + static_cast<int>(records::kTableCount) - 1;
 
 enum class Empty { kZero, kRefused };
 
-int ReadNumber(const std::string& home, const CountSource& source, int largest, Empty empty) {
+int ReadNumber(const std::string& home, const records::CountSource& source, int largest,
+               Empty empty) {
   const std::string path = home + "/cfg/" + source.file;
   VoCfgUtil reader;
   if (reader.cfg_open(path.c_str()) < 0) {
@@ -56,11 +57,12 @@ Settings ReadSettings(const std::string& home) {
   constexpr int kMaxInt = std::numeric_limits<int>::max();
   const int origin = ReadNumber(home, kOriginKey, kMaxInt - kLargestOffset, Empty::kRefused);
   Settings settings{};
-  settings.queue_key = origin + kQueueKeyOffset;
+  settings.queue_key = origin + voatm::kChannelKeyDistance;
   int key = origin + kFirstTableKeyOffset;
-  for (std::size_t i = 0; i < kTableCount; ++i) {
+  for (std::size_t i = 0; i < records::kTableCount; ++i) {
     settings.tables[i].key = key++;
-    settings.tables[i].slots = ReadNumber(home, kRecordTables[i].count, kMaxInt, Empty::kZero);
+    settings.tables[i].slots =
+        ReadNumber(home, records::kRecordTables[i].count, kMaxInt, Empty::kZero);
   }
   return settings;
 }

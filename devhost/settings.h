@@ -5,7 +5,7 @@
 #include <array>
 #include <string>
 
-#include "devhost/record_fields.h"
+#include "records/record_tables.h"
 
 namespace devhost {
 
@@ -15,7 +15,7 @@ struct Settings {
     int key;  // of the segment and of the semaphore set
     int slots;
   };
-  std::array<Table, kTableCount> tables;  // in the order of kRecordTables
+  std::array<Table, records::kTableCount> tables;  // in the order of kRecordTables
 };
 
 // Throws std::runtime_error that names file and key, and line and value where there is one, when a

@@ -1,12 +1,12 @@
 // The lookups over private tables of any bytes, against scans over their columns as strings.
-#include "devhost/record_fields.h"
+#include "records/record_tables.h"
 #include "support.h"
 #include "support/walk_model.h"
 
 namespace {
 
-using devhost::FieldKind;
-using devhost::kRecordTables;
+using records::FieldKind;
+using records::kRecordTables;
 
 // What a lookup asks for, and the words of which it and the rows are made.
 struct Request {
@@ -32,11 +32,11 @@ struct Request {
 class Table {
  public:
   Table(FuzzedDataProvider& input, const Request& request, std::size_t table)
-      : layout_(kRecordTables[table]),
+      : layout_(records::kRecordTables[table]),
         rows_(input.ConsumeIntegralInRange<std::size_t>(0, 5)),
         bytes_(rows_.size() * layout_.record_size) {
     for (std::size_t i = 0; i < rows_.size(); ++i) {
-      for (const devhost::RecordField& field : layout_) {
+      for (const records::RecordField& field : layout_) {
         Fill(input, request.words, field, bytes_.data() + i * layout_.record_size + field.offset);
       }
       Note(i);
@@ -68,31 +68,31 @@ class Table {
   }
 
  private:
-  static void Fill(FuzzedDataProvider& input, const Texts& words, const devhost::RecordField& field,
+  static void Fill(FuzzedDataProvider& input, const Texts& words, const records::RecordField& field,
                    char* out) {
     const auto choice = input.ConsumeIntegralInRange<std::size_t>(0, words.size());
     if (choice == words.size()) {
       input.ConsumeData(out, std::min<std::size_t>(field.size, 20));
-    } else if (field.kind == FieldKind::kInt32) {
+    } else if (field.kind == records::FieldKind::kInt32) {
       const int number = atoi(words[choice].c_str());
       std::memcpy(out, &number, sizeof number);
-    } else if (field.kind != FieldKind::kBytes) {
+    } else if (field.kind != records::FieldKind::kBytes) {
       std::strncpy(out, words[choice].c_str(), field.size);
     }
   }
 
   void Note(std::size_t slot) {
-    for (const devhost::RecordField& field : layout_) {
+    for (const records::RecordField& field : layout_) {
       const char* at = bytes_.data() + slot * layout_.record_size + field.offset;
       int number;
       std::memcpy(&number, at, std::min(field.size, sizeof number));
-      rows_[slot].push_back(field.kind == FieldKind::kInt32
+      rows_[slot].push_back(field.kind == records::FieldKind::kInt32
                                 ? std::to_string(number)
                                 : std::string(at, strnlen(at, field.size)));
     }
   }
 
-  const devhost::RecordTable& layout_;
+  const records::RecordTable& layout_;
   std::vector<Texts> rows_;
   Block bytes_;
 };

@@ -31,7 +31,7 @@ void CheckRefusal(const std::string& said, const std::string& text) {
 }
 
 // The bytes that a field's value stands for.
-std::string BytesOf(const devhost::RecordField& field, const Json& value) {
+std::string BytesOf(const records::RecordField& field, const Json& value) {
   std::string bytes;
   if (value.is_number()) {
     const int number = value;
@@ -44,7 +44,7 @@ std::string BytesOf(const devhost::RecordField& field, const Json& value) {
     }
   } else {
     bytes = value;
-    const bool character = field.kind == devhost::FieldKind::kCharacter;
+    const bool character = field.kind == records::FieldKind::kCharacter;
     Require(character ? bytes.size() == 1 : bytes.size() < field.size, "a text with its end");
   }
   Require(bytes.size() <= field.size, "a value fits its field");
@@ -53,14 +53,14 @@ std::string BytesOf(const devhost::RecordField& field, const Json& value) {
 }
 
 // Each row stands in its slot, and the slots without a row as they were.
-void CheckRows(const devhost::RecordTable& table, const Json& rows, const Block& records) {
+void CheckRows(const records::RecordTable& table, const Json& rows, const Block& records) {
   Block untouched = records;
   int slot = -1;
   for (const Json& row : rows) {
     slot = row.value("Slot", slot + 1);
     Require(slot >= 0 && slot < kSlots, "a slot of the table");
     char* record = untouched.data() + static_cast<std::size_t>(slot) * table.record_size;
-    for (const devhost::RecordField& field : table) {
+    for (const records::RecordField& field : table) {
       const std::string bytes = row.contains(field.name) ? BytesOf(field, row[field.name])
                                                          : std::string(field.size, '\0');
       Require(std::memcmp(record + field.offset, bytes.data(), bytes.size()) == 0, "a field");
@@ -75,9 +75,9 @@ void CheckRows(const devhost::RecordTable& table, const Json& rows, const Block&
 int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t size) {
   static InputFile file;
   FuzzedDataProvider input(bytes, size);
-  const devhost::RecordTable& table =
-      devhost::kRecordTables[input.ConsumeIntegralInRange<std::size_t>(0,
-                                                                       devhost::kTableCount - 1)];
+  const records::RecordTable& table =
+      records::kRecordTables[input.ConsumeIntegralInRange<std::size_t>(0,
+                                                                       records::kTableCount - 1)];
   const std::string text = input.ConsumeRemainingBytesAsString();
   file.Write(text);
   Block records(table.record_size * kSlots);

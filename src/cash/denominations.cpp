@@ -60,7 +60,7 @@ int VoATMUtil::LoadDenomDetails(const char* text1, const char* text3, const char
 int VoATMUtil::GetTotalData(const char* fileName) {
   VoCfgUtil cfg;
   char path[kFixedPathSize];
-  if (!OpenFixedFile(cfg, path, "inf", fileName)) {
+  if (!OpenFixedFile(cfg, path, {kInfDirectory, fileName})) {
     dptr->trace(kInformation, "Failed to open file [ %s ]", path);
     return -1;
   }

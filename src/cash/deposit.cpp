@@ -17,8 +17,6 @@ using namespace voatm;
 
 namespace {
 
-constexpr FileKind kNoteMappings = {"cfg/atm/bnamap", "bnamap.cfg", false};
-
 constexpr std::size_t kIdSize = 2;
 constexpr std::size_t kLongestRest = 16;  // but for kFourLongGroups
 constexpr std::size_t kFourLongGroups = 20;
@@ -79,7 +77,7 @@ int VoATMUtil::GetDepositAmount(const char* s1, const char* s2, const char* s3,
                                 const char* fallback, char* depositBuf, char* amountOut,
                                 char* mapOut) {
   VoCfgUtil cfg;
-  if (!OpenLayered(dptr, cfg, kNoteMappings, {s1, s2, s3, fallback})) return -1;
+  if (!OpenLayered(dptr, cfg, kFileKinds[kNoteMappings], {s1, s2, s3, fallback})) return -1;
   const char* rest = depositBuf[0] != '\0' ? depositBuf + 1 : depositBuf;
   const std::size_t length = strlen(rest);
   dptr->trace("the length [ %d ] and string[ %s ]", static_cast<int>(length), rest);

@@ -15,7 +15,6 @@ using namespace voatm;
 
 namespace {
 
-constexpr FileKind kDispenseLogics = {"cfg/atm/displogic", "displogic.cfg", false};
 constexpr std::size_t kLogicNameSize = 16;
 
 // Intended: the name is cut at its first blank.
@@ -32,7 +31,7 @@ int VoATMUtil::GetDispLogic(const char* logicName, int amountIndex, const char* 
                             const char* s3, char* dispLogic, const char* atmModel,
                             const char* fallback) {
   VoCfgUtil cfg;
-  if (!OpenLayered(dptr, cfg, kDispenseLogics, {s1, s2, s3, fallback})) return -1;
+  if (!OpenLayered(dptr, cfg, kFileKinds[kDispenseLogics], {s1, s2, s3, fallback})) return -1;
   char key[kKeySize];
   FormatDispenseKey(key, logicName, amountIndex);
   ClearOutput(dispLogic);

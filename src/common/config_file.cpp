@@ -9,10 +9,10 @@ const char* HomeDirectory() {
   return home != nullptr ? home : "";
 }
 
-bool OpenFixedFile(VoCfgUtil& cfg, char (&path)[kFixedPathSize], const char* directory,
-                   const char* file) {
+bool OpenFixedFile(VoCfgUtil& cfg, char (&path)[kFixedPathSize], const FixedFile& file) {
   memset(path, 0, sizeof path);
-  const int length = snprintf(path, sizeof path, "%s/%s/%s", HomeDirectory(), directory, file);
+  const int length =
+      snprintf(path, sizeof path, "%s/%s/%s", HomeDirectory(), file.directory, file.name);
   return length < static_cast<int>(sizeof path) && cfg.cfg_open(path) >= 0;
 }
 

@@ -21,10 +21,21 @@ inline constexpr std::size_t kKeySize = 51;
 // The directory named by VODIR_HOME; an empty text when the variable is not set.
 const char* HomeDirectory();
 
-// Builds <home>/<directory>/<file> in path, zeroed first, and opens it. A path that does not fit is
+// A file with a fixed place below VODIR_HOME.
+struct FixedFile {
+  const char* directory;
+  const char* name;
+};
+
+inline constexpr FixedFile kKernelFile = {"cfg", "vokernel.cfg"};
+inline constexpr FixedFile kBusinessFile = {"cfg", "vobusiness.cfg"};
+inline constexpr FixedFile kSecurityFile = {"cfg", "vosecurity.cfg"};
+inline constexpr FixedFile kCardlessFile = {"cfg/atm", "CARDLESS_TXN.cfg"};
+inline constexpr char kInfDirectory[] = "inf";  // of files whose names the caller gives
+
+// Builds <home>/<directory>/<name> in path, zeroed first, and opens it. A path that does not fit is
 // cut and does not open.
-bool OpenFixedFile(VoCfgUtil& cfg, char (&path)[kFixedPathSize], const char* directory,
-                   const char* file);
+bool OpenFixedFile(VoCfgUtil& cfg, char (&path)[kFixedPathSize], const FixedFile& file);
 
 // Reads a field of a key into value, cut at its width. Returns false, with value untouched, when
 // the key or the field is missing.

@@ -21,7 +21,7 @@ bool IsYes(const char* value) { return strcasecmp(value, "Yes") == 0; }
 int VoATMUtil::isBadResponsePrintNeeded(const char* instId) {
   VoCfgUtil cfg;
   char path[kFixedPathSize];
-  if (!OpenFixedFile(cfg, path, "cfg", "vobusiness.cfg")) return 0;
+  if (!OpenFixedFile(cfg, path, kBusinessFile)) return 0;
   char key[kKeySize];
   FormatText(key, "%s_BADRSP_RCPT_NEEDED", instId);
   char value[kValueSize];
@@ -33,7 +33,7 @@ int VoATMUtil::isBadResponsePrintNeeded(const char* instId) {
 int VoATMUtil::getUTCFlag() {
   VoCfgUtil cfg;
   char path[kFixedPathSize];
-  if (!OpenFixedFile(cfg, path, "cfg", "vobusiness.cfg")) {
+  if (!OpenFixedFile(cfg, path, kBusinessFile)) {
     dptr->trace(kError, "Error in opening file[ %s ]", path);
     return 0;
   }
@@ -50,7 +50,7 @@ int VoATMUtil::getUTCFlag() {
 int VoATMUtil::getCardlessTrack2Data(const char* opKey, char* track2Data) {
   VoCfgUtil cfg;
   char path[kFixedPathSize];
-  if (!OpenFixedFile(cfg, path, "cfg/atm", "CARDLESS_TXN.cfg")) {
+  if (!OpenFixedFile(cfg, path, kCardlessFile)) {
     dptr->trace(kError, "Error in opening file[ %s ]", path);
     return -1;
   }

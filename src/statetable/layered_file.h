@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+#include "statetable/file_kinds.h"
+
 class VoCfgUtil;
 class VoDebugUtil;
 
@@ -11,14 +13,6 @@ namespace voatm {
 
 // Holds the path of a layered file.
 inline constexpr std::size_t kLayeredPathSize = 251;
-
-// A kind of layered file: its directory below VODIR_HOME, what its names end in, and whether
-// "DEFAULT" is tried last.
-struct FileKind {
-  const char* directory;
-  const char* suffix;
-  bool has_default;
-};
 
 // The scope names, from widest to narrowest, and the fallback name.
 struct Scopes {

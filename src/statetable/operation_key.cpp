@@ -9,17 +9,11 @@
 
 using namespace voatm;
 
-namespace {
-
-constexpr FileKind kOperationKeys = {"cfg/atm/statetable/opkey", "opk.cfg", false};
-
-}  // namespace
-
 int VoATMUtil::LoadTxnCode(const char* keyPart1, const char* keyPart2, char* txnCode, char* amount,
                            char* currCode, char* printerFlag, char* txnReqFlag, const char* s1,
                            const char* s2, const char* s3, const char* fallback) {
   VoCfgUtil cfg;
-  LayeredFile file(kOperationKeys, {s1, s2, s3, fallback});
+  LayeredFile file(kFileKinds[kOperationKeys], {s1, s2, s3, fallback});
   if (!file.OpenFirst(cfg)) {
     dptr->trace(kError, "Failed to open file [ %s ]", file.path());
     return -1;

@@ -11,10 +11,8 @@ using namespace voatm;
 
 namespace {
 
-constexpr FileKind kResponseStates = {"cfg/atm/statetable/resptable", "resp.cfg", false};
-
 bool OpenGoodResponseFile(VoDebugUtil* trace, VoCfgUtil& cfg, const Scopes& scopes) {
-  LayeredFile file(kResponseStates, scopes);
+  LayeredFile file(kFileKinds[kResponseStates], scopes);
   while (file.Next()) {
     if (file.OpenCurrent(cfg)) return true;
     // Intended: the third miss is not traced.
@@ -56,7 +54,7 @@ int VoATMUtil::LoadBadResponseState(const char* keyPart1, const char* keyPart2, 
                                     char* screenNo, const char* s1, const char* s2, const char* s3,
                                     const char* fallback) {
   VoCfgUtil cfg;
-  if (!OpenLayered(dptr, cfg, kResponseStates, {s1, s2, s3, fallback})) return -1;
+  if (!OpenLayered(dptr, cfg, kFileKinds[kResponseStates], {s1, s2, s3, fallback})) return -1;
   char key[kKeySize];
   FormatText(key, "BAD_RESPONSE#%s_%s", keyPart1, keyPart2);
   ClearOutput(stateNo);

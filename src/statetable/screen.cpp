@@ -9,7 +9,6 @@ using namespace voatm;
 
 namespace {
 
-constexpr FileKind kScreens = {"cfg/atm/statetable/screen", "screen.cfg", true};
 constexpr char kEmptyScreenKey[] = "ATM_RESERVEDSCREEN#EMPTYSCR";
 
 }  // namespace
@@ -17,7 +16,7 @@ constexpr char kEmptyScreenKey[] = "ATM_RESERVEDSCREEN#EMPTYSCR";
 int VoATMUtil::GetEmptyScreen(const char* s1, const char* s2, const char* s3, char* screenNo,
                               const char* fallback) {
   VoCfgUtil cfg;
-  if (!OpenLayered(dptr, cfg, kScreens, {s1, s2, s3, fallback})) return -1;
+  if (!OpenLayered(dptr, cfg, kFileKinds[kScreens], {s1, s2, s3, fallback})) return -1;
   if (cfg.cfg_search(kEmptyScreenKey, screenNo, 2) < 0) {
     dptr->trace(kInformation, "Search Id [ %s ]", kEmptyScreenKey);
     cfg.cfg_close();

@@ -9,9 +9,11 @@ namespace voatm {
 bool OpenTemplate(VoDebugUtil* trace, VoCfgUtil& cfg, const char* name, int number,
                   const Scopes& scopes) {
   // A name that is cut here makes a path that does not fit.
+  FileKind kind = kFileKinds[kTemplates];
   char suffix[kLayeredPathSize];
-  FormatText(suffix, "%s_%d.oar", name, number);
-  return OpenLayered(trace, cfg, {"cfg/atm/templates", suffix, true}, scopes);
+  FormatText(suffix, "%s_%d%s", name, number, kind.suffix);
+  kind.suffix = suffix;
+  return OpenLayered(trace, cfg, kind, scopes);
 }
 
 bool SearchTemplate(VoDebugUtil* trace, TraceLevel level, VoCfgUtil& cfg, const char* key,

@@ -10,6 +10,7 @@
 #include "common/config_file.h"
 #include "common/text_field.h"
 #include "common/trace.h"
+#include "tables/locate.h"
 #include "voatmutil.h"
 #include "vocfgutil.h"
 #include "vodebugutil.h"
@@ -20,9 +21,6 @@ namespace {
 
 // Opens what exists: with size 0 or no semaphores nothing can be created, but for the queue.
 constexpr int kOpenFlags = IPC_CREAT | 0666;
-constexpr int kChannelKeyDistance = 2;  // from the configured key to VoChannelMgr's queue
-constexpr long kRequestType = 1;
-constexpr std::size_t kLocateBodySize = sizeof(LocateMemoryMsg) - sizeof(long);
 
 // One table: its name, where its ids and its address go, and what is traced when it cannot be had.
 template <typename Record>
@@ -112,7 +110,7 @@ class StartUp {
 
   bool Run() {
     return OpenChannel() &&                                                  //
-           Locate(kAtmMemory) && OpenFile("vobusiness.cfg") &&               //
+           Locate(kAtmMemory) && OpenFile(kBusinessFile) &&                  //
            ReadCount(kMaxAtm) && Attach(kAtmMemory) &&                       //
            Locate(kAtmFit) && ReadCount(kMaxFit) &&                          //
            ReadCount(kMaxAtmProperty) && ReadCount(kMaxAtmStatus) &&         //
@@ -125,7 +123,7 @@ class StartUp {
 
  private:
   bool OpenChannel() {
-    if (!OpenFile("vokernel.cfg") || !Search("CHANNEL#ORGKEY")) return false;
+    if (!OpenFile(kKernelFile) || !Search("CHANNEL#ORGKEY")) return false;
     CloseFile();
     // Unsigned, so that the largest configured key wraps instead of overflowing.
     util_.ChannelQKey =
@@ -136,8 +134,8 @@ class StartUp {
     return false;
   }
 
-  bool OpenFile(const char* file) {
-    if (OpenFixedFile(cfg_, path_, "cfg", file)) return true;
+  bool OpenFile(const FixedFile& file) {
+    if (OpenFixedFile(cfg_, path_, file)) return true;
     util_.dptr->trace(kError, "Error in opening file[ %s ]", path_);
     return false;
   }
@@ -160,7 +158,7 @@ class StartUp {
 
   // Intended: this file is closed for an invalid value too, after the message.
   bool ReadSecurityCount() {
-    if (!OpenFile("vosecurity.cfg") || !Search(kMaxSecurity.key)) return false;
+    if (!OpenFile(kSecurityFile) || !Search(kMaxSecurity.key)) return false;
     const bool stored = StoreCount(kMaxSecurity);
     cfg_.cfg_close();
     return stored;
@@ -183,7 +181,7 @@ class StartUp {
 
   bool AskForKey(const char* name, int& key) {
     LocateMemoryMsg message = {};
-    message.MessageType = kRequestType;
+    message.MessageType = kLocateRequestType;
     SetText(message.MemoryName, name);
     message.RequestCode = LOCATE_MEMORY;
     message.ProcessId = getpid();

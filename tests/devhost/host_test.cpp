@@ -157,7 +157,8 @@ class LocateTest : public testing::Test {
 
 TEST_F(LocateTest, AnswersRequests) {
   int key = home_.key_base() + 10;
-  for (const auto& table : kRecordTables) EXPECT_EQ(Locate(table.name), key++) << table.name;
+  for (const auto& table : records::kRecordTables)
+    EXPECT_EQ(Locate(table.name), key++) << table.name;
   const Texts unknown = Words(" ATMMEMOR ATMMEMORY2 atmmemory " + std::string(104, 'A'));
   for (const std::string& name : unknown) EXPECT_EQ(Locate(name), -1) << name;
 }

@@ -9,14 +9,14 @@
 
 namespace {
 
-using devhost::kRecordTables;
-using devhost::RecordTable;
+using records::kRecordTables;
+using records::RecordTable;
 
 // The fields stand in order and without overlap, and a record's bytes are theirs but for padding.
 TEST(RecordFields, CoverTheirRecord) {
-  for (const RecordTable& table : kRecordTables) {
+  for (const records::RecordTable& table : records::kRecordTables) {
     std::size_t end = 0;
-    for (const devhost::RecordField& field : table) {
+    for (const records::RecordField& field : table) {
       EXPECT_LT(field.offset - end, sizeof(int)) << table.name << " " << field.name;
       end = field.offset + field.size;
     }
@@ -30,12 +30,13 @@ class SeedTest : public FileTest {
   int SeedRows(std::string given) {
     std::replace(given.begin(), given.end(), '|', '\n');
     const std::string name = given.substr(0, given.find(' '));
-    const auto named = [&](const RecordTable& each) { return each.short_name == name; };
-    const auto table = std::find_if(kRecordTables.begin(), kRecordTables.end(), named);
+    const auto named = [&](const records::RecordTable& each) { return each.short_name == name; };
+    const auto table =
+        std::find_if(records::kRecordTables.begin(), records::kRecordTables.end(), named);
     home_.Write("in", given.substr(name.size()));
     std::vector<char> records(table->record_size * 3, '#');
     try {
-      const int rows = Seed(*table, home_.path() + "/in", records.data(), 3);
+      const int rows = devhost::Seed(*table, home_.path() + "/in", records.data(), 3);
       std::copy_n(records.begin(), 36, Out(0));
       return rows;
     } catch (const std::runtime_error& error) {
@@ -95,8 +96,8 @@ fit [|{] => -1 <- parse error at line 2, column 2 ~/in>
 fit => -1 <- parse error at line 1, column 1 ~/in>
 )",
              [this](const std::string& given) { return SeedRows(given); });
-  EXPECT_EQ(Seed(kRecordTables[5], "/absent", nullptr, 3), 0);
-  EXPECT_THROW(Seed(kRecordTables[5], "/", nullptr, 3), std::runtime_error);
+  EXPECT_EQ(devhost::Seed(records::kRecordTables[5], "/absent", nullptr, 3), 0);
+  EXPECT_THROW(devhost::Seed(records::kRecordTables[5], "/", nullptr, 3), std::runtime_error);
 }
 
 }  // namespace

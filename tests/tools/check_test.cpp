@@ -5,7 +5,7 @@
 
 #include "support/random_cases.h"
 #include "support/served_home.h"
-#include "tools/voatm/configuration_entries.h"
+#include "tools/voatm/home/configuration_entries.h"
 #include "tools/voatm_output.h"
 #include "vocfgutil.h"
 

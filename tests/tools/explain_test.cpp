@@ -4,7 +4,7 @@
 #include "support/random_cases.h"
 #include "support/served_home.h"
 #include "support/trace_recorder.h"
-#include "tools/voatm/explain_core.h"
+#include "tools/voatm/ask/explain_core.h"
 
 namespace {
 

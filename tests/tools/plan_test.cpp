@@ -1,6 +1,6 @@
 #include "support/driver_test.h"
 #include "support/random_cases.h"
-#include "tools/voatm/cash_plan.h"
+#include "tools/voatm/ask/cash_plan.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include "devhost/host.h"
 #include "support/child.h"
 #include "support/served_home.h"
-#include "tools/voatm/process.h"
+#include "tools/voatm/look/process.h"
 #include "tools/voatm_output.h"
 #include "voatmutil.h"
 
@@ -55,7 +55,7 @@ TEST_F(VoatmTest, ServingWhatWasDumpedGivesTheSameBytes) {
   const TestHome copy;
   WriteStartUpFiles(copy, home_.key_base() + 16 * 128, {});  // far from others of this process
   std::vector<char*> served;
-  for (const devhost::RecordTable& record : devhost::kRecordTables) {
+  for (const records::RecordTable& record : records::kRecordTables) {
     served.push_back(Attach(Key(static_cast<int>(served.size()))));
     for (std::size_t slot = 0; slot < 3; ++slot) {  // a free slot with remains, then two records
       char* place = served.back() + slot * record.record_size;

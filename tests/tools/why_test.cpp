@@ -6,7 +6,7 @@
 #include <regex>
 #include <set>
 
-#include "tools/voatm/why_catalogue.h"
+#include "tools/voatm/ask/why_catalogue.h"
 
 namespace {
 

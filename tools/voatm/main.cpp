@@ -1,65 +1,149 @@
-// voatm: the operator's command.
+// voatm: the operator's command. The one file that knows the library which takes command lines
+// apart.
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
-#include <stdexcept>
+#include <memory>
 #include <string>
+#include <vector>
 
-#include "output.h"
-#include "verbs.h"
+#include "show/output.h"
+#include "verbs/verbs.h"
 
 namespace {
 
 constexpr const char* kFooter =
     "It hangs: tables, locks. It answers wrongly: explain, show, check. It does not pay: plan.\n"
     "It left a trace: why. Only serve and locks release write anything.\n\n"
-    "Exit status: 0 yes or fine, 1 no or findings, 2 cannot run.\n\n"
+    "Exit status: 0 yes or fine, 1 no or findings, 2 could not look.\n\n"
     "Example:\n  voatm tables --home examples/home";
 
-// Adds a verb, below another one when its name has two words.
-CLI::App* AddApp(CLI::App* voatm, const Verb& verb) {
-  const std::string name = verb.name;
-  const std::size_t blank = name.find(' ');
-  if (blank == std::string::npos) return voatm->add_subcommand(name, verb.summary);
-  CLI::App* parent = voatm->get_subcommand(name.substr(0, blank));
-  return parent->add_subcommand(name.substr(blank + 1), verb.summary);
-}
+// A verb as the parser sees it.
+class ParsedVerb {
+ public:
+  // `above` is the verb whose name is the first word of this one's, or none.
+  ParsedVerb(CLI::App* voatm, ParsedVerb* above, const Verb& verb)
+      : verb_(verb), above_(above), action_(verb.declare(&options_)) {
+    const std::string name = verb.name;
+    CLI::App* const parent = above != nullptr ? above->app_ : voatm;
+    app_ = parent->add_subcommand(name.substr(name.find(' ') + 1), verb.summary);
+    app_->group(verb.for_operators ? "Verbs" : "");
+    app_->footer(verb.Manual() + "\n\nExample:\n  " + verb.example);
+    values_.resize(options_.rows().size());
+    for (std::size_t i = 0; i < values_.size(); ++i) AddOption(options_.rows()[i], &values_[i]);
+  }
+  ParsedVerb(const ParsedVerb&) = delete;
+  ParsedVerb& operator=(const ParsedVerb&) = delete;
 
-void AddVerb(CLI::App* voatm, const Verb& verb, ExitCode* exit_code) {
-  CLI::App* added = AddApp(voatm, verb);
-  added->group("Verbs");
-  added->footer(ManualText(verb) + "\n\nExample:\n  " + verb.example);
-  const Action action = verb.declare(added);
-  added->callback([added, action, exit_code] {
-    const bool is_parent = !added->get_subcommands().empty();  // a verb below it has run
-    if (!is_parent) *exit_code = action();
-  });
+  const char* name() const { return verb_.name; }
+
+  // Whether the command line ends with this verb.
+  bool IsMeant() const { return app_->parsed() && app_->get_subcommands().empty(); }
+
+  ExitCode Run() const {
+    if (above_ != nullptr) above_->HandDownTo(options_);
+    Take(options_);
+    return action_();
+  }
+
+ private:
+  struct Value {
+    CLI::Option* option = nullptr;
+    std::vector<std::string> texts;
+    bool set = false;
+  };
+
+  void AddOption(const OptionRow& row, Value* value) {
+    if (row.IsFlag()) {
+      value->option = app_->add_flag(row.name, value->set, row.about);
+      return;
+    }
+    value->option = app_->add_option(row.name, value->texts, row.about)
+                        ->required(row.required)
+                        ->type_name(row.type);
+    if (row.values != OptionRow::kAnyNumber) {
+      value->option->expected(row.values)->allow_extra_args(false);
+    }
+    if (row.environment != nullptr) value->option->envname(row.environment);
+  }
+
+  void Take(const OptionList& options) const {
+    for (std::size_t i = 0; i < values_.size(); ++i) {
+      if (values_[i].option->count() > 0) options.rows()[i].take(values_[i].texts);
+    }
+  }
+
+  // What stands before the second word of a verb counts as what stands behind it.
+  void HandDownTo(const OptionList& below) const {
+    for (std::size_t i = 0; i < values_.size(); ++i) {
+      if (values_[i].option->count() == 0) continue;
+      const OptionRow* const row = below.Find(options_.rows()[i].name);
+      if (row == nullptr) throw UsageError(options_.rows()[i].name + " is of no use here");
+      row->take(values_[i].texts);
+    }
+  }
+
+  const Verb& verb_;
+  ParsedVerb* above_;
+  OptionList options_;
+  Action action_;
+  CLI::App* app_;
+  std::vector<Value> values_;
+};
+
+using ParsedVerbs = std::vector<std::unique_ptr<ParsedVerb>>;
+
+ParsedVerbs AddVerbs(CLI::App* voatm) {
+  ParsedVerbs added;
+  for (const Verb* verb : kVerbs) {
+    const std::string name = verb->name;
+    const std::size_t blank = name.find(' ');
+    ParsedVerb* above = nullptr;
+    for (const auto& other : added) {
+      if (blank != std::string::npos && name.substr(0, blank) == other->name()) above = other.get();
+    }
+    added.push_back(std::make_unique<ParsedVerb>(voatm, above, *verb));
+  }
+  return added;
 }
 
 // The verb whose usage was wrong knows more than voatm itself.
-std::string FailureMessage(const CLI::App* app, const CLI::Error& error) {
+ExitCode RefuseUsage(const CLI::App* app, const std::string& cause) {
   std::string command = app->get_name();
   while (!app->get_subcommands().empty()) {
     app = app->get_subcommands().front();
     command += " " + app->get_name();
   }
-  return std::string("voatm: ") + error.what() + "; see " + command + " --help\n";
+  Say(cause + "; see " + command + " --help");
+  return kCannotRun;
 }
 
-int Run(int argc, char** argv) {
-  CLI::App voatm("Says what the ATM drivers' shared tables and configuration hold, and why.",
-                 "voatm");
+ExitCode Run(CLI::App* voatm, const ParsedVerbs& verbs, int argc, char** argv) {
+  try {
+    voatm->parse(argc, argv);
+    for (const auto& verb : verbs) {
+      if (verb->IsMeant()) return verb->Run();
+    }
+    throw UsageError("a verb is required");
+  } catch (const CLI::CallForHelp&) {
+    std::printf("%s", voatm->help().c_str());
+  } catch (const CLI::CallForVersion& version) {
+    std::printf("%s\n", version.what());
+  } catch (const CLI::ParseError& error) {
+    return RefuseUsage(voatm, error.what());
+  } catch (const UsageError& error) {
+    return RefuseUsage(voatm, error.what());
+  }
+  return kDone;
+}
+
+int RunAndFlush(int argc, char** argv) {
+  CLI::App voatm(kSummary, "voatm");
   voatm.set_version_flag("--version", "voatm " VOATM_VERSION);
   voatm.get_formatter()->label("SUBCOMMAND", "VERB");
-  voatm.failure_message(FailureMessage);
   voatm.footer(kFooter);
-  ExitCode exit_code = kDone;
-  for (const Verb* verb : kVerbs) AddVerb(&voatm, *verb, &exit_code);
-  try {
-    voatm.parse(argc, argv);
-    if (voatm.get_subcommands().empty()) throw CLI::RequiredError("A verb");
-  } catch (const CLI::ParseError& error) {
-    return voatm.exit(error) == kDone ? kDone : kCannotRun;
-  }
+  const ParsedVerbs verbs = AddVerbs(&voatm);
+  const ExitCode exit_code = Run(&voatm, verbs, argc, argv);
   FlushOutput();
   return exit_code;
 }
@@ -68,7 +152,7 @@ int Run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   try {
-    return Run(argc, argv);
+    return RunAndFlush(argc, argv);
   } catch (const std::exception& error) {
     Say(error.what());
     return kCannotRun;

@@ -4,51 +4,51 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <stdexcept>
+#include <vector>
 
 namespace {
 
-const devhost::RecordTable& TableNamed(const std::string& name) {
+const records::RecordTable& TableNamed(const std::string& name) {
   const auto* const found =
-      std::find_if(devhost::kRecordTables.begin(), devhost::kRecordTables.end(),
-                   [&](const devhost::RecordTable& table) {
+      std::find_if(records::kRecordTables.begin(), records::kRecordTables.end(),
+                   [&](const records::RecordTable& table) {
                      return strcasecmp(name.c_str(), table.name) == 0 ||
                             strcasecmp(name.c_str(), table.short_name) == 0;
                    });
-  if (found != devhost::kRecordTables.end()) return *found;
+  if (found != records::kRecordTables.end()) return *found;
   std::string known;
-  for (const devhost::RecordTable& table : devhost::kRecordTables) {
+  for (const records::RecordTable& table : records::kRecordTables) {
     known += std::string(known.empty() ? "" : ", ") + table.short_name + " (" + table.name + ")";
   }
-  throw CLI::ValidationError("no table \"" + name + "\"; there are " + known);
+  throw UsageError("no table \"" + name + "\"; there are " + known);
 }
 
 }  // namespace
 
-void AddHomeOption(CLI::App* verb, std::string* home) {
-  verb->add_option("--home", *home, "The configuration tree, with cfg/ and tables/")
-      ->envname("VODIR_HOME")
-      ->type_name("DIR");
+std::string Verb::Manual() const {
+  return description + (choices == nullptr ? "" : "\n\n" + choices());
 }
 
-void AddDataOptions(CLI::App* verb, DataOptions* options) {
-  AddHomeOption(verb, &options->home);
-  verb->add_flag("--json", options->json, "Print JSON");
+void AddHomeOption(OptionList* options, std::string* home) {
+  options->Text("--home", "DIR", home, "The configuration tree, with cfg/ and tables/")
+      .environment = "VODIR_HOME";
 }
 
-void AddTableArgument(CLI::App* verb, const devhost::RecordTable** table) {
+void AddDataOptions(OptionList* options, DataOptions* data) {
+  AddHomeOption(options, &data->home);
+  options->Flag("--json", &data->json, "Print JSON");
+}
+
+void AddTableArgument(OptionList* options, const records::RecordTable** table) {
   std::string names;
-  for (const devhost::RecordTable& each : devhost::kRecordTables) {
+  for (const records::RecordTable& each : records::kRecordTables) {
     names += (names.empty() ? "{" : ",") + std::string(each.short_name);
   }
-  verb->add_option_function<std::string>(
-          "TABLE", [table](const std::string& name) { *table = &TableNamed(name); },
-          "The table's short name; its name in traces will do")
-      ->type_name(names + "}")
-      ->required();
-}
-
-std::string ManualText(const Verb& verb) {
-  return verb.description + (verb.choices == nullptr ? "" : "\n\n" + verb.choices());
+  options
+      ->Add({"TABLE", names + "}", "The table's short name; its name in traces will do",
+             [table](const auto& values) { *table = &TableNamed(values.front()); }})
+      .Required();
 }
 
 void RequireHome(const std::string& home) {

@@ -1,0 +1,34 @@
+// What System V calls leave to their callers, and how a failed one is said.
+#ifndef DEVHOST_SYSTEM_CALL_H
+#define DEVHOST_SYSTEM_CALL_H
+
+#include <sys/sem.h>
+#include <sys/types.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace devhost {
+
+// "No such file or directory: cannot open x": the error's text, then what failed.
+std::runtime_error SystemError(int error, const std::string& failed);
+
+// semctl's fourth argument, whose declaration the system leaves to the caller.
+union SemaphoreArgument {
+  int value;
+  semid_ds* state;
+  unsigned short* values;
+  struct seminfo* limits;
+};
+
+constexpr int kAtRest = 2;  // units of a slot's semaphore that nobody holds; a holder takes all
+
+// The most semaphores of a set (SEMMSL of kernel.sem). Throws std::runtime_error.
+int MostSemaphoresOfASet();
+
+// Whether there is a process, be it another user's.
+bool ProcessExists(pid_t id);
+
+}  // namespace devhost
+
+#endif  // DEVHOST_SYSTEM_CALL_H

@@ -1,0 +1,322 @@
+#include "home/check_configuration.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <map>
+#include <regex>
+#include <set>
+#include <stdexcept>
+#include <tuple>
+#include <utility>
+
+#include "common/config_file.h"
+#include "devhost/system_call.h"
+#include "home/configuration_entries.h"
+#include "statetable/layered_file.h"
+#include "vocfgutil.h"
+
+namespace {
+
+constexpr std::size_t kLongestKey = voatm::kKeySize - 1;
+constexpr std::size_t kLongestFixedPath = voatm::kFixedPathSize - 1;
+constexpr std::size_t kLongestLayeredPath = voatm::kLayeredPathSize - 1;
+constexpr std::size_t kShownText = 40;  // characters of a value that a finding quotes
+
+struct FaultText {
+  const char* rule;
+  const char* text;
+};
+
+// In the order of EntryFault.
+constexpr FaultText kFaultTexts[] = {
+    {nullptr, nullptr},
+    {"unclosed-quote", "the quote that begins here is not closed; the entry is unreadable"},
+    {"text-after-quote", "text straight after a closing quote makes the entry unreadable"},
+    {"field-too-long", "more than 150 characters make the entry unreadable"},
+    {"nul-character", "a NUL cuts off what follows it"},
+    {"open-header", "a group header without ] hides the entries below it"},
+    {"header-too-long", "a group name of more than 150 characters hides the entries below it"},
+};
+
+bool Matches(const char* pattern, const std::string& text) {
+  static std::map<std::string, std::regex> compiled;
+  const auto entry = compiled.find(pattern);
+  const std::regex& expression =
+      entry != compiled.end() ? entry->second : compiled.emplace(pattern, pattern).first->second;
+  return std::regex_match(text, expression);
+}
+
+bool EndsIn(const std::string& text, const std::string& end) {
+  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+std::string Below(const std::string& directory, const std::string& name) {
+  std::string path = directory;
+  path += '/';
+  path += name;
+  return path;
+}
+
+std::string Quoted(const std::string& text) {
+  return '"' + text.substr(0, kShownText) + (text.size() > kShownText ? "...\"" : "\"");
+}
+
+// The pattern of a key's last part.
+const char* ItemPattern(const char* key_pattern) {
+  const std::string pattern = key_pattern;
+  const std::size_t separator = pattern.rfind('#');
+  return separator == std::string::npos ? key_pattern : key_pattern + separator + 1;
+}
+
+// The check of one file.
+class FileCheck {
+ public:
+  FileCheck(const FileKind& kind, std::string path, ConfigurationReport& report)
+      : kind_(kind), path_(std::move(path)), report_(report) {}
+
+  void Run() {
+    const std::size_t longest =
+        kind_.place == Place::kFixed ? kLongestFixedPath : kLongestLayeredPath;
+    if (path_.size() > longest) {
+      Report(1, 1, Severity::kError, "path-too-long",
+             "a path of more than " + std::to_string(longest) + " characters does not open");
+      return;
+    }
+    if (VoCfgUtil().cfg_open(path_.c_str()) < 0) {
+      Report(1, 1, Severity::kError, "unreadable-file", "does not open as a file");
+      return;
+    }
+    report_.files.push_back(path_);
+    std::ifstream stream(path_);
+    const std::string text = {std::istreambuf_iterator<char>(stream), {}};
+    for (const ConfigurationEntry& entry : ReadEntries(text)) CheckEntry(entry);
+    for (const KeyKind& key : kind_.keys) CheckPresence(key);
+  }
+
+ private:
+  // Where and how a key was first said.
+  struct Saying {
+    std::size_t line;
+    std::string group;
+  };
+
+  void Report(std::size_t line, std::size_t column, Severity severity, const char* rule,
+              std::string text) {
+    report_.findings.push_back({path_, line, column, severity, std::move(text), rule});
+  }
+
+  void CheckEntry(const ConfigurationEntry& entry) {
+    if (kind_.scope == Scope::kGroupsOnly && !entry.is_header) return;
+    if (entry.fault != EntryFault::kNone) {
+      const FaultText& fault = kFaultTexts[static_cast<std::size_t>(entry.fault)];
+      Report(entry.line, entry.fault_column, Severity::kError, fault.rule, fault.text);
+    }
+    if (entry.is_header || entry.key.empty()) return;
+    said_.insert(entry.key);
+    if (entry.hidden) return;
+    const auto [first, added] = sayings_.emplace(entry.key, Saying{entry.line, entry.group});
+    if (!added) {
+      ReportRepetition(entry, first->second);
+    } else if (entry.readable()) {
+      CheckKey(entry);
+    }
+  }
+
+  void ReportRepetition(const ConfigurationEntry& entry, const Saying& first) {
+    const std::string line = std::to_string(first.line);
+    if (entry.group == first.group) {
+      Report(entry.line, entry.column, Severity::kWarning, "duplicate-key",
+             entry.key + " is never read: line " + line + " has it already");
+    } else {
+      Report(entry.line, entry.column, Severity::kWarning, "shadowed-key",
+             entry.key + " is never read: line " + line + " makes the same key of other parts");
+    }
+  }
+
+  void CheckKey(const ConfigurationEntry& entry) {
+    const KeyKind* key = KindOf(entry);
+    if (key == nullptr) return;
+    if (entry.key.size() > kLongestKey) {
+      Report(entry.line, entry.column, Severity::kError, "key-too-long",
+             entry.key + " is never found: keys are cut at 50 characters");
+      return;
+    }
+    CheckCount(*key, entry);
+    const std::size_t most = key->counts.back();
+    for (std::size_t value = 1; value <= most && value < entry.fields.size(); ++value) {
+      CheckValue(key->values[std::min(value, key->values.size()) - 1], entry, value);
+    }
+  }
+
+  // Returns null, reported where that is a fault, when nothing reads the key.
+  const KeyKind* KindOf(const ConfigurationEntry& entry) {
+    const KeyKind* alike = nullptr;
+    for (const KeyKind& key : kind_.keys) {
+      if (Matches(key.pattern, entry.key)) return &key;
+      if (Matches(ItemPattern(key.pattern), entry.fields.front().text)) alike = &key;
+    }
+    if (alike != nullptr) {
+      Report(entry.line, entry.column, Severity::kWarning, "unread-key",
+             entry.key + " is never read: the key is " + alike->shown);
+    } else if (kind_.scope == Scope::kEveryKey) {
+      Report(entry.line, entry.column, Severity::kWarning, "unread-key",
+             entry.key + " is never read");
+    }
+    return nullptr;
+  }
+
+  void CheckCount(const KeyKind& key, const ConfigurationEntry& entry) {
+    const std::size_t values = entry.fields.size() - 1;
+    const std::string has = entry.key + " has " + std::to_string(values) + " values, ";
+    const std::size_t needed = key.counts.front();
+    if (key.counts.size() > 1) {
+      if (std::find(key.counts.begin(), key.counts.end(), values) != key.counts.end()) return;
+      Report(entry.line, entry.column, Severity::kError, "logic-counts",
+             has + "one a cassette makes " + std::to_string(needed) + " or " +
+                 std::to_string(key.counts.back()));
+    } else if (values < needed) {
+      Report(entry.line, entry.end, Severity::kError, "missing-field",
+             has + "read are " + std::to_string(needed));
+    } else if (values > needed) {
+      Report(entry.line, entry.fields[needed + 1].column, Severity::kWarning, "extra-field",
+             has + "read are " + std::to_string(needed));
+    }
+  }
+
+  void CheckValue(const FieldRules& rules, const ConfigurationEntry& entry, std::size_t value) {
+    const ConfigurationField& field = entry.fields[value];
+    const std::string shown =
+        entry.key + ", value " + std::to_string(value) + " " + Quoted(field.text) + ": ";
+    for (const FieldRule& rule : rules) {
+      if (!Matches(rule.pattern, field.text)) {
+        Report(entry.line, field.column, rule.severity, rule.rule,
+               shown + "expected " + rule.expected);
+        return;
+      }
+      if (IsTooLarge(rule, field.text)) {
+        const bool slots = rule.largest == Largest::kSemaphoresOfASet;
+        Report(entry.line, field.column, Severity::kError,
+               slots ? "above-semmsl" : "number-too-large",
+               shown + "the largest is " + std::to_string(LargestOf(rule)) +
+                   (slots ? ", the semaphores of a set (SEMMSL)" : ""));
+        return;
+      }
+    }
+  }
+
+  static long LargestOf(const FieldRule& rule) {
+    return rule.largest == Largest::kSemaphoresOfASet ? devhost::MostSemaphoresOfASet()
+                                                      : std::numeric_limits<int>::max();
+  }
+
+  static bool IsTooLarge(const FieldRule& rule, const std::string& text) {
+    // A text of many digits ends as LONG_MAX.
+    return rule.largest != Largest::kNoNumber &&
+           std::strtol(text.c_str(), nullptr, 10) > LargestOf(rule);
+  }
+
+  void CheckPresence(const KeyKind& key) {
+    if (key.need == Need::kNone || said_.count(key.pattern) > 0) return;
+    Report(1, 1, key.need == Need::kRequired ? Severity::kError : Severity::kWarning, "missing-key",
+           std::string(key.shown) + " is missing");
+  }
+
+  const FileKind& kind_;
+  std::string path_;
+  ConfigurationReport& report_;
+  std::map<std::string, Saying> sayings_;
+  std::set<std::string> said_;  // hidden ones included, so that one fault is reported once
+};
+
+// The check of a tree.
+class HomeCheck {
+ public:
+  explicit HomeCheck(std::string home) : home_(std::move(home)) {}
+
+  ConfigurationReport Run() {
+    for (const char* directory : {"cfg", "inf"}) Walk(directory);
+    for (const FileKind& kind : FileKinds()) {
+      if (kind.need != Need::kRequired || seen_.count(&kind) > 0) continue;
+      Report(std::string(kind.directory) + "/" + kind.shown, Severity::kError, "missing-file",
+             "drivers need it to start");
+    }
+    std::sort(report_.files.begin(), report_.files.end());
+    std::sort(report_.findings.begin(), report_.findings.end(),
+              [](const ConfigurationFinding& a, const ConfigurationFinding& b) {
+                return std::tie(a.path, a.line, a.column, a.text) <
+                       std::tie(b.path, b.line, b.column, b.text);
+              });
+    return std::move(report_);
+  }
+
+ private:
+  void Report(const std::string& file, Severity severity, const char* rule, std::string text) {
+    report_.findings.push_back({home_ + "/" + file, 1, 1, severity, std::move(text), rule});
+  }
+
+  void Walk(const std::string& directory) {
+    namespace fs = std::filesystem;
+    const std::string path = home_ + "/" + directory;
+    std::error_code error;
+    if (!fs::is_directory(path, error)) return;
+    const std::string folder = fs::canonical(path, error);
+    if (!walking_.insert(folder).second) return;  // a link back to where we come from
+    const fs::directory_iterator entries(path, error);
+    if (error) {
+      Report(directory, Severity::kError, "unreadable-file", "does not open: " + error.message());
+    }
+    for (const fs::directory_entry& entry : entries) {
+      const std::string name = entry.path().filename();
+      const bool is_directory = entry.is_directory(error);
+      if (!CheckKnown(directory, name, is_directory) && !is_directory) {
+        CheckStray(directory, name);
+      }
+      if (is_directory) Walk(Below(directory, name));
+    }
+    walking_.erase(folder);
+  }
+
+  // Returns whether the name is one that is opened there.
+  bool CheckKnown(const std::string& directory, const std::string& name, bool is_directory) {
+    for (const FileKind& kind : FileKinds()) {
+      const bool folder_of_any_file = is_directory && kind.scope == Scope::kGroupsOnly;
+      if (directory != kind.directory || folder_of_any_file || !Matches(kind.pattern, name)) {
+        continue;
+      }
+      seen_.insert(&kind);
+      FileCheck(kind, Below(home_, Below(directory, name)), report_).Run();
+      return true;
+    }
+    return false;
+  }
+
+  void CheckStray(const std::string& directory, const std::string& name) {
+    for (const FileKind& kind : FileKinds()) {
+      if (kind.suffix == nullptr) continue;
+      const std::string file = Below(directory, name);
+      if (directory == kind.directory && kind.place == Place::kLayered) {
+        Report(file, Severity::kWarning, "unopened-file",
+               std::string("no scope opens it: names here are ") + kind.shown);
+        return;
+      }
+      if (directory != kind.directory && EndsIn(name, kind.suffix)) {
+        Report(file, Severity::kWarning, "unopened-file",
+               std::string("no scope opens it here: its folder is ") + kind.directory);
+        return;
+      }
+    }
+  }
+
+  std::string home_;
+  ConfigurationReport report_;
+  std::set<const FileKind*> seen_;
+  std::set<std::string> walking_;  // folders
+};
+
+}  // namespace
+
+ConfigurationReport CheckConfiguration(const std::string& home) { return HomeCheck(home).Run(); }

@@ -1,0 +1,104 @@
+#include "look/process.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <optional>
+#include <sstream>
+
+#include "devhost/system_call.h"
+
+namespace {
+
+// In a process's "stat" between its state and its number of threads; its start is the second
+// behind.
+constexpr int kFieldsBeforeThreads = 16;
+
+// The semaphore set's time has whole seconds, and the two clocks are read one after the other.
+constexpr double kClockMargin = 2;
+
+struct Stat {
+  char state;
+  long threads;
+  double started;  // seconds of the system's clock
+};
+
+std::string ReadFile(pid_t id, const char* name) {
+  std::ifstream file("/proc/" + std::to_string(id) + "/" + name);
+  std::ostringstream text;
+  text << file.rdbuf();  // which throws nothing when the process ends meanwhile
+  return text.str();
+}
+
+double Now(clockid_t clock) {
+  timespec time{};
+  clock_gettime(clock, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+std::optional<Stat> ReadStat(pid_t id) {
+  const std::string text = ReadFile(id, "stat");
+  const std::size_t command_end = text.rfind(')');  // the command itself may hold one
+  if (command_end == std::string::npos) return std::nullopt;
+  std::istringstream fields(text.substr(command_end + 1));
+  Stat stat{};
+  std::string skipped;
+  fields >> stat.state;
+  for (int i = 0; i < kFieldsBeforeThreads; ++i) fields >> skipped;
+  double start_ticks = 0;
+  fields >> stat.threads >> skipped >> start_ticks;
+  if (!fields) return std::nullopt;
+  stat.started = Now(CLOCK_REALTIME) - Now(CLOCK_BOOTTIME) +
+                 start_ticks / static_cast<double>(sysconf(_SC_CLK_TCK));
+  return stat;
+}
+
+ProcessState StateOf(pid_t id, std::time_t last_change) {
+  if (id <= 0) return ProcessState::kUnknown;
+  if (!devhost::ProcessExists(id)) return ProcessState::kDead;
+  const std::optional<Stat> stat = ReadStat(id);
+  if (!stat.has_value()) return ProcessState::kAlive;
+  if (stat->started > static_cast<double>(last_change) + kClockMargin) {
+    return ProcessState::kReused;
+  }
+  // Other threads outlive a first one that has ended.
+  const bool ended = (stat->state == 'Z' || stat->state == 'X') && stat->threads <= 1;
+  return ended ? ProcessState::kDead : ProcessState::kAlive;
+}
+
+std::string CommandOf(pid_t id) {
+  std::string command = ReadFile(id, "cmdline");
+  while (!command.empty() && command.back() == '\0') command.pop_back();
+  if (command.empty()) command = ReadFile(id, "comm");
+  std::replace_if(
+      command.begin(), command.end(), [](char c) { return c <= ' ' || c > '~'; }, ' ');
+  while (!command.empty() && command.back() == ' ') command.pop_back();
+  return command;
+}
+
+}  // namespace
+
+Process LookAt(pid_t id, std::time_t last_change) {
+  const ProcessState state = StateOf(id, last_change);
+  const bool has_command = state == ProcessState::kAlive || state == ProcessState::kReused;
+  return {id, state, has_command ? CommandOf(id) : ""};
+}
+
+const char* NameOf(ProcessState state) {
+  switch (state) {
+    case ProcessState::kUnknown:
+      return "unknown";
+    case ProcessState::kAlive:
+      return "alive";
+    case ProcessState::kDead:
+      return "dead";
+    case ProcessState::kReused:
+      return "reused";
+  }
+  return "";
+}
+
+bool IsGone(ProcessState state) {
+  return state == ProcessState::kDead || state == ProcessState::kReused;
+}

@@ -1,0 +1,82 @@
+// What a home says about the six tables, what VoChannelMgr says, and what the system holds. Nothing
+// here writes to a table.
+#ifndef TOOLS_VOATM_LOOK_SURVEY_H
+#define TOOLS_VOATM_LOOK_SURVEY_H
+
+#include <sys/types.h>
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "records/record_tables.h"
+
+// A System V object of a table: there, or missing with the reason.
+struct IpcState {
+  int id = -1;
+  int error = 0;  // errno of what failed; 0 when it is there
+
+  bool there() const { return error == 0; }
+};
+
+struct SegmentState : IpcState {
+  std::size_t bytes = 0;
+  unsigned long attached = 0;
+  pid_t creator = 0;
+  uid_t owner = 0;
+};
+
+struct SetState : IpcState {
+  int semaphores = 0;
+};
+
+struct TableState {
+  const records::RecordTable* record;
+  int slots;               // configured
+  std::optional<int> key;  // none: VoChannelMgr does not know the table; then there are no objects
+  SegmentState segment;
+  SetState set;
+
+  // Slots that are configured and lie in the segment as a whole.
+  int ReadableSlots() const;
+
+  // "segment of ATMFITMEMORY, key 71011 (0x11563)", and the same of the set.
+  std::string DescribeSegment() const;
+  std::string DescribeSet() const;
+};
+
+struct Survey {
+  std::string home;
+  int queue_key;
+  std::array<TableState, records::kTableCount> tables;  // in the order of kRecordTables
+
+  const TableState& Of(const records::RecordTable& record) const;
+};
+
+// Throws std::runtime_error when there is no home, a start-up file cannot be used, or VoChannelMgr
+// does not answer.
+Survey SurveyTables(const std::string& home);
+
+// The records of a table, attached for reading only, and read without locks as the lower-case
+// operations do.
+class Records {
+ public:
+  // Throws std::runtime_error when the segment is missing or cannot be attached.
+  explicit Records(const TableState& table);
+  ~Records();
+  Records(const Records&) = delete;
+  Records& operator=(const Records&) = delete;
+
+  int slots() const { return slots_; }
+  const char* operator[](int slot) const {
+    return records_ + static_cast<std::size_t>(slot) * record_size_;
+  }
+
+ private:
+  const char* records_ = nullptr;
+  std::size_t record_size_;
+  int slots_;
+};
+
+#endif  // TOOLS_VOATM_LOOK_SURVEY_H

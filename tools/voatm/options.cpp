@@ -1,0 +1,98 @@
+#include "options.h"
+
+#include <algorithm>
+#include <charconv>
+#include <sstream>
+#include <utility>
+
+namespace {
+
+std::string Braced(const std::vector<std::string>& choices) {
+  std::string type;
+  for (const std::string& choice : choices) type += (type.empty() ? "{" : ",") + choice;
+  return type + "}";
+}
+
+int NumberOf(const std::string& name, const std::string& text, int least, int most) {
+  if (const auto number = ReadNumber(text, least, most)) return *number;
+  throw UsageError(name + " cannot be \"" + text + "\": it takes " + RangeText(least, most));
+}
+
+}  // namespace
+
+std::optional<int> ReadNumber(const std::string& text, int least, int most) {
+  int number = 0;
+  const char* const end = text.data() + text.size();
+  if (text.empty() || text.front() < '0' || text.front() > '9') return std::nullopt;
+  const auto [rest, error] = std::from_chars(text.data(), end, number);
+  const bool whole = error == std::errc() && rest == end;
+  if (!whole || number < least || number > most) return std::nullopt;
+  return number;
+}
+
+std::string RangeText(int least, int most) {
+  if (most == INT_MAX) return "a whole number from " + std::to_string(least);
+  return "a whole number from " + std::to_string(least) + " to " + std::to_string(most);
+}
+
+std::vector<std::string> OptionRow::Choices() const {
+  std::vector<std::string> choices;
+  if (type.empty() || type.front() != '{') return choices;
+  std::istringstream names(type.substr(1, type.find('}') - 1));
+  for (std::string choice; std::getline(names, choice, ',');) choices.push_back(choice);
+  return choices;
+}
+
+OptionRow& OptionList::Add(OptionRow row) {
+  rows_.push_back(std::move(row));
+  return rows_.back();
+}
+
+OptionRow& OptionList::Flag(const std::string& name, bool* value, const std::string& about) {
+  return Add({name, "", about, [value](const auto&) { *value = true; }, 0});
+}
+
+OptionRow& OptionList::Text(const std::string& name, const std::string& type, std::string* value,
+                            const std::string& about) {
+  return Add({name, type, about, [value](const auto& values) { *value = values.front(); }});
+}
+
+OptionRow& OptionList::Text(const std::string& name, const std::string& type,
+                            std::optional<std::string>* value, const std::string& about) {
+  return Add({name, type, about, [value](const auto& values) { *value = values.front(); }});
+}
+
+OptionRow& OptionList::Texts(const std::string& name, const std::string& type, int number,
+                             std::vector<std::string>* values, const std::string& about) {
+  return Add({name, type, about, [values](const auto& given) { *values = given; }, number});
+}
+
+OptionRow& OptionList::Choice(const std::string& name, const std::vector<std::string>& choices,
+                              std::string* value, const std::string& about) {
+  const auto take = [name, choices, value](const std::vector<std::string>& values) {
+    *value = values.front();
+    if (std::find(choices.begin(), choices.end(), *value) != choices.end()) return;
+    throw UsageError(name + " cannot be \"" + *value + "\": it is one of " + Braced(choices));
+  };
+  return Add({name, Braced(choices), about, take});
+}
+
+OptionRow& OptionList::Number(const std::string& name, int least, int most,
+                              std::optional<int>* value, const std::string& about) {
+  return Add({name, "NUMBER", about, [=](const std::vector<std::string>& values) {
+                *value = NumberOf(name, values.front(), least, most);
+              }});
+}
+
+OptionRow& OptionList::Number(const std::string& name, int least, int most, int* value,
+                              const std::string& about) {
+  return Add({name, "NUMBER", about, [=](const std::vector<std::string>& values) {
+                *value = NumberOf(name, values.front(), least, most);
+              }});
+}
+
+const OptionRow* OptionList::Find(const std::string& name) const {
+  const auto row = std::find_if(rows_.begin(), rows_.end(),
+                                [&](const OptionRow& each) { return each.name == name; });
+  return row == rows_.end() ? nullptr : &*row;
+}

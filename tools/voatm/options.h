@@ -1,0 +1,72 @@
+// What a verb takes on the command line, as data: the parser, help, completion and manual pages are
+// made of the same rows.
+#ifndef TOOLS_VOATM_OPTIONS_H
+#define TOOLS_VOATM_OPTIONS_H
+
+#include <climits>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+// The command line is wrong; says how.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// The one reader of numbers that people give, on the command line and in files: decimal digits,
+// leading zeros allowed and without meaning. Nothing for any other text or a number out of range.
+std::optional<int> ReadNumber(const std::string& text, int least = 0, int most = INT_MAX);
+
+// "a whole number from 1 to 8"
+std::string RangeText(int least, int most);
+
+struct OptionRow {
+  static constexpr int kAnyNumber = -1;
+
+  std::string name;  // "--json", or of an argument "TABLE"
+  std::string type;  // of its value: "DIR", "{bash,zsh,fish}"; a flag has none
+  std::string about;
+  std::function<void(const std::vector<std::string>& values)> take;  // may throw UsageError
+  int values = 1;                                                    // or kAnyNumber
+  bool required = false;
+  const char* environment = nullptr;  // the variable that stands in for it
+
+  bool IsFlag() const { return values == 0; }
+  bool IsArgument() const { return name.front() != '-'; }
+  std::vector<std::string> Choices() const;  // of a type in braces
+
+  OptionRow& Required() {
+    required = true;
+    return *this;
+  }
+};
+
+class OptionList {
+ public:
+  OptionRow& Flag(const std::string& name, bool* value, const std::string& about);
+  OptionRow& Text(const std::string& name, const std::string& type, std::string* value,
+                  const std::string& about);
+  OptionRow& Text(const std::string& name, const std::string& type,
+                  std::optional<std::string>* value, const std::string& about);
+  // `number` values, or OptionRow::kAnyNumber.
+  OptionRow& Texts(const std::string& name, const std::string& type, int number,
+                   std::vector<std::string>* values, const std::string& about);
+  OptionRow& Choice(const std::string& name, const std::vector<std::string>& choices,
+                    std::string* value, const std::string& about);
+  OptionRow& Number(const std::string& name, int least, int most, std::optional<int>* value,
+                    const std::string& about);
+  OptionRow& Number(const std::string& name, int least, int most, int* value,
+                    const std::string& about);
+  OptionRow& Add(OptionRow row);
+
+  const std::vector<OptionRow>& rows() const { return rows_; }
+  const OptionRow* Find(const std::string& name) const;
+
+ private:
+  std::vector<OptionRow> rows_;
+};
+
+#endif  // TOOLS_VOATM_OPTIONS_H

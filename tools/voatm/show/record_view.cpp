@@ -1,0 +1,146 @@
+#include "show/record_view.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+namespace {
+
+using records::FieldKind;
+using records::RecordField;
+using records::RecordTable;
+
+constexpr std::size_t kShortestRun = 4;  // that is folded
+
+std::string_view BytesOf(const RecordField& field, const char* record) {
+  return {record + field.offset, field.size};
+}
+
+// The characters before the first NUL.
+std::string_view TextOf(std::string_view bytes) { return bytes.substr(0, bytes.find('\0')); }
+
+std::string_view WithoutZerosAtEnd(std::string_view bytes) {
+  return bytes.substr(0, bytes.find_last_not_of('\0') + 1);
+}
+
+bool IsPrintable(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
+
+std::string HexOf(char byte) {
+  char digits[3];
+  std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned>(byte) & 0xffU);
+  return digits;
+}
+
+std::string HexOf(std::string_view bytes) {
+  std::string hex;
+  for (const char byte : bytes) hex += HexOf(byte);
+  return hex;
+}
+
+std::string FoldedHex(std::string_view bytes) {
+  std::string folded;
+  for (std::size_t i = 0; i < bytes.size();) {
+    const std::size_t end = std::min(bytes.find_first_not_of(bytes[i], i), bytes.size());
+    const std::size_t run = end - i >= kShortestRun ? end - i : 1;
+    folded += (folded.empty() ? "" : " ") + HexOf(bytes[i]);
+    if (run > 1) folded += "*" + std::to_string(run);
+    i += run;
+  }
+  return folded;
+}
+
+std::string Printable(std::string_view text) {
+  std::string printable;
+  for (const char c : text) {
+    if (c == '\\') {
+      printable += "\\\\";
+    } else {
+      printable += IsPrintable({&c, 1}) ? std::string(1, c) : "\\x" + HexOf(c);
+    }
+  }
+  return printable;
+}
+
+int NumberOf(std::string_view bytes) {
+  int number = 0;
+  std::memcpy(&number, bytes.data(), sizeof number);
+  return number;
+}
+
+Json HexJson(std::string_view bytes) { return {{"hex", HexOf(WithoutZerosAtEnd(bytes))}}; }
+
+Json TextJson(std::string_view text) {
+  return IsPrintable(text) ? Json(std::string(text)) : HexJson(text);
+}
+
+Json FieldJson(const RecordField& field, const char* record) {
+  const std::string_view bytes = BytesOf(field, record);
+  switch (field.kind) {
+    case FieldKind::kText:
+    case FieldKind::kCharacter:
+      return TextJson(TextOf(bytes));
+    case FieldKind::kInt32:
+      return NumberOf(bytes);
+    case FieldKind::kBytes:
+      break;
+  }
+  return HexJson(bytes);
+}
+
+}  // namespace
+
+bool IsFree(const RecordTable& table, const char* record) {
+  return TextOf(BytesOf(table.key(), record)) == records::kFreeSlot;
+}
+
+bool IsUnterminated(const RecordField& field, const char* record) {
+  return field.kind == FieldKind::kText && TextOf(BytesOf(field, record)).size() == field.size;
+}
+
+std::string FieldText(const RecordField& field, const char* record) {
+  const std::string_view bytes = BytesOf(field, record);
+  switch (field.kind) {
+    case FieldKind::kText:
+    case FieldKind::kCharacter:
+      return Printable(TextOf(bytes));
+    case FieldKind::kInt32:
+      return std::to_string(NumberOf(bytes));
+    case FieldKind::kBytes:
+      break;
+  }
+  return FoldedHex(bytes);
+}
+
+std::string TailText(const RecordField& field, const char* record) {
+  if (field.kind != FieldKind::kText || IsUnterminated(field, record)) return "";
+  const std::string_view bytes = BytesOf(field, record);
+  const std::string_view tail = bytes.substr(TextOf(bytes).size() + 1);
+  return WithoutZerosAtEnd(tail).empty() ? "" : FoldedHex(tail);
+}
+
+std::string IdText(const RecordTable& table, const char* record) {
+  return IsFree(table, record) ? records::kFreeSlot : FieldText(table.id(), record);
+}
+
+Json RecordJson(const RecordTable& table, const char* record) {
+  Json json = Json::object();
+  for (const RecordField& field : table) json[field.name] = FieldJson(field, record);
+  return json;
+}
+
+Json SeedRow(const RecordTable& table, const char* record) {
+  Json row = Json::object();
+  for (const RecordField& field : table) {
+    const std::string_view bytes = BytesOf(field, record);
+    const std::string_view used = WithoutZerosAtEnd(bytes);
+    const bool whole_text = field.kind != FieldKind::kText ||
+                            (used == TextOf(bytes) && used.size() < field.size && !used.empty());
+    if (!used.empty() || &field == &table.key()) {
+      row[field.name] = whole_text ? FieldJson(field, record) : HexJson(bytes);
+    }
+  }
+  return row;
+}

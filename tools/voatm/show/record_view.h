@@ -1,0 +1,35 @@
+// A record as people read it, as programs read it, and as the development host reads it back.
+#ifndef TOOLS_VOATM_SHOW_RECORD_VIEW_H
+#define TOOLS_VOATM_SHOW_RECORD_VIEW_H
+
+#include <string>
+
+#include "records/record_tables.h"
+#include "show/output.h"
+
+// Whether a slot holds no record.
+bool IsFree(const records::RecordTable& table, const char* record);
+
+// Whether a text fills its field without a NUL.
+bool IsUnterminated(const records::RecordField& field, const char* record);
+
+// A field in few words: a text to its NUL or its end, a character, a number, or bytes in
+// hexadecimal with runs folded ("41 00*32"). Characters that cannot be printed are \xHH.
+std::string FieldText(const records::RecordField& field, const char* record);
+
+// What stands behind the NUL of a text that is not all zero, in hexadecimal; else nothing.
+std::string TailText(const records::RecordField& field, const char* record);
+
+// What people call a record by; "NOTDEFINED" when there is none.
+std::string IdText(const records::RecordTable& table, const char* record);
+
+// All fields by name: a text, a character and a number as such, "" for a zero character, and
+// {"hex": ...} without the zeros at its end for bytes and for what cannot be printed. Nothing
+// behind the NUL of a text.
+Json RecordJson(const records::RecordTable& table, const char* record);
+
+// The record as a row of a seed file, from which the same bytes come back: as RecordJson, but zero
+// fields are left out, and a text with anything behind its NUL, or without one, is {"hex": ...}.
+Json SeedRow(const records::RecordTable& table, const char* record);
+
+#endif  // TOOLS_VOATM_SHOW_RECORD_VIEW_H

@@ -1,0 +1,316 @@
+// voatm plan: what the cassettes pay.
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "ask/cash_plan.h"
+#include "ask/explain_core.h"
+#include "show/output.h"
+#include "verbs/verbs.h"
+#include "vodebugutil.h"
+
+namespace {
+
+constexpr const char* kMembers[] = {"model",     "amount", "currency",
+                                    "max_notes", "logic",  "cassettes"};
+constexpr const char* kModels[] = {"NDC+ATM", "D912ATM"};
+
+struct Options : DataOptions {
+  std::string file;
+  std::optional<std::string> model;
+  std::optional<int> amount;
+  std::optional<int> currency;
+  std::optional<int> max_notes;
+  std::optional<std::string> logic;
+  std::vector<std::string> cassettes;
+  std::string logic_name;
+  std::vector<std::string> scope;
+  std::optional<int> index;
+  std::string sweep;
+};
+
+template <typename T>
+void TakeFrom(const Json& file, const char* name, std::optional<T>* value) {
+  if (!value->has_value() && file.contains(name)) *value = file.at(name).get<T>();
+}
+
+// What the command line does not say, the file may.
+void ReadFile(Options* options) {
+  if (options->file.empty()) return;
+  std::ifstream stream(options->file);
+  if (!stream) throw std::runtime_error(strerror(errno) + (": cannot open " + options->file));
+  try {
+    const Json file = Json::parse(stream);
+    TakeFrom(file, "model", &options->model);
+    TakeFrom(file, "amount", &options->amount);
+    TakeFrom(file, "currency", &options->currency);
+    TakeFrom(file, "max_notes", &options->max_notes);
+    TakeFrom(file, "logic", &options->logic);
+    if (options->cassettes.empty()) file.at("cassettes").get_to(options->cassettes);
+    for (const auto& [name, value] : file.items()) {
+      if (std::find(std::begin(kMembers), std::end(kMembers), name) != std::end(kMembers)) continue;
+      throw std::runtime_error("unknown member \"" + name + "\": " + options->file);
+    }
+  } catch (const Json::exception& error) {
+    const std::string what = error.what();  // "[type and number] cause"
+    throw std::runtime_error(what.substr(what.find(']') + 2) + ": " + options->file);
+  }
+}
+
+template <typename T>
+const T& Required(const std::optional<T>& value, const char* name) {
+  if (!value) throw UsageError(std::string(name) + " is required");
+  return *value;
+}
+
+int PositiveOf(const std::optional<int>& value, const char* name) {
+  if (Required(value, name) > 0) return *value;
+  throw UsageError(std::string(name) + " must be above 0");
+}
+
+CashRequest RequestOf(const Options& options) {
+  CashRequest request;
+  request.model = Required(options.model, "--model");
+  if (request.model != kModels[0] && request.model != kModels[1]) {
+    throw UsageError("--model " + request.model + " is neither NDC+ATM nor D912ATM");
+  }
+  request.currency = Required(options.currency, "--currency");
+  request.max_notes = PositiveOf(options.max_notes, "--max-notes");
+  if (options.cassettes.empty()) throw UsageError("CASSETTE is required");
+  try {
+    SetCassettes(&request, options.cassettes);
+  } catch (const std::invalid_argument& error) {
+    throw UsageError(error.what());
+  }
+  return request;
+}
+
+// The answer of the home's dispense logics for an amount.
+Explanation LookUpLogic(VoATMUtil& util, const Options& options, int amount) {
+  Inputs inputs;
+  inputs["logic"] = options.logic_name;
+  inputs["index"] = std::to_string(options.index.value_or(amount));
+  inputs["model"] = *options.model;
+  const char* const names[] = {"s1", "s2", "s3", "fallback"};
+  for (std::size_t i = 0; i < options.scope.size(); ++i) inputs[names[i]] = options.scope[i];
+  for (const ExplainKind& kind : kExplainFiles) {
+    if (std::string(kind.name) == "displogic") return Explain(util, kind, inputs);
+  }
+  return {};
+}
+
+// Where the configured logic comes from: the home, the command line or the file, or nowhere.
+LogicOf LogicSource(VoATMUtil& util, const Options& options, const CashRequest& request) {
+  if (!options.logic_name.empty()) {
+    return [&](int amount) -> std::optional<std::string> {
+      const Explanation explanation = LookUpLogic(util, options, amount);
+      if (!explanation.disagreement.empty()) throw std::runtime_error(explanation.disagreement);
+      if (!explanation.found) return std::nullopt;
+      return explanation.answer.front().value;
+    };
+  }
+  if (!options.logic) return NoLogic(request);
+  return [logic = *options.logic](int) { return logic; };
+}
+
+void CheckLogicOptions(const Options& options, const CashRequest& request) {
+  if (options.logic && options.logic->size() != 2 * request.positions()) {
+    throw UsageError("--logic " + *options.logic + " has not " +
+                     std::to_string(2 * request.positions()) + " digits");
+  }
+  if (options.logic_name.empty()) return;
+  if (options.logic) throw UsageError("--logic and --logic-name exclude each other");
+  if (options.scope.empty()) throw UsageError("--scope is required");
+  RequireHome(options.home);
+  setenv("VODIR_HOME", options.home.c_str(), 1);
+}
+
+// One amount: what is configured, what is paid instead, and what else could be asked for.
+struct Report {
+  int amount;
+  std::optional<std::string> configured;
+  std::string source;
+  std::string fault;
+  CashOutcome outcome;
+  std::vector<int> nearby;
+};
+
+Report ReportOf(VoATMUtil& util, const Options& options, const CashRequest& request) {
+  const LogicOf logic_of = LogicSource(util, options, request);
+  Report report;
+  report.amount = PositiveOf(options.amount, "--amount");
+  if (options.logic || !options.logic_name.empty()) report.configured = logic_of(report.amount);
+  if (!options.logic_name.empty()) {
+    report.source = LookUpLogic(util, options, report.amount).source;
+  }
+  if (report.configured) report.fault = FaultOf(request, report.amount, *report.configured);
+  report.outcome = Pay(util, request, logic_of, report.amount);
+  report.nearby = PaidNearby(util, request, logic_of, report.amount);
+  return report;
+}
+
+Json ReportJson(const CashRequest& request, const Report& report) {
+  const CashOutcome& outcome = report.outcome;
+  Json json = {{"amount", report.amount},
+               {"configured", nullptr},
+               {"outcome", NameOf(outcome.payment)},
+               {"code", outcome.code},
+               {"meaning", outcome.meaning},
+               {"logic", outcome.logic},
+               {"notes", outcome.logic.empty() ? "" : DescribeLogic(request, outcome.logic)},
+               {"nearby", report.nearby}};
+  if (report.configured) {
+    json["configured"] = {{"logic", *report.configured},
+                          {"notes", DescribeLogic(request, *report.configured)},
+                          {"source", report.source},
+                          {"fault", report.fault}};
+  }
+  return json;
+}
+
+void PrintReport(const CashRequest& request, const Report& report) {
+  const CashOutcome& outcome = report.outcome;
+  if (report.configured) {
+    const std::string from = report.source.empty() ? "" : ", " + report.source;
+    std::printf("configured  %s: %s%s\n", report.configured->c_str(),
+                DescribeLogic(request, *report.configured).c_str(), from.c_str());
+    if (!report.fault.empty()) std::printf("            %s\n", report.fault.c_str());
+  }
+  if (outcome.code == 0 && !outcome.logic.empty()) {
+    std::printf("%s  %s: %s\n",
+                report.configured && report.fault.empty() ? "dispensed " : "planned   ",
+                outcome.logic.c_str(), DescribeLogic(request, outcome.logic).c_str());
+  }
+  const bool paid = outcome.payment == Payment::kPaid;
+  const std::string name = NameOf(outcome.payment);
+  const std::string code = outcome.code == 0 ? "" : ", code " + std::to_string(outcome.code);
+  const std::string why = outcome.meaning.empty() ? "" : ": " + outcome.meaning;
+  std::printf("outcome     %s%s%s\n", (paid ? name : Alarm(name)).c_str(), code.c_str(),
+              why.c_str());
+  std::string nearby;
+  for (const int amount : report.nearby) nearby += " " + std::to_string(amount);
+  std::printf("in full    %s\n", nearby.empty() ? " nothing near by" : nearby.c_str());
+}
+
+struct Range {
+  int from;
+  int to;
+  int step = 1;
+};
+
+Range RangeOf(const std::string& text) {
+  Range range{};
+  std::istringstream stream(text);
+  char colon = '\0';
+  stream >> range.from >> colon >> range.to;
+  range.step = 1;
+  bool good = stream && colon == ':';
+  if (good && stream.peek() != EOF) good = stream >> colon >> range.step && colon == ':';
+  const bool ascends = range.from > 0 && range.from <= range.to && range.step > 0;
+  if (good && stream.peek() == EOF && ascends) return range;
+  throw UsageError("--sweep " + text + " is not like 10:500:10");
+}
+
+Json SweepJson(const std::vector<SweepRun>& runs, int amounts, int unpaid) {
+  Json rows = Json::array();
+  for (const SweepRun& run : runs) {
+    rows.push_back({{"from", run.from},
+                    {"to", run.to},
+                    {"amounts", run.amounts},
+                    {"paid", run.paid},
+                    {"configured", run.configured},
+                    {"planned", run.planned}});
+  }
+  return {{"amounts", amounts}, {"unpaid", unpaid}, {"runs", rows}};
+}
+
+ExitCode SweepAndPrint(VoATMUtil& util, const Options& options, const CashRequest& request) {
+  const Range range = RangeOf(options.sweep);
+  const std::vector<SweepRun> runs =
+      Sweep(util, request, LogicSource(util, options, request), range.from, range.to, range.step);
+  int amounts = 0;
+  int unpaid = 0;
+  const bool any_logic = options.logic || !options.logic_name.empty();
+  TextTable table(
+      {{"FROM", true}, {"TO", true}, {"AMOUNTS", true}, {"PAID"}, {"CONFIGURED"}, {"PLANNED"}});
+  for (const SweepRun& run : runs) {
+    amounts += run.amounts;
+    unpaid += run.paid ? 0 : run.amounts;
+    table.AddRow({std::to_string(run.from), std::to_string(run.to), std::to_string(run.amounts),
+                  run.paid ? "yes" : "no", any_logic ? run.configured : "-", run.planned},
+                 !run.paid);
+  }
+  if (options.json) {
+    PrintJson(SweepJson(runs, amounts, unpaid));
+  } else {
+    table.Print();
+  }
+  Say(std::to_string(unpaid) + " of " + std::to_string(amounts) + " amounts are not paid in full");
+  return unpaid == 0 ? kDone : kFindings;
+}
+
+ExitCode Plan(Options options) {
+  ReadFile(&options);
+  const CashRequest request = RequestOf(options);
+  CheckLogicOptions(options, request);
+  VoDebugUtil trace;
+  trace.to_callback([](void*, int, const char*) {}, nullptr);
+  VoATMUtil util;
+  util.dptr = &trace;
+  if (!options.sweep.empty()) return SweepAndPrint(util, options, request);
+  const Report report = ReportOf(util, options, request);
+  if (options.json) {
+    PrintJson(ReportJson(request, report));
+  } else {
+    PrintReport(request, report);
+  }
+  return report.outcome.payment == Payment::kPaid ? kDone : kFindings;
+}
+
+Action DeclarePlan(OptionList* list) {
+  const auto options = std::make_shared<Options>();
+  list->Texts("CASSETTE", "", OptionRow::kAnyNumber, &options->cassettes,
+              "A:20:978:Y: letter, face value, currency, status; @ is outside the logic");
+  list->Text("--model", "MODEL", &options->model, "NDC+ATM (cassettes A to D) or D912ATM (A to H)");
+  list->Number("--amount", 1, INT_MAX, &options->amount, "In whole currency units");
+  list->Number("--currency", 0, INT_MAX, &options->currency, "Numeric currency code");
+  list->Number("--max-notes", 1, INT_MAX, &options->max_notes, "The most notes of one dispense");
+  list->Text("--logic", "LOGIC", &options->logic, "The configured logic: two digits a cassette");
+  list->Text("--logic-name", "NAME", &options->logic_name,
+             "Look the configured logic up in the home");
+  list->Texts("--scope", "NAME", 4, &options->scope, "Its scopes: three names, then the fallback");
+  list->Number("--index", 0, INT_MAX, &options->index,
+               "Its amount index, if that is not the amount");
+  list->Text("--sweep", "FROM:TO[:STEP]", &options->sweep, "Try every amount of a range");
+  list->Text("--file", "FILE", &options->file, "JSON with what the command line leaves out");
+  AddDataOptions(list, options.get());
+  return [options] { return Plan(*options); };
+}
+
+}  // namespace
+
+const Verb kPlan = {
+    "plan", "Say what an ATM's cassettes pay",
+    "Asks the library what it would dispense: the configured logic when it gives the amount, or a\n"
+    "new plan. A logic that the library returns need not add up to the amount; that is said. With\n"
+    "--sweep, amounts of a range that fare alike are one row: CONFIGURED is what the configured\n"
+    "logic does, PLANNED what a new plan does. With --logic-name an amount without a logic (none)\n"
+    "is not paid, as the driver has nothing to ask with; without a logic at all every amount is\n"
+    "planned. A cassette's status is Y for usable, N for not, @ for outside the logic.\n\n"
+    "The file is JSON: {model, amount, currency, max_notes, logic, cassettes: [text]}.\n\n"
+    "Exit status: 1 when an amount is not paid in full.\n\n"
+    "JSON: {amount, configured: {logic, notes, source, fault} or null, outcome, code, meaning,\n"
+    "logic, notes, nearby: [amount]}; with --sweep {amounts, unpaid, runs: [{from, to, amounts,\n"
+    "paid, configured, planned}]}.",
+    "voatm plan --model NDC+ATM --amount 30 --currency 978 --max-notes 40 A:20:978:Y B:50:978:Y",
+    DeclarePlan};

@@ -1,0 +1,30 @@
+// The command table: every verb of `voatm`, in the order of the help.
+#ifndef TOOLS_VOATM_VERBS_VERBS_H
+#define TOOLS_VOATM_VERBS_VERBS_H
+
+#include "verb.h"
+
+extern const Verb kServe;
+extern const Verb kTables;
+extern const Verb kList;
+extern const Verb kShow;
+extern const Verb kDump;
+extern const Verb kLocks;
+extern const Verb kLocksRelease;
+extern const Verb kCheck;
+extern const Verb kExplain;
+extern const Verb kPlan;
+extern const Verb kWhy;
+extern const Verb kCompletion;
+extern const Verb kManual;
+
+inline constexpr char kSummary[] =
+    "Says what the ATM drivers' shared tables and configuration hold, and why.";
+
+// A verb below another stands behind it.
+inline constexpr const Verb* kVerbs[] = {
+    &kServe, &kTables,  &kList, &kShow, &kDump,       &kLocks,  &kLocksRelease,
+    &kCheck, &kExplain, &kPlan, &kWhy,  &kCompletion, &kManual,
+};
+
+#endif  // TOOLS_VOATM_VERBS_VERBS_H
