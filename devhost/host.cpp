@@ -32,22 +32,15 @@ void CheckSetSize(const records::RecordTable& record, int slots) {
                            " (SEMMSL of kernel.sem)");
 }
 
-std::vector<char> FreeSlots(const records::RecordTable& record, int slots) {
-  std::vector<char> image(static_cast<std::size_t>(slots) * record.record_size);
-  for (std::size_t at = record.key().offset; at < image.size(); at += record.record_size) {
-    std::memcpy(&image[at], records::kFreeSlot, std::strlen(records::kFreeSlot));
-  }
-  return image;
-}
-
 }  // namespace
 
-Host::Host(const std::string& home, bool replace) : settings_(ReadSettings(home)) {
+Host::Host(const std::string& home, const HostOptions& options)
+    : options_(options), stop_(options.exit_with), settings_(ReadSettings(home)) {
   const Images images = LoadTables(home);
-  ClearTheWay(replace);
+  ClearTheWay();
   // The queue comes first: a driver that starts in between would create it. Its request waits there
   // until all is filled.
-  objects_.emplace_back(IpcKind::kQueue, kQueueOwner, settings_.queue_key, 0);
+  Create(IpcKind::kQueue, kQueueOwner, settings_.queue_key, 0);
   for (std::size_t i = 0; i < records::kTableCount; ++i) CreateTable(tables_[i], images[i]);
 }
 
@@ -57,22 +50,23 @@ Host::Images Host::LoadTables(const std::string& home) {
     const records::RecordTable& record = records::kRecordTables[i];
     const auto [key, slots] = settings_.tables[i];
     CheckSetSize(record, slots);
-    images[i] = FreeSlots(record, slots);
-    const int rows = Seed(record, home + "/tables/" + record.seed_file, images[i].data(), slots);
+    TableImage image = ReadSeed(record, home + "/tables/" + record.seed_file, slots);
+    images[i] = std::move(image.records);
     images[i].resize(
         std::max<std::size_t>(images[i].size(), 1));  // the system has no empty segment
-    tables_.push_back({&record, key, slots, rows, images[i].size()});
+    tables_.push_back(
+        {&record, key, slots, image.rows, images[i].size(), image.file, image.has_file});
   }
   return images;
 }
 
-void Host::ClearTheWay(bool replace) const {
+void Host::ClearTheWay() const {
   std::string existing;
   const auto clear = [&](IpcKind kind, const char* owner, int key) {
     const int id = FindIpc(kind, key);
     if (id < 0) return;
     const std::string object = DescribeIpc(kind, owner, key) + ", id " + std::to_string(id);
-    if (!replace) {
+    if (!options_.replace) {
       existing += "\n  " + object;
     } else if (!RemoveIpc(kind, id)) {
       const int error = errno;
@@ -88,9 +82,13 @@ void Host::ClearTheWay(bool replace) const {
     throw std::runtime_error("objects exist already and were not to be replaced:" + existing);
 }
 
+int Host::Create(IpcKind kind, const char* owner, int key, std::size_t size) {
+  return objects_.emplace_back(kind, owner, key, size, options_.mode).id();
+}
+
 void Host::CreateTable(const Table& table, const std::vector<char>& image) {
   const char* name = table.record->name;
-  const int segment = objects_.emplace_back(IpcKind::kSegment, name, table.key, image.size()).id();
+  const int segment = Create(IpcKind::kSegment, name, table.key, image.size());
   void* records = shmat(segment, nullptr, 0);
   if (reinterpret_cast<std::intptr_t>(records) == -1) {
     const int error = errno;
@@ -101,7 +99,7 @@ void Host::CreateTable(const Table& table, const std::vector<char>& image) {
   shmdt(records);
 
   const auto count = static_cast<std::size_t>(std::max(table.slots, 1));
-  const int set = objects_.emplace_back(IpcKind::kSemaphoreSet, name, table.key, count).id();
+  const int set = Create(IpcKind::kSemaphoreSet, name, table.key, count);
   std::vector<unsigned short> units(count, kAtRest);
   SemaphoreArgument argument{};
   argument.values = units.data();

@@ -61,8 +61,8 @@ bool RemoveIpc(IpcKind kind, int id) {
   return false;
 }
 
-IpcObject::IpcObject(IpcKind kind, const std::string& owner, key_t key, std::size_t size)
-    : kind_(kind), id_(GetIpc(kind, key, size, IPC_CREAT | IPC_EXCL | 0666)) {
+IpcObject::IpcObject(IpcKind kind, const std::string& owner, key_t key, std::size_t size, int mode)
+    : kind_(kind), id_(GetIpc(kind, key, size, IPC_CREAT | IPC_EXCL | mode)) {
   if (id_ != kNoId) return;
   const std::string cause = std::strerror(errno);
   throw std::runtime_error(cause + ": cannot create the " + DescribeIpc(kind, owner, key));

@@ -20,12 +20,13 @@ int FindIpc(IpcKind kind, key_t key);
 // Removes an object. Returns false with errno set when it cannot be removed.
 bool RemoveIpc(IpcKind kind, int id);
 
-// Owns one object, readable and writable by all, from its creation to its removal.
+// Owns one object from its creation to its removal.
 class IpcObject {
  public:
-  // Creates an object that must not exist yet. `size` is a segment's bytes or a set's semaphores; a
-  // queue has none. Throws std::runtime_error that names the object and the system's error.
-  IpcObject(IpcKind kind, const std::string& owner, key_t key, std::size_t size);
+  // Creates an object that must not exist yet, with the rights `mode`. `size` is a segment's bytes
+  // or a set's semaphores; a queue has none. Throws std::runtime_error that names the object and
+  // the system's error.
+  IpcObject(IpcKind kind, const std::string& owner, key_t key, std::size_t size, int mode);
   ~IpcObject();
   IpcObject(IpcObject&& other) noexcept;
   IpcObject(const IpcObject&) = delete;

@@ -14,18 +14,33 @@
 #ifndef DEVHOST_SEED_H
 #define DEVHOST_SEED_H
 
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "records/record_tables.h"
 
 namespace devhost {
 
-// Writes the rows of the file at `path` into `records`, which has `slots` records of the table;
-// slots without a row stay as they are. Returns the number of rows, 0 when there is no such file.
-// Throws std::runtime_error with cause, file, line, row (from 1) and field for anything that is not
-// as above: an unknown or repeated member, a value that does not fit its field, a row without its
-// key text, a slot given twice or off the table.
-int Seed(const records::RecordTable& table, const std::string& path, char* records, int slots);
+// A table in memory of its own.
+struct TableImage {
+  std::string file;       // that the rows are from
+  bool has_file = false;  // whether there is such a file; without it no slot has a row
+  int rows = 0;           // in the file
+  int slots = 0;
+  std::vector<char> records;  // as many as slots; without a row "NOTDEFINED"
+};
+
+// Reads the rows of the file at `path` into a table with `slots` slots, or when none are given with
+// as many as the rows need. Throws std::runtime_error with cause, file, line and column, or row
+// (from 1) and field, for anything that is not as above: an unknown or repeated member, a value
+// that does not fit its field, a row without its key text, a slot given twice or off the table.
+TableImage ReadSeed(const records::RecordTable& table, const std::string& path,
+                    std::optional<int> slots = std::nullopt);
+
+// The file of a table's rows: `from` itself, or where it is a directory the table's own file in it,
+// in its tables/ when it has one. Throws std::runtime_error when there is nothing at `from`.
+std::string SeedPath(const records::RecordTable& table, const std::string& from);
 
 }  // namespace devhost
 

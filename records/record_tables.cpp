@@ -1,5 +1,6 @@
 #include "records/record_tables.h"
 
+#include <algorithm>
 #include <iterator>
 #include <type_traits>
 
@@ -121,5 +122,11 @@ const std::array<RecordTable, kTableCount> kRecordTables = {{
 
 #undef TABLE
 #undef DRIVER_MEMBERS
+
+const RecordField* RecordTable::Find(const std::string& field) const {
+  const auto* const found =
+      std::find_if(begin(), end(), [&](const RecordField& each) { return field == each.name; });
+  return found == end() ? nullptr : found;
+}
 
 }  // namespace records

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
 
 #include "voatmutil.h"
 
@@ -52,6 +53,7 @@ struct RecordTable {
 
   const RecordField* begin() const { return fields; }
   const RecordField* end() const { return fields + field_count; }
+  const RecordField* Find(const std::string& field) const;  // null when there is none of the name
   const RecordField& key() const { return fields[key_field]; }
   const RecordField& id() const { return fields[0]; }  // what people call a record by
 };

@@ -55,7 +55,7 @@ void ServedHome::StartHost() {
   if (pipe(ready) != 0) throw std::runtime_error("cannot open a pipe");
   host_ = Start(SIGTERM, [&] {
     close(ready[0]);
-    devhost::Host host(path_, false);
+    devhost::Host host(path_);
     host.Serve([&] {
       if (write(ready[1], "r", 1) != 1) host.Stop();
       close(ready[1]);

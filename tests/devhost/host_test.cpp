@@ -38,7 +38,7 @@ class HostTest : public FileTest {
   // Creates a host and counts its objects, or traces why it failed.
   int Create(bool replace, const std::function<void()>& serve_until = nullptr) {
     try {
-      Host host(home_.path(), replace);
+      Host host(home_.path(), {replace});
       if (serve_until) host.Serve(serve_until);
       return static_cast<int>(Objects().size());
     } catch (const std::runtime_error& error) {
@@ -52,7 +52,7 @@ class HostTest : public FileTest {
 
 TEST_F(HostTest, CreatesFilledTables) {
   home_.Write("tables/atm_status.json", R"([{"Slot": 1, "StatusCode": "A", "StatusKind": "S"}])");
-  const Host host(home_.path(), false);
+  const Host host(home_.path());
   EXPECT_EQ(Objects().size(), 13U);
   EXPECT_EQ(host.tables()[5].rows, 1);
   void* records = shmat(FindIpc(IpcKind::kSegment, origin_ + 15), nullptr, SHM_RDONLY);
@@ -121,10 +121,22 @@ TEST_F(HostTest, RemovesItsObjectsHoweverItEnds) {
     EXPECT_TRUE(Objects().empty());
     return home_.Read("done");
   };
-  EXPECT_EQ(served_until([] { kill(getpid(), SIGTERM); }), "12");
-  EXPECT_EQ(served_until([] { kill(getpid(), SIGINT); }), "12");
+  for (const int signal : {SIGTERM, SIGINT, SIGQUIT, SIGHUP}) {
+    EXPECT_EQ(served_until([=] { kill(getpid(), signal); }), "12") << signal;
+  }
   const auto remove_queue = [this] { RemoveIpc(IpcKind::kQueue, Objects()[0].second); };
   EXPECT_EQ(served_until(remove_queue).find("-1 <- somebody else removed the queue of VoCh"), 0U);
+}
+
+TEST_F(HostTest, LeavesAnIgnoredHangupToItself) {
+  Child child([this] {
+    (void)std::signal(SIGHUP, SIG_IGN);
+    const Host host(home_.path());
+    kill(getpid(), SIGHUP);
+    sigset_t pending;
+    return sigpending(&pending) + sigismember(&pending, SIGHUP);
+  });
+  EXPECT_EQ(child.Wait(), 0) << "it waits to stop the host";
 }
 
 // A host that answers in a process of its own.

@@ -1,7 +1,7 @@
 #include "devhost/seed.h"
 
 #include <algorithm>
-#include <regex>
+#include <optional>
 #include <stdexcept>
 #include <vector>
 
@@ -26,22 +26,21 @@ TEST(RecordFields, CoverTheirRecord) {
 
 class SeedTest : public FileTest {
  protected:
-  // Seeds three slots from "table rows", with '|' for a newline, and shows their first 36 bytes.
-  int SeedRows(std::string given) {
+  // Reads "table rows", with '|' for a newline, into `slots` and shows their first 36 bytes.
+  int SeedRows(std::string given, std::optional<int> slots = 3) {
     std::replace(given.begin(), given.end(), '|', '\n');
     const std::string name = given.substr(0, given.find(' '));
     const auto named = [&](const records::RecordTable& each) { return each.short_name == name; };
     const auto table =
         std::find_if(records::kRecordTables.begin(), records::kRecordTables.end(), named);
     home_.Write("in", given.substr(name.size()));
-    std::vector<char> records(table->record_size * 3, '#');
     try {
-      const int rows = devhost::Seed(*table, home_.path() + "/in", records.data(), 3);
-      std::copy_n(records.begin(), 36, Out(0));
-      return rows;
+      const devhost::TableImage image = devhost::ReadSeed(*table, home_.path() + "/in", slots);
+      EXPECT_EQ(image.records.size(), static_cast<std::size_t>(image.slots) * table->record_size);
+      std::copy_n(image.records.begin(), std::min<std::size_t>(image.records.size(), 36), Out(0));
+      return image.rows;
     } catch (const std::runtime_error& error) {
-      const std::regex parser(": syntax error .*: ");  // its words vary
-      trace.debug()->trace("%s", std::regex_replace(error.what(), parser, " ").c_str());
+      trace.debug()->trace("%s", error.what());
       return -1;
     }
   }
@@ -49,14 +48,15 @@ class SeedTest : public FileTest {
 
 TEST_F(SeedTest, WritesRowsOrRefusesThemWithTheirPlace) {
   ExpectDone(R"(
-status [] => 0
-status // why|[{"StatusCode": "A1", "StatusKind": "S"}] => 1 [A1.........S]
+status [] => 0 [NOTDEFINED..NOTDEFINED..NOTDEFINED..]
+status // why|[{"StatusCode": "A1", "StatusKind": "S"}] 
+  => 1 [A1.........SNOTDEFINED..NOTDEFINED..]
 status [{"StatusCode": "A1"}, {"Slot": 2, "StatusCode": "C3"}]
-  => 2 [A1..........############C3..........]
+  => 2 [A1..........NOTDEFINED..C3..........]
 status [{"Slot": 1, "StatusCode": "B"}, {"StatusCode": "C"}, {"Slot": 0, "StatusCode": "A"}]
   => 3 [A...........B...........C...........]
 status [{"StatusCode": {"hex": "4142434445464748494a4B"}, "StatusKind": {"hex": "5A"}}]
-  => 1 [ABCDEFGHIJKZ]
+  => 1 [ABCDEFGHIJKZNOTDEFINED..NOTDEFINED..]
 property [{"InstTerminalGroup": "*", "RecordId": 1684234849}]
   => 1 [abcd*...............................]
 status [{"StatusCode": "A"},|{"StatusCode": "B",|"Kind": 1}]
@@ -91,13 +91,37 @@ fit [{"FitId": ""}] => -1 <- no key text FitId: ~/in:1, row 1>
 fit [{"FitId": "A",|"FitId": "B"}] => -1 <- member "FitId" given twice: ~/in:1, row 1>
 fit [{"FitId": {"hex": "41", "hex": "42"}}] => -1 <- member "hex" given twice: ~/in:1, row 1>
 fit [|7|] => -1 <- a row must be an object: ~/in:2, row 1>
-fit {} => -1 <- not an array of objects: ~/in>
-fit [|{] => -1 <- parse error at line 2, column 2 ~/in>
-fit => -1 <- parse error at line 1, column 1 ~/in>
+fit [|[{}]] => -1 <- a row must be an object: ~/in:2, row 1>
+fit {} => -1 <- not an array of objects: ~/in:1, column 2>
+fit 7 => -1 <- not an array of objects: ~/in:1, column 2>
+fit [| {"A": nil}] => -1 <- not JSON from "i" on: ~/in:2, column 9>
+fit [|{] => -1 <- not JSON from "]" on: ~/in:2, column 2>
+fit [{"A":| 1e999}] => -1 <- a number that is too large: ~/in:2, column 7>
+fit [|{"FitId": "A"}, => -1 <- the text ends too early: ~/in:2, column 15>
+fit => -1 <- the text ends too early: ~/in:1, column 1>
 )",
              [this](const std::string& given) { return SeedRows(given); });
-  EXPECT_EQ(devhost::Seed(records::kRecordTables[5], "/absent", nullptr, 3), 0);
-  EXPECT_THROW(devhost::Seed(records::kRecordTables[5], "/", nullptr, 3), std::runtime_error);
+  EXPECT_THROW(devhost::ReadSeed(kRecordTables[5], "/", 3), std::runtime_error);
+}
+
+TEST_F(SeedTest, TakesAsManySlotsAsTheRowsNeed) {
+  const auto seed = [this](const std::string& rows) { return Done(SeedRows(rows, std::nullopt)); };
+  EXPECT_EQ(seed("status []"), "0");
+  EXPECT_EQ(seed(R"(status [{"Slot": 1, "StatusCode": "B"}, {"Slot": 0, "StatusCode": "A"}])"),
+            "2 [A...........B...........]");
+  EXPECT_EQ(seed(R"(status [{"Slot": 2147483647}])").find("-1 <- no slot 2147483647, SEMMSL of "),
+            0U);
+}
+
+TEST_F(SeedTest, FindsATablesFileInAHomeInADirectoryOrByName) {
+  const RecordTable& status = kRecordTables[5];
+  const std::string home = home_.path();
+  EXPECT_EQ(devhost::SeedPath(status, home), home + "/atm_status.json");
+  EXPECT_FALSE(devhost::ReadSeed(status, home + "/atm_status.json").has_file);
+  home_.Write("tables/dump", "[]");
+  EXPECT_EQ(devhost::SeedPath(status, home), home + "/tables/atm_status.json");
+  EXPECT_EQ(devhost::SeedPath(status, home + "/tables/dump"), home + "/tables/dump");
+  EXPECT_THROW(devhost::SeedPath(status, home + "/none"), std::runtime_error);
 }
 
 }  // namespace

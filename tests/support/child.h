@@ -30,6 +30,8 @@ class Child {
     Wait();
   }
 
+  pid_t id() const { return pid_; }
+
   // Returns what the function returned, or 0 when it was killed.
   int Wait() {
     int status = 0;

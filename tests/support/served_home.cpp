@@ -25,7 +25,7 @@ int NextKeyBase() {
 [[noreturn]] void RunHost(const std::string& path, int ready) {
   prctl(PR_SET_PDEATHSIG, SIGTERM);
   try {
-    devhost::Host host(path, false);
+    devhost::Host host(path);
     host.Serve([&] {
       if (write(ready, "r", 1) != 1) _exit(1);
     });

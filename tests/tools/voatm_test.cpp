@@ -66,7 +66,7 @@ TEST_F(VoatmTest, ServingWhatWasDumpedGivesTheSameBytes) {
     const std::string dump = std::string("dump ") + record.name + " --home " + home_.path();
     copy.Write(std::string("tables/") + record.seed_file, Voatm(dump).text);
   }
-  const devhost::Host host(copy.path(), false);
+  const devhost::Host host(copy.path());
   for (std::size_t table = 0; table < served.size(); ++table) {
     const devhost::Host::Table& again = host.tables()[table];
     EXPECT_EQ(memcmp(served[table], Attach(again.key), again.bytes), 0) << table;
