@@ -24,9 +24,10 @@ bool UseColor() {
 }
 
 // A byte that is no UTF-8 is replaced: the configuration and the tables may hold any.
+constexpr auto kReplaced = Json::error_handler_t::replace;
+
 void PrintJsonIn(const Json& json, int indent) {
-  const auto replaced = Json::error_handler_t::replace;
-  std::printf("%s\n", json.dump(indent, ' ', false, replaced).c_str());
+  std::printf("%s\n", json.dump(indent, ' ', false, kReplaced).c_str());
 }
 
 }  // namespace
@@ -52,6 +53,23 @@ std::string Readable(std::string_view text) {
 void PrintJson(const Json& json) { PrintJsonIn(json, kIndent); }
 
 void PrintJsonLine(const Json& json) { PrintJsonIn(json, kOneLine); }
+
+JsonList::JsonList(const Json& head) {
+  std::string opening = "[";
+  if (!head.is_null()) {
+    opening = head.dump();
+    opening.replace(opening.size() - 1, 1, ",\"rows\":[");
+    end_ = "]}";
+  }
+  std::printf("%s", opening.c_str());
+}
+
+void JsonList::Add(const Json& item) {
+  std::printf("%s\n  %s", separator_, item.dump(-1, ' ', false, kReplaced).c_str());
+  separator_ = ",";
+}
+
+void JsonList::Close() { std::printf("%s%s\n", *separator_ == '\0' ? "" : "\n", end_); }
 
 void Say(const std::string& text) {
   std::fflush(stdout);

@@ -24,6 +24,19 @@ std::string Readable(std::string_view text);
 void PrintJson(const Json& json);
 void PrintJsonLine(const Json& json);
 
+// Prints an array of JSON values, a line each, one after the other, so that none is kept. It is the
+// last member, "rows", of the object `head`, or stands alone without one.
+class JsonList {
+ public:
+  explicit JsonList(const Json& head = {});
+  void Add(const Json& item);
+  void Close();
+
+ private:
+  const char* separator_ = "";
+  const char* end_ = "]";
+};
+
 // Says something beside the data, on standard error, behind the data so far.
 void Say(const std::string& text);
 

@@ -1,7 +1,6 @@
 #include "show/record_view.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <string_view>
 
@@ -28,15 +27,14 @@ bool IsPrintable(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
 }
 
-std::string HexOf(char byte) {
-  char digits[3];
-  std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned>(byte) & 0xffU);
-  return digits;
-}
-
 std::string HexOf(std::string_view bytes) {
+  static constexpr char kDigits[] = "0123456789abcdef";
   std::string hex;
-  for (const char byte : bytes) hex += HexOf(byte);
+  hex.reserve(2 * bytes.size());
+  for (const char byte : bytes) {
+    hex += kDigits[static_cast<unsigned char>(byte) / 16];
+    hex += kDigits[static_cast<unsigned char>(byte) % 16];
+  }
   return hex;
 }
 
@@ -45,7 +43,7 @@ std::string FoldedHex(std::string_view bytes) {
   for (std::size_t i = 0; i < bytes.size();) {
     const std::size_t end = std::min(bytes.find_first_not_of(bytes[i], i), bytes.size());
     const std::size_t run = end - i >= kShortestRun ? end - i : 1;
-    folded += (folded.empty() ? "" : " ") + HexOf(bytes[i]);
+    folded += (folded.empty() ? "" : " ") + HexOf(bytes.substr(i, 1));
     if (run > 1) folded += "*" + std::to_string(run);
     i += run;
   }
@@ -54,11 +52,12 @@ std::string FoldedHex(std::string_view bytes) {
 
 std::string Printable(std::string_view text) {
   std::string printable;
-  for (const char c : text) {
-    if (c == '\\') {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const std::string_view c = text.substr(i, 1);
+    if (c == "\\") {
       printable += "\\\\";
     } else {
-      printable += IsPrintable({&c, 1}) ? std::string(1, c) : "\\x" + HexOf(c);
+      printable += IsPrintable(c) ? std::string(c) : "\\x" + HexOf(c);
     }
   }
   return printable;
@@ -114,6 +113,11 @@ std::string FieldText(const RecordField& field, const char* record) {
   return FoldedHex(bytes);
 }
 
+std::string MarkedText(const RecordField& field, const char* record, const std::string& quote) {
+  const bool marked = IsUnterminated(field, record);
+  return quote + FieldText(field, record) + quote + (marked ? " (unterminated)" : "");
+}
+
 std::string TailText(const RecordField& field, const char* record) {
   if (field.kind != FieldKind::kText || IsUnterminated(field, record)) return "";
   const std::string_view bytes = BytesOf(field, record);
@@ -129,6 +133,21 @@ Json RecordJson(const RecordTable& table, const char* record) {
   Json json = Json::object();
   for (const RecordField& field : table) json[field.name] = FieldJson(field, record);
   return json;
+}
+
+Json SlotsJson(const RecordTable& table, int slots, bool complete) {
+  return {{"table", table.name}, {"slots", slots}, {"complete", complete}};
+}
+
+Json SlotJson(const RecordTable& table, int slot, const char* record) {
+  Json unterminated = Json::array();
+  for (const RecordField& field : table) {
+    if (IsUnterminated(field, record)) unterminated.push_back(field.name);
+  }
+  return {{"slot", slot},
+          {"free", IsFree(table, record)},
+          {"unterminated", std::move(unterminated)},
+          {"record", RecordJson(table, record)}};
 }
 
 Json SeedRow(const RecordTable& table, const char* record) {

@@ -17,6 +17,10 @@ bool IsUnterminated(const records::RecordField& field, const char* record);
 // hexadecimal with runs folded ("41 00*32"). Characters that cannot be printed are \xHH.
 std::string FieldText(const records::RecordField& field, const char* record);
 
+// The field's text, between two of `quote`, marked when it is unterminated.
+std::string MarkedText(const records::RecordField& field, const char* record,
+                       const std::string& quote = "");
+
 // What stands behind the NUL of a text that is not all zero, in hexadecimal; else nothing.
 std::string TailText(const records::RecordField& field, const char* record);
 
@@ -27,6 +31,12 @@ std::string IdText(const records::RecordTable& table, const char* record);
 // {"hex": ...} without the zeros at its end for bytes and for what cannot be printed. Nothing
 // behind the NUL of a text.
 Json RecordJson(const records::RecordTable& table, const char* record);
+
+// What a list of a table's slots begins with: {table, slots, complete}.
+Json SlotsJson(const records::RecordTable& table, int slots, bool complete);
+
+// A slot: {slot, free, unterminated: [field...], record}.
+Json SlotJson(const records::RecordTable& table, int slot, const char* record);
 
 // The record as a row of a seed file, from which the same bytes come back: as RecordJson, but zero
 // fields are left out, and a text with anything behind its NUL, or without one, is {"hex": ...}.

@@ -1,0 +1,34 @@
+// The records of a table that drivers use now, for the verbs that show them.
+#ifndef TOOLS_VOATM_LOOK_TABLE_READER_H
+#define TOOLS_VOATM_LOOK_TABLE_READER_H
+
+#include <string>
+#include <vector>
+
+#include "look/survey.h"
+
+class TableReader {
+ public:
+  // Throws std::runtime_error when the table's segment cannot be attached.
+  TableReader(const std::string& home, const records::RecordTable& table);
+
+  const records::RecordTable& table() const { return *state_.record; }
+  int slots() const { return state_.slots; }  // configured
+  int readable() const { return records_.slots(); }
+  bool complete() const { return readable() == slots(); }
+
+  // "only 2 of 8 slots lie in the segment ...", for a table that is not complete.
+  std::string Shortage() const;
+
+  // A copy of a readable slot, for what a driver writes meanwhile must not change while it is
+  // shown. It lasts until the next call.
+  const char* Read(int slot);
+
+ private:
+  Survey survey_;
+  const TableState& state_;
+  Records records_;
+  std::vector<char> copy_;
+};
+
+#endif  // TOOLS_VOATM_LOOK_TABLE_READER_H

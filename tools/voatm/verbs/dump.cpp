@@ -1,0 +1,67 @@
+// voatm dump: a table as a seed file.
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "look/table_reader.h"
+#include "show/output.h"
+#include "show/record_view.h"
+#include "verbs/verbs.h"
+
+namespace {
+
+using records::RecordTable;
+
+struct Options : DataOptions {
+  const RecordTable* table = nullptr;
+};
+
+// Whether a slot is as the development host creates it, so that no row is needed for it.
+bool IsUntouched(const RecordTable& table, const char* record) {
+  std::string fresh(table.record_size, '\0');
+  fresh.replace(table.key().offset, std::strlen(records::kFreeSlot), records::kFreeSlot);
+  return std::memcmp(fresh.data(), record, fresh.size()) == 0;
+}
+
+ExitCode Dump(const Options& options) {
+  TableReader table(options.home, *options.table);
+  JsonList list;
+  int next = 0;  // the slot of a row that does not say its own
+  for (int slot = 0; slot < table.readable(); ++slot) {
+    const char* record = table.Read(slot);
+    if (IsUntouched(*options.table, record)) continue;
+    Json row = Json::object();
+    if (slot != next) row["Slot"] = slot;
+    row.update(SeedRow(*options.table, record));
+    list.Add(row);
+    next = slot + 1;
+  }
+  if (table.complete()) {
+    list.Close();
+    return kDone;
+  }
+  // Without its end nobody takes it for the table.
+  std::printf("\n// %s\n", table.Shortage().c_str());
+  Say(table.Shortage());
+  return kFindings;
+}
+
+Action Declare(OptionList* list) {
+  const auto options = std::make_shared<Options>();
+  AddTableArgument(list, &options->table);
+  AddDataOptions(list, options.get());
+  return [options] { return Dump(*options); };
+}
+
+}  // namespace
+
+const Verb kDump = {
+    "dump", "Write the records of a table as voatm serve reads them",
+    "Writes a seed file for tables/ of a home. Serving it gives the same table, byte for\n"
+    "byte: also the bytes behind a security id, so keep it as secret as the table.\n\n"
+    "Exit status: 1 when configured slots lie behind the end of the segment; the file then ends\n"
+    "before its ], so that voatm serve refuses it.\n\n"
+    "JSON, with --json or without: [{Slot, field: value}], a Slot where the row is not in the\n"
+    "slot behind the row before; a value is {hex} when JSON text would not hold its bytes.",
+    "voatm dump fit --home examples/home > atm_fit.json", Declare};

@@ -1,0 +1,135 @@
+// voatm list: the records of a table, a row each.
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "look/table_reader.h"
+#include "show/output.h"
+#include "show/record_view.h"
+#include "verbs/verbs.h"
+
+namespace {
+
+using records::FieldKind;
+using records::RecordField;
+using records::RecordTable;
+
+struct Options : DataOptions {
+  const RecordTable* table = nullptr;
+  bool all = false;
+};
+
+// A field, or all one-character fields whose names differ in their number only.
+struct Column {
+  std::string stem;
+  std::vector<const RecordField*> fields;
+
+  bool Takes(const RecordField& field, const std::string& field_stem) const {
+    return field.kind == FieldKind::kCharacter && stem == field_stem && stem != field.name;
+  }
+
+  std::string Heading() const {
+    if (fields.size() == 1) return fields.front()->name;
+    return fields.front()->name + ("-" + std::string(fields.back()->name).substr(stem.size()));
+  }
+
+  std::string Cell(const char* record) const {
+    if (fields.size() == 1) return MarkedText(*fields.front(), record);
+    std::string cell;
+    for (const RecordField* field : fields) {
+      const std::string text = FieldText(*field, record);
+      cell += text.empty() ? "." : text;
+    }
+    return cell;
+  }
+};
+
+std::vector<Column> ColumnsOf(const RecordTable& table) {
+  std::vector<Column> columns;
+  for (const RecordField& field : table) {
+    if (field.kind == FieldKind::kBytes) continue;
+    const std::string name = field.name;
+    const std::string stem = name.substr(0, name.find_last_not_of("0123456789") + 1);
+    auto column = std::find_if(columns.begin(), columns.end(),
+                               [&](const Column& each) { return each.Takes(field, stem); });
+    if (column == columns.end()) column = columns.insert(column, Column{stem, {}});
+    column->fields.push_back(&field);
+  }
+  return columns;
+}
+
+// Headings, the longer ones in two lines when a row would be too wide to read.
+std::vector<TextTable::Column> HeadingsOf(const std::vector<Column>& columns) {
+  constexpr std::size_t kWidest = 80;
+  constexpr std::size_t kShort = 7;
+  std::vector<TextTable::Column> headings = {{"SLOT", true}};
+  std::size_t width = headings.front().heading.size();
+  for (const Column& column : columns) {
+    headings.push_back({column.Heading(), column.fields.front()->kind == FieldKind::kInt32});
+    width += 1 + headings.back().heading.size();
+  }
+  for (TextTable::Column& column : headings) {
+    std::string& heading = column.heading;
+    if (width <= kWidest || heading.size() <= kShort) continue;
+    heading.insert(heading.find_last_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ"), "\n");
+  }
+  return headings;
+}
+
+template <typename Show>
+void ForEachRow(TableReader& table, bool all, Show show) {
+  for (int slot = 0; slot < table.readable(); ++slot) {
+    const char* record = table.Read(slot);
+    if (all || !IsFree(table.table(), record)) show(slot, record);
+  }
+}
+
+void PrintJsonRows(TableReader& table, bool all) {
+  JsonList list(SlotsJson(table.table(), table.slots(), table.complete()));
+  ForEachRow(table, all, [&](int slot, const char* record) {
+    list.Add(SlotJson(table.table(), slot, record));
+  });
+  list.Close();
+}
+
+void PrintTextRows(TableReader& table, bool all) {
+  const std::vector<Column> columns = ColumnsOf(table.table());
+  TextTable text(HeadingsOf(columns));
+  ForEachRow(table, all, [&](int slot, const char* record) {
+    std::vector<std::string> cells = {std::to_string(slot)};
+    for (const Column& column : columns) cells.push_back(column.Cell(record));
+    text.AddRow(cells);
+  });
+  text.Print();
+}
+
+ExitCode List(const Options& options) {
+  TableReader table(options.home, *options.table);
+  options.json ? PrintJsonRows(table, options.all) : PrintTextRows(table, options.all);
+  if (table.complete()) return kDone;
+  Say(table.Shortage());
+  return kFindings;
+}
+
+Action Declare(OptionList* list) {
+  const auto options = std::make_shared<Options>();
+  AddTableArgument(list, &options->table);
+  AddDataOptions(list, options.get());
+  list->Flag("--all", &options->all, "Show free slots too");
+  return [options] { return List(*options); };
+}
+
+}  // namespace
+
+const Verb kList = {
+    "list", "List the records of a table",
+    "One row a record, read without locks. Bytes without a meaning here are left out; voatm show\n"
+    "has them. Characters of one name with numbers share a column, a point being none. A text\n"
+    "that fills its field without a NUL is marked.\n\n"
+    "Exit status: 1 when configured slots lie behind the end of the segment.\n\n"
+    "JSON: {table, slots, complete, rows: [{slot, free, unterminated: [field...],\n"
+    "record: {field: value}}]}, a row a line; bytes, and texts that cannot be printed, are {hex},\n"
+    "without the zeros at their end.",
+    "voatm list fit --home examples/home", Declare};
