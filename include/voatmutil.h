@@ -339,8 +339,8 @@ static_assert(offsetof(VoMsgLayout, MemTraceNo) == 328);
 // waiting as long as it takes) when LockFlag is set, and otherwise is the lower-case form. A failed
 // semaphore call is never retried: it is traced at level 2 with the system's error and ends the
 // operation, with -1 where it has a result; the slot then may stay held, as it does when a holder
-// dies. A record or id is copied while its slot is held and written to the caller's buffer once the
-// slot was given back; after a semaphore failure the buffer is as it was.
+// dies. A record or id is copied, and LastAtmIndex set, while the slot is held; the caller's buffer
+// is written once the slot was given back, so a semaphore failure leaves it as it was.
 //
 // Configuration. Files below the directory that the environment variable VODIR_HOME names, read
 // afresh on every call; a path of more than 150 characters (250 for a layered file) does not open.
