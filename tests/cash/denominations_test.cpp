@@ -91,6 +91,10 @@ TEST_F(DenominationsTest, FillTheirRecordAtFixedOffsets) {
     const int expected[] = {2, 9, 1, 5, 0, 0, 0, model[0] == 'D' ? 42 : 0};
     EXPECT_EQ(memcmp(notes, expected, sizeof notes), 0) << model;
   }
+  memset(&msg, '#', sizeof msg);
+  util.LoadDenomDetails("", "", "", "", "NDC+ATM", -123456, 7, &msg);
+  memcpy(bytes, &msg, sizeof msg);
+  EXPECT_EQ(text(76, 16), "-123456.000007.#");
 }
 
 // Given: the deposit. A note type is worth its number.

@@ -115,9 +115,11 @@ EMPTYSCR 099 => -1 <6 Search Id [ ATM_RESERVEDSCREEN#EMPTYSCR ]>
 [DISPENCE_LOGIC];CASH_4 2 -1 1 5 => -1 [02......] <2 Denom Config Error>
 => -1 <6 Failed to open file [ ~/cfg/atm/displogic/F_displogic.cfg ]>)"},
     {"cfg/atm/displogic/*_displogic.cfg", 4,
-     [](Util& u, Outs o) { return u.GetDispLogic("CASH", 4, "A", "B", "C", o[0], "D912ATM", "F"); },
+     [](Util& u, Outs o) {
+       return u.GetDispLogic("CASH-OF-16-CHARS", 4, "A", "B", "C", o[0], "D912ATM", "F");
+     },
      R"(
-[DISPENCE_LOGIC];CASH_4 1 2 3 4 5 6 7 8 => 1 [0102030405060708.]
+[DISPENCE_LOGIC];CASH-OF-16-CHAR_4 1 2 3 4 5 6 7 8 => 1 [0102030405060708.]
  <7 Dispense logic[ 0102030405060708 ]>)"},
     {"cfg/atm/displogic/A_B_C_displogic.cfg", 0,
      [](Util& u, Outs o) { return u.GetDispLogic("C", 4, "A", "B", "C", o[0], "XYZ", "F"); }, R"(

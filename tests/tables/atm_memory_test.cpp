@@ -120,6 +120,7 @@ TEST_P(AtmMemoryTest, BoundsUnterminatedIdsAndUnattachedTables) {
                            util_.WriteAtmMemory("A1", &record_), util_.VerifyAtmMemory("A1")}) {
     EXPECT_EQ(result, -1);
   }
+  EXPECT_EQ(util_.LastAtmIndex, 0);
 }
 
 TEST_P(AtmMemoryTest, SaysWhenTheSetIsGone) {
