@@ -2,18 +2,18 @@
 #ifndef DEVHOST_HOST_H
 #define DEVHOST_HOST_H
 
-#include <array>
-#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "devhost/ipc_object.h"
-#include "devhost/settings.h"
+#include "devhost/plan.h"
 #include "devhost/stop_order.h"
-#include "records/record_tables.h"
 
 namespace devhost {
+
+// Asked for like a table, a host answers with its process id.
+constexpr const char* kHostName = "voatm serve";
 
 struct HostOptions {
   bool replace = false;                     // removes objects that are there already
@@ -27,27 +27,15 @@ struct HostOptions {
 // one thread; serve there, or on a thread started in between.
 class Host {
  public:
-  struct Table {
-    const records::RecordTable* record;
-    int key;  // of the segment and of the semaphore set
-    int slots;
-    int rows;           // seeded
-    std::size_t bytes;  // of the segment
-    std::string file;   // that the rows are from
-    bool has_file;      // else the table starts empty
-  };
-
-  // Reads cfg/ and tables/ of a home and creates the objects, the queue's key being CHANNEL#ORGKEY
-  // + 2 and the tables' + 10 to + 15 in the order in which they are located. Existing objects are
-  // an error that lists them, or are removed first when the options say so, once the home is known
-  // to be good. Throws std::runtime_error; nothing that was created is then left.
+  // Creates what is planned for the home; existing objects are removed first when the options say
+  // so. Throws std::runtime_error with all refusals of the plan, one a line, or with what failed;
+  // nothing that was created is then left.
   explicit Host(const std::string& home, const HostOptions& options = {});
   ~Host() = default;
   Host(const Host&) = delete;
   Host& operator=(const Host&) = delete;
 
-  const std::vector<Table>& tables() const { return tables_; }
-  int queue_key() const { return settings_.queue_key; }
+  const HostPlan& plan() const { return plan_; }  // but for the records, which are let go
 
   // Answers locate requests until a signal, the end of the process to exit with, or Stop; then
   // removes the queue and returns. Calls `ready` once requests are answered; what that throws ends
@@ -59,18 +47,14 @@ class Host {
   void Stop() const { stop_.Give(); }
 
  private:
-  using Images = std::array<std::vector<char>, records::kTableCount>;
-
-  Images LoadTables(const std::string& home);
   void ClearTheWay() const;
-  int Create(IpcKind kind, const char* owner, int key, std::size_t size);
-  void CreateTable(const Table& table, const std::vector<char>& image);
+  int Create(const PlannedObject& object);
+  void CreateTable(PlannedTable* table);
 
   const HostOptions options_;
   StopOrder stop_;
-  Settings settings_;
-  std::vector<Table> tables_;
-  std::vector<IpcObject> objects_;  // the queue, then a segment and a set a table
+  HostPlan plan_;
+  std::vector<IpcObject> objects_;  // as planned
 };
 
 }  // namespace devhost

@@ -35,7 +35,7 @@ std::optional<std::string> ReadFile(const std::string& path) {
     text.append(chunk, size);
   }
   if (file == nullptr || std::ferror(file.get()) != 0) {
-    throw SystemError(errno, "cannot read " + path);
+    throw SeedError(path, 1, 1, std::string("cannot read the file, ") + std::strerror(errno), "");
   }
   return text;
 }
@@ -171,24 +171,24 @@ class SeedReader {
     }
   }
 
-  std::string Line(const char* place) const {
-    return image_.file + ":" + std::to_string(1 + std::count(text_.data(), place, '\n'));
-  }
-
   // Ends reading, with the place of the row, or of a member of it.
   [[noreturn]] void Refuse(const std::string& cause, const std::string& member = "") const {
+    std::string row = ", row " + std::to_string(image_.rows);
+    if (!member.empty()) row += ", field " + Quotable(member);
     const auto found = members_.find(member);
-    std::string where = Line(found == members_.end() ? row_start_ : found->second) + ", row " +
-                        std::to_string(image_.rows);
-    if (!member.empty()) where += ", field " + Quotable(member);
-    throw std::runtime_error(cause + ": " + where);
+    RefuseAt(found == members_.end() ? row_start_ : found->second, cause, row);
   }
 
   // Ends reading, with the place that the parser has come to.
-  [[noreturn]] void RefuseText(const std::string& cause) const {
-    const auto from = std::make_reverse_iterator(taken_);
-    const auto column = std::find(from, std::make_reverse_iterator(text_.data()), '\n') - from + 1;
-    throw std::runtime_error(cause + ": " + Line(taken_) + ", column " + std::to_string(column));
+  [[noreturn]] void RefuseText(const std::string& cause) const { RefuseAt(taken_, cause, ""); }
+
+  [[noreturn]] void RefuseAt(const char* place, const std::string& cause,
+                             const std::string& row) const {
+    const auto line = std::count(text_.data(), place, '\n');
+    const auto from = std::make_reverse_iterator(place);
+    const auto column = std::find(from, std::make_reverse_iterator(text_.data()), '\n') - from;
+    throw SeedError(image_.file, static_cast<std::size_t>(line) + 1,
+                    static_cast<std::size_t>(column) + 1, cause, row);
   }
 
   const records::RecordTable& table_;
@@ -207,6 +207,15 @@ class SeedReader {
 };
 
 }  // namespace
+
+SeedError::SeedError(const std::string& file, std::size_t at_line, std::size_t at_column,
+                     const std::string& cause, const std::string& row)
+    : std::runtime_error(cause + ": " + file + ":" + std::to_string(at_line) +
+                         (row.empty() ? ", column " + std::to_string(at_column) : row)),
+      path(file),
+      line(at_line),
+      column(at_column),
+      text(cause + row) {}
 
 TableImage ReadSeed(const records::RecordTable& table, const std::string& path,
                     std::optional<int> slots) {

@@ -14,13 +14,27 @@
 #ifndef DEVHOST_SEED_H
 #define DEVHOST_SEED_H
 
+#include <cstddef>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "records/record_tables.h"
 
 namespace devhost {
+
+// Why a file's rows are refused: "cause: path:line, row 2, field FitId", or ", column 7" where the
+// text itself is refused.
+struct SeedError : std::runtime_error {
+  SeedError(const std::string& file, std::size_t at_line, std::size_t at_column,
+            const std::string& cause, const std::string& row);
+
+  std::string path;
+  std::size_t line;    // from 1
+  std::size_t column;  // from 1
+  std::string text;    // cause, row and field
+};
 
 // A table in memory of its own.
 struct TableImage {
@@ -32,9 +46,9 @@ struct TableImage {
 };
 
 // Reads the rows of the file at `path` into a table with `slots` slots, or when none are given with
-// as many as the rows need. Throws std::runtime_error with cause, file, line and column, or row
-// (from 1) and field, for anything that is not as above: an unknown or repeated member, a value
-// that does not fit its field, a row without its key text, a slot given twice or off the table.
+// as many as the rows need. Throws SeedError for anything that is not as above: an unknown or
+// repeated member, a value that does not fit its field, a row without its key text, a slot given
+// twice or off the table; also for a file that cannot be read.
 TableImage ReadSeed(const records::RecordTable& table, const std::string& path,
                     std::optional<int> slots = std::nullopt);
 

@@ -53,16 +53,21 @@ int ReadNumber(const std::string& home, const records::CountSource& source, int 
 
 }  // namespace
 
+int ReadQueueKey(const std::string& home) {
+  constexpr int kLargest = std::numeric_limits<int>::max() - kLargestOffset;
+  return ReadNumber(home, kOriginKey, kLargest, Empty::kRefused) + voatm::kChannelKeyDistance;
+}
+
+int ReadSlotCount(const std::string& home, const records::RecordTable& record) {
+  return ReadNumber(home, record.count, std::numeric_limits<int>::max(), Empty::kZero);
+}
+
 Settings ReadSettings(const std::string& home) {
-  constexpr int kMaxInt = std::numeric_limits<int>::max();
-  const int origin = ReadNumber(home, kOriginKey, kMaxInt - kLargestOffset, Empty::kRefused);
   Settings settings{};
-  settings.queue_key = origin + voatm::kChannelKeyDistance;
-  int key = origin + kFirstTableKeyOffset;
+  settings.queue_key = ReadQueueKey(home);
+  int key = settings.queue_key - voatm::kChannelKeyDistance + kFirstTableKeyOffset;
   for (std::size_t i = 0; i < records::kTableCount; ++i) {
-    settings.tables[i].key = key++;
-    settings.tables[i].slots =
-        ReadNumber(home, records::kRecordTables[i].count, kMaxInt, Empty::kZero);
+    settings.tables[i] = {key++, ReadSlotCount(home, records::kRecordTables[i])};
   }
   return settings;
 }

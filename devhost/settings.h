@@ -18,10 +18,12 @@ struct Settings {
   std::array<Table, records::kTableCount> tables;  // in the order of kRecordTables
 };
 
-// Throws std::runtime_error that names file and key, and line and value where there is one, when a
-// file does not open, a key is missing, or a value is no whole number or too large. As for a
-// driver, an empty slot count is 0.
+// All of them throw std::runtime_error that names file and key, and line and value where there is
+// one, when a file does not open, a key is missing, or a value is no whole number or too large. As
+// for a driver, an empty slot count is 0.
 Settings ReadSettings(const std::string& home);
+int ReadQueueKey(const std::string& home);
+int ReadSlotCount(const std::string& home, const records::RecordTable& record);
 
 }  // namespace devhost
 

@@ -54,7 +54,7 @@ TEST_F(HostTest, CreatesFilledTables) {
   home_.Write("tables/atm_status.json", R"([{"Slot": 1, "StatusCode": "A", "StatusKind": "S"}])");
   const Host host(home_.path());
   EXPECT_EQ(Objects().size(), 13U);
-  EXPECT_EQ(host.tables()[5].rows, 1);
+  EXPECT_EQ(host.plan().tables[5].image.rows, 1);
   void* records = shmat(FindIpc(IpcKind::kSegment, origin_ + 15), nullptr, SHM_RDONLY);
   EXPECT_EQ(std::string(static_cast<char*>(records), 24),
             std::string("NOTDEFINED\0\0A\0\0\0\0\0\0\0\0\0\0S", 24));

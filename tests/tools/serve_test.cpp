@@ -1,4 +1,5 @@
 // What voatm serve makes, says and leaves.
+#include <sys/msg.h>
 #include <sys/shm.h>
 
 #include <future>
@@ -63,6 +64,25 @@ TEST_F(VoatmServe, LeavesNothingWhenItCannotSayThatItIsReady) {
     EXPECT_EQ(Voatm(arguments).code, 2) << arguments;
     EXPECT_FALSE(Serves()) << arguments;
   }
+}
+
+TEST_F(VoatmServe, ChecksWithoutMakingAnything) {
+  home_.Write("tables/atm_fit.json", "[\n{}]");
+  home_.Write("tables/atm_status.json", "[");
+  const Json refused = Json::parse(Voatm("serve --check --json 2>/dev/null").text);
+  const std::string tables = home_.path() + "/tables/";
+  EXPECT_EQ(refused["refusals"],
+            Json({"no key text FitId: " + tables + "atm_fit.json:2, row 1",
+                  "the text ends too early: " + tables + "atm_status.json:1, column 1"}));
+  EXPECT_EQ(Voatm("serve --check").code, 1);
+  home_.Remove("tables");
+  EXPECT_EQ(Voatm("serve --check").code, 0);
+  EXPECT_FALSE(Serves());
+  const int queue = msgget(base_ + 2, IPC_CREAT | 0600);
+  EXPECT_EQ(Voatm("serve --check").code, 1);
+  EXPECT_EQ(Voatm("serve --check --replace").code, 0);
+  EXPECT_TRUE(Serves());
+  msgctl(queue, IPC_RMID, nullptr);
 }
 
 }  // namespace

@@ -9,9 +9,11 @@
 #include <cstring>
 #include <future>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <random>
 
 #include "devhost/host.h"
+#include "devhost/seed.h"
 #include "support/child.h"
 #include "support/served_home.h"
 #include "tools/voatm/look/process.h"
@@ -19,6 +21,8 @@
 #include "voatmutil.h"
 
 namespace {
+
+using Json = nlohmann::json;
 
 class VoatmTest : public testing::Test {
  protected:
@@ -68,9 +72,45 @@ TEST_F(VoatmTest, ServingWhatWasDumpedGivesTheSameBytes) {
   }
   const devhost::Host host(copy.path());
   for (std::size_t table = 0; table < served.size(); ++table) {
-    const devhost::Host::Table& again = host.tables()[table];
-    EXPECT_EQ(memcmp(served[table], Attach(again.key), again.bytes), 0) << table;
+    const devhost::PlannedTable& again = host.plan().tables[table];
+    EXPECT_EQ(memcmp(served[table], Attach(again.key), again.Segment().size), 0) << table;
   }
+}
+
+TEST_F(VoatmTest, ATableThatIsCutShortIsNotShownAsWhole) {
+  memcpy(Attach(Key(5)), "A", 2);
+  WriteStartUpFiles(home_, home_.key_base(), {4, 6, 4, 8, 9});
+  const Answer list = Voatm("list status --json 2>/dev/null"), dump = Voatm("dump status");
+  EXPECT_EQ(list.code, 1);
+  const Json json = Json::parse(list.text);
+  EXPECT_EQ(json["slots"], 9);
+  EXPECT_EQ(json["complete"], false);
+  EXPECT_EQ(json["rows"].size(), 1U);
+  EXPECT_EQ(dump.code, 1);
+  home_.Write("tables/atm_status.json", dump.text);
+  EXPECT_THROW(devhost::ReadSeed(records::kRecordTables[5],
+                                 devhost::SeedPath(records::kRecordTables[5], home_.path())),
+               devhost::SeedError);
+  std::vector<int> codes;
+  for (const char* wanted : {"0", "--id A", "8", "9"}) {
+    codes.push_back(Voatm(std::string("show status ") + wanted).code);
+  }
+  EXPECT_EQ(codes, (std::vector<int>{0, 1, 2, 1}));
+}
+
+// The limit is lifted where the program does not even start below it: with a sanitizer.
+TEST(VoatmList, KeepsNoneOfManyRecords) {
+  const ServedHome home({1000});
+  const int segment = shmget(home.key_base() + 10, 0, 0);
+  void* const records = shmat(segment, nullptr, 0);
+  memset(records, 'A', 1000 * sizeof(AtmMemoryTable));
+  shmdt(records);
+  const std::string voatm = BUILD_DIRECTORY "/voatm";
+  EXPECT_EQ(
+      Shell("ulimit -Sd 16384; " + voatm + " --version >/dev/null 2>&1 || ulimit -Sd unlimited; " +
+            voatm + " list atm --json | wc -l")
+          .text,
+      "1002\n");
 }
 
 TEST_F(VoatmTest, ALivingHolderIsRefusedAndADeadOneReleased) {

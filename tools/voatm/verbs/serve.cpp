@@ -13,52 +13,72 @@
 
 namespace {
 
+using devhost::HostPlan;
+using devhost::PlannedTable;
+
 struct Options : DataOptions {
   devhost::HostOptions host;
+  bool check = false;
 };
 
-void PrintTablesJson(const std::string& home, const devhost::Host& host) {
+Json PlanJson(const HostPlan& plan) {
   Json tables = Json::array();
-  for (const devhost::Host::Table& table : host.tables()) {
+  for (const PlannedTable& table : plan.tables) {
     tables.push_back({{"table", table.record->name},
                       {"key", table.key},
-                      {"slots", table.slots},
-                      {"rows", table.rows},
-                      {"bytes", table.bytes},
-                      {"file", table.has_file ? Json(table.file) : Json()}});
+                      {"slots", table.image.slots},
+                      {"rows", table.image.rows},
+                      {"bytes", table.Segment().size},
+                      {"file", table.image.has_file ? Json(table.image.file) : Json()}});
   }
-  PrintJsonLine({{"ready", true},
-                 {"home", std::filesystem::canonical(home).string()},
-                 {"pid", getpid()},
-                 {"queue_key", host.queue_key()},
-                 {"tables", std::move(tables)}});
+  return {{"queue_key", plan.queue_key}, {"tables", std::move(tables)}};
 }
 
-void PrintTables(const devhost::Host& host) {
-  std::printf("%-24s %10s %7s %6s %10s\n", "table", "key", "slots", "rows", "bytes");
-  for (const devhost::Host::Table& table : host.tables()) {
-    std::printf("%-24s %10d %7d %6d %10zu\n", table.record->name, table.key, table.slots,
-                table.rows, table.bytes);
+void Print(const Options& options, const HostPlan& plan, bool ready) {
+  if (options.json) {
+    Json json = {{"ready", ready},
+                 {"home", std::filesystem::canonical(options.home).string()},
+                 {"pid", getpid()}};
+    json.update(PlanJson(plan));
+    if (!ready) json["refusals"] = plan.refusals;
+    PrintJsonLine(json);
+    return;
   }
-  std::printf("%-24s %10d\nready\n", "queue", host.queue_key());
+  if (plan.refusals.empty()) {
+    std::printf("%-24s %10s %7s %6s %10s\n", "table", "key", "slots", "rows", "bytes");
+    for (const PlannedTable& table : plan.tables) {
+      std::printf("%-24s %10d %7d %6d %10zu\n", table.record->name, table.key, table.image.slots,
+                  table.image.rows, table.Segment().size);
+    }
+    std::printf("%-24s %10d\n%s", "queue", plan.queue_key, ready ? "ready\n" : "");
+  }
+  for (const std::string& refusal : plan.refusals) Say(refusal);
 }
 
-void SayWhatStartsEmpty(const devhost::Host& host) {
+void SayWhatStartsEmpty(const HostPlan& plan) {
   std::string missing;
-  for (const devhost::Host::Table& table : host.tables()) {
-    if (table.has_file || table.slots == 0) continue;
-    missing += (missing.empty() ? "" : ", ") + table.file + " for " + table.record->name;
+  for (const PlannedTable& table : plan.tables) {
+    if (table.image.has_file || table.image.slots == 0) continue;
+    missing += (missing.empty() ? "" : ", ") + table.image.file + " for " + table.record->name;
   }
   if (!missing.empty()) Say("these tables start empty, there is no " + missing);
 }
 
+ExitCode CheckHome(const Options& options) {
+  const HostPlan plan = devhost::PlanHost(options.home, options.host.replace);
+  SayWhatStartsEmpty(plan);
+  Print(options, plan, false);
+  return plan.refusals.empty() ? kDone : kFindings;
+}
+
 ExitCode Serve(const Options& options) {
   RequireHome(options.home);
+  if (options.check) return CheckHome(options);
   std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away must not leave the tables behind
   devhost::Host host(options.home, options.host);
-  SayWhatStartsEmpty(host);
+  SayWhatStartsEmpty(host.plan());
   host.Serve([&] {
-    options.json ? PrintTablesJson(options.home, host) : PrintTables(host);
+    Print(options, host.plan(), true);
     FlushOutput();
   });
   return kDone;
@@ -69,6 +89,7 @@ Action Declare(OptionList* list) {
   AddDataOptions(list, options.get());
   list->Flag("--replace", &options->host.replace,
              "Remove a queue and tables that are there already, whoever uses them");
+  list->Flag("--check", &options->check, "Say what it would make or refuse, and make nothing");
   list->Number("--exit-with", 1, INT_MAX, &options->host.exit_with,
                "End when the process of this number ends");
   const auto mode = std::make_shared<std::string>();
@@ -88,7 +109,10 @@ const Verb kServe = {
     "SIGQUIT or SIGHUP and removes what it created. It refuses to start over tables that exist.\n"
     "A table without a file in tables/ starts empty, and it says so.\n\n"
     "Exit status: 0 ended by a signal or with the process of --exit-with, 2 it could not start,\n"
-    "could not say that it is ready, or lost its queue.\n\n"
+    "could not say that it is ready, or lost its queue. With --check: 1 it would refuse to "
+    "start.\n\n"
     "JSON: {ready, home, pid, queue_key, tables: [{table, key, slots, rows, bytes, file}]}, one\n"
-    "line once ready; a file that is not there is null.",
+    "line once ready; a file that is not there is null. With --check ready is false, and there "
+    "are\n"
+    "refusals: [text].",
     "voatm serve --home examples/home", Declare};
