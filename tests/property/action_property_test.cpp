@@ -14,7 +14,12 @@ std::string FoundIn(int slot) { return "7 inside tableoffset[" + std::to_string(
 
 class ActionPropertyTest : public DriverTest {
  protected:
-  ActionPropertyTest() : DriverTest({1, 1, 1, 10, 1}) {}
+  // Two rows that would answer anything lie before the table.
+  ActionPropertyTest() : DriverTest({1, 1, 1, 12, 1}) {
+    memset(static_cast<void*>(util_.AtmActionPropertyPtr), 'Y', 2 * sizeof(VoAtmActionProperty));
+    util_.AtmActionPropertyPtr += 2;
+    util_.MaxAtmProperty = 10;
+  }
 
   // A row: three ATM columns, status, action flag and text, transaction flag, code and value.
   void Put(int slot, const Texts& columns) {
