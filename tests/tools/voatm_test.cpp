@@ -213,7 +213,7 @@ TEST(VoatmWithoutChannelManager, SaysSoAndLeavesOneRequestAtMost) {
   ExpectTranscript(cut + "is not running: there is no queue of VoChannelMgr\n=> 0\n");
   const int queue = msgget(base + 2, IPC_CREAT | 0666);
   ExpectTranscript(cut + "does not answer: waited 2 seconds for ATMMEMORY at the queue of " +
-                   "VoChannelMgr\n=> 0\n" + cut + "does not answer: requests lie unread in the " +
+                   "VoChannelMgr\n=> 0\n" + cut + "does not answer: a request lies unread in the " +
                    "queue of VoChannelMgr\n=> 0\n$ tables 2>/dev/null\n=> 2\n");
   msqid_ds state{};
   msgctl(queue, IPC_STAT, &state);

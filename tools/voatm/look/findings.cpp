@@ -31,7 +31,7 @@ void CheckSegment(const TableState& table, std::vector<Finding>* findings) {
     return;
   }
   const auto slots = static_cast<std::size_t>(table.slots);
-  const std::size_t held = HeldSlots(table);
+  const std::size_t held = table.HeldSlots();
   const std::string sizes = "the segment holds " + Count(held, "slot") + " (" +
                             Count(table.segment.bytes, "byte") + "), " + Configured(table) +
                             " says " + std::to_string(slots);
@@ -81,8 +81,4 @@ std::vector<Finding> CheckStart(const Survey& survey) {
   } catch (const std::runtime_error& error) {
     return {{error.what(), "put right what the message names, then start the drivers"}};
   }
-}
-
-std::size_t HeldSlots(const TableState& table) {
-  return table.segment.bytes / table.record->record_size;
 }

@@ -18,7 +18,4 @@ std::vector<Finding> CheckTable(const TableState& table);
 // Starts the library as a driver does. Give it a survey whose tables have no findings.
 std::vector<Finding> CheckStart(const Survey& survey);
 
-// Slots that a table's segment holds as a whole.
-std::size_t HeldSlots(const TableState& table);
-
 #endif  // TOOLS_VOATM_LOOK_FINDINGS_H

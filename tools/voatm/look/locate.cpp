@@ -4,30 +4,21 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <stdexcept>
-#include <thread>
 
 #include "devhost/ipc_object.h"
 #include "devhost/system_call.h"
+#include "look/wait.h"
 #include "tables/locate.h"
 #include "voatmutil.h"
 
 namespace {
 
 using devhost::SystemError;
-using Clock = std::chrono::steady_clock;
 
-constexpr auto kTimeLimit = std::chrono::seconds(2);
-constexpr auto kPollInterval = std::chrono::microseconds(100);
-
-// Whether the last message comes from a process that has ended, and nobody has received since: then
-// nobody serves the queue, and another request would only take room from the drivers'.
-bool LiesUnread(int queue) {
-  msqid_ds state{};
-  return msgctl(queue, IPC_STAT, &state) == 0 && state.msg_qnum > 0 &&
-         state.msg_rtime < state.msg_stime && !devhost::ProcessExists(state.msg_lspid);
+std::runtime_error NoAnswer(const std::string& why) {
+  return std::runtime_error("VoChannelMgr does not answer: " + why);
 }
 
 }  // namespace
@@ -43,11 +34,28 @@ Locator::Locator(int queue_key)
   throw SystemError(error, "cannot open the " + description_);
 }
 
-void Locator::Send(const char* table) const {
-  if (LiesUnread(queue_)) {
-    throw std::runtime_error("VoChannelMgr does not answer: requests lie unread in the " +
-                             description_);
+// Whether a request of a process that has ended lies in the queue, which is looked at message by
+// message without taking any. Where the system cannot do that there seems to be none.
+bool Locator::HoldsOrphanedRequest() const {
+  LocateMemoryMsg message{};
+  for (int place = 0;; ++place) {
+    const ssize_t size = msgrcv(queue_, &message, voatm::kLocateBodySize, place,
+                                MSG_COPY | IPC_NOWAIT | MSG_NOERROR);
+    if (size < 0) return false;
+    const bool request = message.MessageType == voatm::kLocateRequestType &&
+                         size == static_cast<ssize_t>(voatm::kLocateBodySize);
+    if (request && !devhost::ProcessExists(message.ProcessId)) return true;
   }
+}
+
+// Takes a message to this process, if there is one.
+bool Locator::Receive(LocateMemoryMsg* reply) const {
+  if (msgrcv(queue_, reply, voatm::kLocateBodySize, getpid(), IPC_NOWAIT) >= 0) return true;
+  if (errno == ENOMSG) return false;
+  throw SystemError(errno, "cannot receive from the " + description_);
+}
+
+void Locator::Send(const char* table) const {
   LocateMemoryMsg request{};
   request.MessageType = voatm::kLocateRequestType;
   std::strncpy(request.MemoryName, table, sizeof request.MemoryName - 1);
@@ -55,27 +63,26 @@ void Locator::Send(const char* table) const {
   request.ProcessId = getpid();
   if (msgsnd(queue_, &request, voatm::kLocateBodySize, IPC_NOWAIT) == 0) return;
   const int error = errno;
-  if (error == EAGAIN) {
-    throw std::runtime_error("VoChannelMgr does not answer: no room in the " + description_);
-  }
+  if (error == EAGAIN) throw NoAnswer("no room in the " + description_);
   throw SystemError(error, "cannot send to the " + description_);
 }
 
 std::optional<int> Locator::Ask(const char* table) const {
-  Send(table);
-  const auto end = Clock::now() + kTimeLimit;
-  LocateMemoryMsg reply{};
-  while (Clock::now() < end) {
-    if (msgrcv(queue_, &reply, voatm::kLocateBodySize, getpid(), IPC_NOWAIT) >= 0) {
-      // A reply to an earlier process of this number may have been left behind.
-      if (std::strncmp(reply.MemoryName, table, sizeof reply.MemoryName) != 0) continue;
-      if (reply.LocateStatus < 0) return std::nullopt;
-      return reply.ChannelKeyId;
-    }
-    const int error = errno;
-    if (error != ENOMSG) throw SystemError(error, "cannot receive from the " + description_);
-    std::this_thread::sleep_for(kPollInterval);
+  const std::string answer = std::string("VoChannelMgr's answer where ") + table + " is";
+  if (!WaitFor(answer, kSecondsToAnswer, [&] { return !HoldsOrphanedRequest(); })) {
+    throw NoAnswer("a request lies unread in the " + description_);
   }
-  throw std::runtime_error(std::string("VoChannelMgr does not answer: waited 2 seconds for ") +
-                           table + " at the " + description_);
+  LocateMemoryMsg reply{};
+  while (Receive(&reply)) {  // left behind for an earlier process of this number
+  }
+  Send(table);
+  const bool answered = WaitFor(answer, kSecondsToAnswer, [&] {
+    return Receive(&reply) && std::strncmp(reply.MemoryName, table, sizeof reply.MemoryName) == 0;
+  });
+  if (!answered) {
+    throw NoAnswer("waited " + std::to_string(kSecondsToAnswer) + " seconds for " + table +
+                   " at the " + description_);
+  }
+  if (reply.LocateStatus < 0) return std::nullopt;
+  return reply.ChannelKeyId;
 }

@@ -1,9 +1,11 @@
-// Asking VoChannelMgr where a table is, without the waiting of a driver's start-up.
+// Asking VoChannelMgr where a table is, without the endless waiting of a driver's start-up.
 #ifndef TOOLS_VOATM_LOOK_LOCATE_H
 #define TOOLS_VOATM_LOOK_LOCATE_H
 
 #include <optional>
 #include <string>
+
+#include "voatmutil.h"
 
 class Locator {
  public:
@@ -11,11 +13,13 @@ class Locator {
   explicit Locator(int queue_key);
 
   // Returns the key of a table, or nothing when VoChannelMgr does not know it. Throws
-  // std::runtime_error when it does not answer within two seconds. The request then stays in the
-  // queue; while it lies there unread no further one is sent.
+  // std::runtime_error when it does not answer in time. The request then stays in the queue, and
+  // while it lies there unread no other one is sent.
   std::optional<int> Ask(const char* table) const;
 
  private:
+  bool HoldsOrphanedRequest() const;
+  bool Receive(LocateMemoryMsg* reply) const;
   void Send(const char* table) const;
 
   int queue_;

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <stdexcept>
 
 #include "devhost/ipc_object.h"
@@ -18,6 +17,10 @@
 namespace {
 
 using devhost::IpcKind;
+using devhost::SemaphoreArgument;
+using devhost::SystemError;
+
+constexpr int kAsDrivers = 0666;  // they read and write
 
 SegmentState LookAtSegment(int key) {
   SegmentState segment;
@@ -27,24 +30,39 @@ SegmentState LookAtSegment(int key) {
     segment.error = errno;
     return segment;
   }
+  segment.for_us = shmget(key, 0, kAsDrivers) >= 0;
   segment.bytes = state.shm_segsz;
   segment.attached = state.shm_nattch;
   segment.creator = state.shm_cpid;
   segment.owner = state.shm_perm.uid;
+  segment.last = state.shm_ctime;
   return segment;
+}
+
+bool AreAllZero(int set, int semaphores) {
+  std::vector<unsigned short> values(static_cast<std::size_t>(semaphores));
+  SemaphoreArgument argument{};
+  argument.values = values.data();
+  return semctl(set, 0, GETALL, argument) == 0 &&
+         std::all_of(values.begin(), values.end(), [](unsigned short value) { return value == 0; });
 }
 
 SetState LookAtSet(int key) {
   SetState set;
   set.id = semget(key, 0, 0);
   semid_ds state{};
-  devhost::SemaphoreArgument argument{};
+  SemaphoreArgument argument{};
   argument.state = &state;
   if (set.id < 0 || semctl(set.id, 0, IPC_STAT, argument) < 0) {
     set.error = errno;
     return set;
   }
+  set.for_us = semget(key, 0, kAsDrivers) >= 0;
   set.semaphores = static_cast<int>(state.sem_nsems);
+  set.last = std::max(state.sem_otime, state.sem_ctime);
+  // Setting a value leaves the setter's number.
+  set.never_initialised =
+      state.sem_otime == 0 && semctl(set.id, 0, GETPID) == 0 && AreAllZero(set.id, set.semaphores);
   return set;
 }
 
@@ -52,20 +70,31 @@ std::string Describe(const TableState& table, IpcKind kind) {
   return devhost::DescribeIpc(kind, table.record->name, table.key.value_or(0));
 }
 
+TableState LookAtTable(const std::string& home, const records::RecordTable& record,
+                       const Locator& locator) {
+  TableState table{&record, devhost::ReadSlotCount(home, record), {}, {}, {}};
+  table.key = locator.Ask(record.name);
+  if (table.key.has_value() && *table.key != IPC_PRIVATE) {
+    table.segment = LookAtSegment(*table.key);
+    table.set = LookAtSet(*table.key);
+  } else {
+    table.segment.error = table.set.error = ENOENT;
+  }
+  return table;
+}
+
 std::runtime_error NoSegment(const TableState& table) {
   if (!table.key.has_value()) {
     return std::runtime_error(std::string("VoChannelMgr does not know the table ") +
                               table.record->name);
   }
-  return std::runtime_error(std::string(std::strerror(table.segment.error)) + ": " +
-                            table.DescribeSegment());
+  return SystemError(table.segment.error, table.DescribeSegment());
 }
 
 }  // namespace
 
 int TableState::ReadableSlots() const {
-  const std::size_t whole = segment.bytes / record->record_size;
-  return static_cast<int>(std::min(whole, static_cast<std::size_t>(slots)));
+  return static_cast<int>(std::min(HeldSlots(), static_cast<std::size_t>(slots)));
 }
 
 std::string TableState::DescribeSegment() const { return Describe(*this, IpcKind::kSegment); }
@@ -78,21 +107,17 @@ const TableState& Survey::Of(const records::RecordTable& record) const {
 
 Survey SurveyTables(const std::string& home) {
   RequireHome(home);
-  const devhost::Settings settings = devhost::ReadSettings(home);
-  Survey survey{home, settings.queue_key, {}};
-  const Locator locator(settings.queue_key);
+  Survey survey{home, devhost::ReadQueueKey(home), {}};
+  const Locator locator(survey.queue_key);
   for (std::size_t i = 0; i < records::kTableCount; ++i) {
-    const records::RecordTable& record = records::kRecordTables[i];
-    TableState& table = survey.tables[i];
-    table = {&record, settings.tables[i].slots, locator.Ask(record.name), {}, {}};
-    if (table.key.has_value()) {
-      table.segment = LookAtSegment(*table.key);
-      table.set = LookAtSet(*table.key);
-    } else {
-      table.segment.error = table.set.error = ENOENT;
-    }
+    survey.tables[i] = LookAtTable(home, records::kRecordTables[i], locator);
   }
   return survey;
+}
+
+TableState SurveyTable(const std::string& home, const records::RecordTable& record) {
+  RequireHome(home);
+  return LookAtTable(home, record, Locator(devhost::ReadQueueKey(home)));
 }
 
 Records::Records(const TableState& table)
@@ -100,10 +125,15 @@ Records::Records(const TableState& table)
   if (!table.segment.there()) throw NoSegment(table);
   const void* address = shmat(table.segment.id, nullptr, SHM_RDONLY);
   if (reinterpret_cast<std::intptr_t>(address) == -1) {
-    const std::string cause = std::strerror(errno);
-    throw std::runtime_error(cause + ": cannot attach the " + table.DescribeSegment());
+    const int error = errno;
+    throw SystemError(error, "cannot attach the " + table.DescribeSegment());
   }
   records_ = static_cast<const char*>(address);
 }
 
 Records::~Records() { shmdt(records_); }
+
+std::vector<char> CopyRecords(const TableState& table) {
+  const Records records(table);
+  return {records[0], records[records.slots()]};
+}

@@ -7,15 +7,19 @@
 
 #include <array>
 #include <cstddef>
+#include <ctime>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "records/record_tables.h"
 
 // A System V object of a table: there, or missing with the reason.
 struct IpcState {
   int id = -1;
-  int error = 0;  // errno of what failed; 0 when it is there
+  int error = 0;         // errno of what failed; 0 when it is there
+  bool for_us = true;    // whether a driver of this user may open it
+  std::time_t last = 0;  // when it was changed last: a set also by taking or giving back a slot
 
   bool there() const { return error == 0; }
 };
@@ -29,6 +33,7 @@ struct SegmentState : IpcState {
 
 struct SetState : IpcState {
   int semaphores = 0;
+  bool never_initialised = false;  // nobody ever gave a semaphore a value
 };
 
 struct TableState {
@@ -38,7 +43,8 @@ struct TableState {
   SegmentState segment;
   SetState set;
 
-  // Slots that are configured and lie in the segment as a whole.
+  // Slots that the segment holds as a whole, and of those the ones that are configured.
+  std::size_t HeldSlots() const { return segment.bytes / record->record_size; }
   int ReadableSlots() const;
 
   // "segment of ATMFITMEMORY, key 71011 (0x11563)", and the same of the set.
@@ -54,9 +60,10 @@ struct Survey {
   const TableState& Of(const records::RecordTable& record) const;
 };
 
-// Throws std::runtime_error when there is no home, a start-up file cannot be used, or VoChannelMgr
-// does not answer.
+// Throw std::runtime_error when there is no home, an entry of a start-up file that is needed cannot
+// be used, or VoChannelMgr does not answer. For one table nothing of another one is needed.
 Survey SurveyTables(const std::string& home);
+TableState SurveyTable(const std::string& home, const records::RecordTable& record);
 
 // The records of a table, attached for reading only, and read without locks as the lower-case
 // operations do.
@@ -78,5 +85,8 @@ class Records {
   std::size_t record_size_;
   int slots_;
 };
+
+// The ReadableSlots of a table, copied without locks. Throws as Records does.
+std::vector<char> CopyRecords(const TableState& table);
 
 #endif  // TOOLS_VOATM_LOOK_SURVEY_H

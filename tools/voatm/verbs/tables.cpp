@@ -40,7 +40,7 @@ Json TableJson(const TableState& table, const std::vector<Finding>& findings) {
   if (table.segment.there()) {
     json["segment"] = {{"id", table.segment.id},
                        {"bytes", table.segment.bytes},
-                       {"slots", HeldSlots(table)},
+                       {"slots", table.HeldSlots()},
                        {"defined", CountDefined(table)},
                        {"attached", table.segment.attached},
                        {"owner", UserName(table.segment.owner)},
