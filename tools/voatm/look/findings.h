@@ -1,21 +1,19 @@
-// What is wrong with a table, and what helps.
+// What is wrong with the tables, what it does to drivers, and what helps.
 #ifndef TOOLS_VOATM_LOOK_FINDINGS_H
 #define TOOLS_VOATM_LOOK_FINDINGS_H
 
-#include <string>
 #include <vector>
 
 #include "look/survey.h"
+#include "show/finding.h"
 
-struct Finding {
-  std::string text;
-  std::string remedy;
-};
+// Compares what is configured for a table with its segment and set, and its key with those of the
+// other tables.
+std::vector<Finding> CheckTable(const Survey& survey, const TableState& table);
 
-// Compares what is configured for a table with its segment and set.
-std::vector<Finding> CheckTable(const TableState& table);
-
-// Starts the library as a driver does. Give it a survey whose tables have no findings.
-std::vector<Finding> CheckStart(const Survey& survey);
+// A set that was never initialised, and the slots that will not come to rest by themselves: those
+// next to each other that are alike count as one. Throws std::runtime_error when the set is removed
+// meanwhile.
+std::vector<Finding> CheckLocks(const TableState& table);
 
 #endif  // TOOLS_VOATM_LOOK_FINDINGS_H

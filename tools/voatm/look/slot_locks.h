@@ -1,13 +1,16 @@
-// The semaphores of a table that are not at rest, and giving one back for a holder that is dead.
+// The semaphores of a table that are not at rest, and who holds them.
 #ifndef TOOLS_VOATM_LOOK_SLOT_LOCKS_H
 #define TOOLS_VOATM_LOOK_SLOT_LOCKS_H
 
-#include <optional>
+#include <ctime>
 #include <string>
 #include <vector>
 
 #include "look/process.h"
 #include "look/survey.h"
+#include "show/output.h"
+
+constexpr int kHeld = 0;  // units of a held slot's semaphore
 
 struct SlotLock {
   const records::RecordTable* table;
@@ -16,25 +19,25 @@ struct SlotLock {
   int value;
   Process last;  // the process that changed the semaphore last: of a held slot its holder
   int waiting;   // processes that wait for it
+  std::time_t last_change;  // of any semaphore of the set
 
-  // Whether it will not come to rest by itself.
+  // Whether it will not come to rest by itself, as far as can be told.
   bool IsStuck() const;
 };
 
-// The slots of a table that are not at rest, the lowest first. Throws std::runtime_error when there
-// is no semaphore set or it cannot be read.
+// Throws std::runtime_error unless the table's semaphore set can be looked at.
+void RequireSet(const TableState& table);
+
+// The slots of a table that are not at rest, the lowest first; none of a set that was never
+// initialised. Throws std::runtime_error when there is no set or it cannot be read.
 std::vector<SlotLock> FindLocks(const TableState& table);
 
-// What became of an order to give a slot back.
-struct Release {
-  bool done;
-  std::string text;              // why, or why not
-  std::optional<SlotLock> lock;  // as it was found; none when it was at rest
-};
+// One slot, at rest or not. Throws as FindLocks does.
+SlotLock LookAtSlot(const TableState& table, int slot);
 
-// Gives a slot back when its value is 0 and its holder is dead, and does nothing else. One process
-// at a time does so in a home: else a second one could give away what a driver has taken since.
-// Throws std::runtime_error when the slot, or the set, cannot be had.
-Release ReleaseSlot(const Survey& survey, const records::RecordTable& record, int slot);
+Json LockJson(const SlotLock& lock);
+
+// "process 4711 (voatm list atm)"
+std::string DescribeProcess(const Process& process);
 
 #endif  // TOOLS_VOATM_LOOK_SLOT_LOCKS_H

@@ -47,25 +47,6 @@ bool AreAllZero(int set, int semaphores) {
          std::all_of(values.begin(), values.end(), [](unsigned short value) { return value == 0; });
 }
 
-SetState LookAtSet(int key) {
-  SetState set;
-  set.id = semget(key, 0, 0);
-  semid_ds state{};
-  SemaphoreArgument argument{};
-  argument.state = &state;
-  if (set.id < 0 || semctl(set.id, 0, IPC_STAT, argument) < 0) {
-    set.error = errno;
-    return set;
-  }
-  set.for_us = semget(key, 0, kAsDrivers) >= 0;
-  set.semaphores = static_cast<int>(state.sem_nsems);
-  set.last = std::max(state.sem_otime, state.sem_ctime);
-  // Setting a value leaves the setter's number.
-  set.never_initialised =
-      state.sem_otime == 0 && semctl(set.id, 0, GETPID) == 0 && AreAllZero(set.id, set.semaphores);
-  return set;
-}
-
 std::string Describe(const TableState& table, IpcKind kind) {
   return devhost::DescribeIpc(kind, table.record->name, table.key.value_or(0));
 }
@@ -92,6 +73,25 @@ std::runtime_error NoSegment(const TableState& table) {
 }
 
 }  // namespace
+
+SetState LookAtSet(int key) {
+  SetState set;
+  set.id = semget(key, 0, 0);
+  semid_ds state{};
+  SemaphoreArgument argument{};
+  argument.state = &state;
+  if (set.id < 0 || semctl(set.id, 0, IPC_STAT, argument) < 0) {
+    set.error = errno;
+    return set;
+  }
+  set.for_us = semget(key, 0, kAsDrivers) >= 0;
+  set.semaphores = static_cast<int>(state.sem_nsems);
+  set.last = std::max(state.sem_otime, state.sem_ctime);
+  // Setting a value leaves the setter's number.
+  set.never_initialised =
+      state.sem_otime == 0 && semctl(set.id, 0, GETPID) == 0 && AreAllZero(set.id, set.semaphores);
+  return set;
+}
 
 int TableState::ReadableSlots() const {
   return static_cast<int>(std::min(HeldSlots(), static_cast<std::size_t>(slots)));

@@ -36,6 +36,8 @@ struct SetState : IpcState {
   bool never_initialised = false;  // nobody ever gave a semaphore a value
 };
 
+SetState LookAtSet(int key);
+
 struct TableState {
   const records::RecordTable* record;
   int slots;               // configured

@@ -96,8 +96,8 @@ Explanation ExplainAt(const std::string& home, const ExplainKind& kind, const In
   }
   const Survey survey = SurveyTables(home);
   for (const TableState& table : survey.tables) {
-    const std::vector<Finding> findings = CheckTable(table);
-    if (!findings.empty()) throw std::runtime_error(findings.front().text + "; see voatm tables");
+    const std::vector<Finding> findings = CheckTable(survey, table);
+    if (!findings.empty()) throw std::runtime_error(findings.front().what + "; see voatm tables");
   }
   Library library(survey);
   return Explain(library.util(), kind, inputs);

@@ -1,4 +1,4 @@
-// voatm locks, and locks release: who holds a slot, and giving back what a dead process holds.
+// voatm locks: who holds a slot.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "look/findings.h"
 #include "look/slot_locks.h"
 #include "look/survey.h"
 #include "show/output.h"
@@ -18,121 +19,106 @@ namespace {
 constexpr auto kWatchInterval = std::chrono::seconds(1);
 constexpr const char* kClearScreen = "\033[H\033[2J";
 
-struct LocksOptions : DataOptions {
+struct Options : DataOptions {
   bool watch = false;
-};
-
-struct ReleaseOptions : DataOptions {
-  const records::RecordTable* table = nullptr;
-  int slot = 0;
 };
 
 struct Snapshot {
   std::vector<SlotLock> locks;
-  bool complete = true;  // the sets of all tables could be read
+  std::vector<Finding> findings;  // of sets that were never initialised
+  bool complete = true;           // the sets of all tables could be read
+
+  bool IsSound() const {
+    return complete && findings.empty() &&
+           std::none_of(locks.begin(), locks.end(),
+                        [](const SlotLock& lock) { return lock.IsStuck(); });
+  }
 };
+
+void AddLocks(const TableState& table, Snapshot* snapshot) {
+  try {
+    const std::vector<SlotLock> locks = FindLocks(table);
+    snapshot->locks.insert(snapshot->locks.end(), locks.begin(), locks.end());
+    if (!table.set.never_initialised) return;
+    const std::vector<Finding> findings = CheckLocks(table);
+    snapshot->findings.insert(snapshot->findings.end(), findings.begin(), findings.end());
+  } catch (const std::runtime_error& error) {
+    Say(error.what() + std::string("; see voatm tables"));
+    snapshot->complete = false;
+  }
+}
 
 Snapshot TakeSnapshot(const Survey& survey) {
   Snapshot snapshot;
-  for (const TableState& table : survey.tables) {
-    try {
-      const std::vector<SlotLock> locks = FindLocks(table);
-      snapshot.locks.insert(snapshot.locks.end(), locks.begin(), locks.end());
-    } catch (const std::runtime_error& error) {
-      Say(error.what() + std::string("; see voatm tables"));
-      snapshot.complete = false;
-    }
-  }
+  for (const TableState& table : survey.tables) AddLocks(table, &snapshot);
   return snapshot;
-}
-
-Json LockJson(const SlotLock& lock) {
-  return {
-      {"table", lock.table->name},    {"slot", lock.slot},       {"id", lock.id},
-      {"value", lock.value},          {"process", lock.last.id}, {"state", NameOf(lock.last.state)},
-      {"command", lock.last.command}, {"waiting", lock.waiting}, {"stuck", lock.IsStuck()}};
 }
 
 Json SnapshotJson(const Snapshot& snapshot) {
   Json locks = Json::array();
   for (const SlotLock& lock : snapshot.locks) locks.push_back(LockJson(lock));
-  return {{"complete", snapshot.complete}, {"locks", std::move(locks)}};
+  return {{"complete", snapshot.complete},
+          {"locks", std::move(locks)},
+          {"findings", FindingsJson(snapshot.findings)}};
 }
 
 void PrintText(const Snapshot& snapshot) {
-  if (snapshot.locks.empty()) {
-    if (snapshot.complete) std::printf("every slot is at rest\n");
-    return;
+  if (snapshot.locks.empty() && snapshot.IsSound()) std::printf("every slot is at rest\n");
+  if (!snapshot.locks.empty()) {
+    TextTable text({{"TABLE"},
+                    {"SLOT", true},
+                    {"ID"},
+                    {"VALUE", true},
+                    {"PROCESS", true},
+                    {"STATE"},
+                    {"WAITING", true},
+                    {"COMMAND"}});
+    for (const SlotLock& lock : snapshot.locks) {
+      text.AddRow({lock.table->short_name, std::to_string(lock.slot), lock.id,
+                   std::to_string(lock.value), std::to_string(lock.last.id),
+                   NameOf(lock.last.state), std::to_string(lock.waiting), lock.last.command},
+                  lock.IsStuck());
+    }
+    text.Print();
   }
-  TextTable text({{"TABLE"},
-                  {"SLOT", true},
-                  {"ID"},
-                  {"VALUE", true},
-                  {"PROCESS", true},
-                  {"STATE"},
-                  {"WAITING", true},
-                  {"COMMAND"}});
-  for (const SlotLock& lock : snapshot.locks) {
-    text.AddRow({lock.table->name, std::to_string(lock.slot), lock.id, std::to_string(lock.value),
-                 std::to_string(lock.last.id), NameOf(lock.last.state),
-                 std::to_string(lock.waiting), lock.last.command},
-                lock.IsStuck());
+  PrintFindings(snapshot.findings);
+}
+
+// A look of a watch. Whoever is missing now may be back at the next one.
+Snapshot LookAgain(const std::string& home) {
+  try {
+    return TakeSnapshot(SurveyTables(home));
+  } catch (const std::runtime_error& error) {
+    Say(error.what());
+    Snapshot nothing;
+    nothing.complete = false;
+    return nothing;
   }
-  text.Print();
 }
 
 // Prints until a signal ends the process.
-[[noreturn]] void Watch(const Survey& survey, bool json) {
+[[noreturn]] void Watch(const Options& options) {
   while (true) {
-    const Snapshot snapshot = TakeSnapshot(survey);
-    if (json) {
-      PrintJsonLine(SnapshotJson(snapshot));
-    } else {
-      if (UsesTerminal()) std::printf("%s", kClearScreen);
-      PrintText(snapshot);
-    }
+    if (!options.json && UsesTerminal()) std::printf("%s", kClearScreen);
+    const Snapshot snapshot = LookAgain(options.home);
+    options.json ? PrintJsonLine(SnapshotJson(snapshot)) : PrintText(snapshot);
     FlushOutput();
     std::this_thread::sleep_for(kWatchInterval);
   }
 }
 
-ExitCode ShowLocks(const LocksOptions& options) {
-  const Survey survey = SurveyTables(options.home);
-  if (options.watch) Watch(survey, options.json);
-  const Snapshot snapshot = TakeSnapshot(survey);
+ExitCode ShowLocks(const Options& options) {
+  const Snapshot snapshot = TakeSnapshot(SurveyTables(options.home));
+  if (options.watch) Watch(options);
   options.json ? PrintJson(SnapshotJson(snapshot)) : PrintText(snapshot);
-  const bool stuck = std::any_of(snapshot.locks.begin(), snapshot.locks.end(),
-                                 [](const SlotLock& lock) { return lock.IsStuck(); });
-  return stuck || !snapshot.complete ? kFindings : kDone;
+  return snapshot.IsSound() ? kDone : kFindings;
 }
 
-ExitCode DoRelease(const ReleaseOptions& options) {
-  const Release release = ReleaseSlot(SurveyTables(options.home), *options.table, options.slot);
-  if (options.json) {
-    PrintJson({{"released", release.done},
-               {"text", release.text},
-               {"lock", release.lock.has_value() ? LockJson(*release.lock) : Json()}});
-  } else if (release.done) {
-    std::printf("%s\n", release.text.c_str());
-  } else {
-    Say(release.text);
-  }
-  return release.done ? kDone : kFindings;
-}
-
-Action DeclareLocks(OptionList* list) {
-  const auto options = std::make_shared<LocksOptions>();
+Action Declare(OptionList* list) {
+  const auto options = std::make_shared<Options>();
   AddDataOptions(list, options.get());
   list->Flag("--watch", &options->watch, "Look again every second until interrupted");
   return [options] { return ShowLocks(*options); };
-}
-
-Action DeclareRelease(OptionList* list) {
-  const auto options = std::make_shared<ReleaseOptions>();
-  AddTableArgument(list, &options->table);
-  list->Number("SLOT", 0, INT_MAX, &options->slot, "The slot's number").Required();
-  AddDataOptions(list, options.get());
-  return [options] { return DoRelease(*options); };
 }
 
 }  // namespace
@@ -140,19 +126,13 @@ Action DeclareRelease(OptionList* list) {
 const Verb kLocks = {
     "locks", "Show the slots that are not at rest, and who holds them",
     "Every slot whose semaphore is not at 2. Of a held slot, value 0, PROCESS is the holder:\n"
-    "alive, dead, or reused when a later process has its number (it started after the set was\n"
-    "last used); WAITING is how many processes wait for the slot.\n\n"
+    "alive, dead, reused when a later process has its number (it started after the set was last\n"
+    "used), or unknown when there is no number to go by; WAITING is how many processes wait for\n"
+    "the slot. A set that was never initialised is a finding of its own.\n\n"
     "Exit status: 1 when a slot will not come to rest by itself, because its holder is dead or\n"
-    "its value is not 0, or when a set is missing; a living holder is no finding.\n\n"
+    "unknown or its value is not 0, or when a set is missing; a living holder is no finding.\n\n"
     "JSON: {complete, locks: [{table, slot, id, value, process, state, command, waiting,\n"
-    "stuck}]}, state being alive, dead, reused or unknown; with --watch one such line a look.",
-    "voatm locks --home examples/home", DeclareLocks};
-
-const Verb kLocksRelease = {
-    "locks release", "Give back a slot whose holder is dead",
-    "Adds the two units that the holder took, if its process is dead and the value is still 0,\n"
-    "in one step; one release at a time in a home. A slot of a living process stays. A reused\n"
-    "number counts as dead; it is told by the clock, so be careful after setting that forward.\n\n"
-    "Exit status: 0 released, 1 not, with the reason.\n\n"
-    "JSON: {released, text, lock}, lock being as in voatm locks, before the release, or null.",
-    "voatm locks release atm 3 --home examples/home", DeclareRelease};
+    "last_change, stuck}], findings: [{what, where, since, effect, next}]}, last_change being\n"
+    "the second in which any slot of the set was taken or given back last; with --watch one such\n"
+    "line a look.",
+    "voatm locks --home examples/home", Declare};

@@ -35,7 +35,7 @@ Json TableJson(const TableState& table, const std::vector<Finding>& findings) {
                {"slots", table.slots},
                {"segment", nullptr},
                {"set", nullptr},
-               {"findings", Json::array()}};
+               {"findings", FindingsJson(findings)}};
   if (table.key.has_value()) json["key"] = *table.key;
   if (table.segment.there()) {
     json["segment"] = {{"id", table.segment.id},
@@ -48,9 +48,6 @@ Json TableJson(const TableState& table, const std::vector<Finding>& findings) {
   }
   if (table.set.there()) {
     json["set"] = {{"id", table.set.id}, {"semaphores", table.set.semaphores}};
-  }
-  for (const Finding& finding : findings) {
-    json["findings"].push_back({{"text", finding.text}, {"remedy", finding.remedy}});
   }
   return json;
 }
@@ -71,56 +68,45 @@ void PrintText(const Json& tables) {
                   {"HELD", true},
                   {"SEMS", true},
                   {"DEFINED", true},
-                  {"BYTES", true},
-                  {"ATTACHED", true},
+                  {"USERS", true},
                   {"OWNER"},
                   {"CREATOR", true}});
   for (const Json& table : tables) {
     const Json& segment = table["segment"];
     const Json& set = table["set"];
-    text.AddRow({Cell(table, "table"), Cell(table, "key"), Cell(segment, "id"), Cell(set, "id"),
+    text.AddRow({Cell(table, "name"), Cell(table, "key"), Cell(segment, "id"), Cell(set, "id"),
                  Cell(table, "slots"), Cell(segment, "slots"), Cell(set, "semaphores"),
-                 Cell(segment, "defined"), Cell(segment, "bytes"), Cell(segment, "attached"),
-                 Cell(segment, "owner"), Cell(segment, "creator")},
+                 Cell(segment, "defined"), Cell(segment, "attached"), Cell(segment, "owner"),
+                 Cell(segment, "creator")},
                 !table["findings"].empty());
   }
   text.Print();
 }
 
-void PrintFinding(const std::string& object, const Json& finding) {
-  std::printf("%s\n  remedy: %s\n",
-              Alarm(object + ": " + finding["text"].get<std::string>()).c_str(),
-              finding["remedy"].get_ref<const std::string&>().c_str());
+std::vector<Finding> FindingsOf(const Survey& survey, const TableState& table) {
+  std::vector<Finding> findings = CheckTable(survey, table);
+  if (!table.set.there()) return findings;
+  for (Finding& finding : CheckLocks(table)) findings.push_back(std::move(finding));
+  return findings;
 }
 
 ExitCode ShowTables(const DataOptions& options) {
   const Survey survey = SurveyTables(options.home);
-  Json json = {{"home", survey.home},
-               {"queue_key", survey.queue_key},
-               {"tables", Json::array()},
-               {"findings", Json::array()}};
-  bool sound = true;
+  Json json = {{"home", survey.home}, {"queue_key", survey.queue_key}, {"tables", Json::array()}};
+  std::vector<Finding> all;
   for (const TableState& table : survey.tables) {
-    const std::vector<Finding> findings = CheckTable(table);
-    sound = sound && findings.empty();
+    const std::vector<Finding> findings = FindingsOf(survey, table);
     json["tables"].push_back(TableJson(table, findings));
-  }
-  if (sound) {
-    for (const Finding& finding : CheckStart(survey)) {
-      json["findings"].push_back({{"text", finding.text}, {"remedy", finding.remedy}});
-    }
-    sound = json["findings"].empty();
+    all.insert(all.end(), findings.begin(), findings.end());
   }
   if (options.json) {
     PrintJson(json);
-    return sound ? kDone : kFindings;
+  } else {
+    std::printf("home %s, queue key %d\n", Readable(survey.home).c_str(), survey.queue_key);
+    PrintText(json["tables"]);
+    PrintFindings(all);
   }
-  PrintText(json["tables"]);
-  for (const Json& table : json["tables"]) {
-    for (const Json& finding : table["findings"]) PrintFinding(Cell(table, "table"), finding);
-  }
-  for (const Json& finding : json["findings"]) PrintFinding(survey.home, finding);
-  return sound ? kDone : kFindings;
+  return all.empty() ? kDone : kFindings;
 }
 
 Action Declare(OptionList* list) {
@@ -134,10 +120,12 @@ Action Declare(OptionList* list) {
 const Verb kTables = {
     "tables", "Show the six tables and what is wrong with them",
     "Compares the slots that cfg/ gives each table with its segment (HELD) and its semaphore set\n"
-    "(SEMS), counts the records, and starts the library as a driver does. OWNER and CREATOR are\n"
-    "the segment's, as in ipcs. Nothing is changed. Every finding comes with its remedy.\n\n"
+    "(SEMS), counts the records and the processes that have the segment attached (USERS), and\n"
+    "looks whether a driver of this user may open both and whether its slots come to rest. OWNER\n"
+    "and CREATOR are the segment's, as in ipcs. Nothing is changed. A finding says what is wrong,\n"
+    "where, since when or by whom, what drivers do then, and what to type or do next.\n\n"
     "Exit status: 0 all is well, 1 there are findings, 2 VoChannelMgr or cfg/ gave no answer.\n\n"
     "JSON: {home, queue_key, tables: [{table, name, key, slots, segment: {id, bytes, slots,\n"
-    "defined, attached, owner, creator}, set: {id, semaphores}, findings}], findings: [{text,\n"
-    "remedy}]}; key, segment and set are null when there is none.",
+    "defined, attached, owner, creator}, set: {id, semaphores}, findings: [{what, where, since,\n"
+    "effect, next}]}]}; key, segment and set are null when there is none.",
     "voatm tables --home examples/home", Declare};

@@ -1,0 +1,329 @@
+// What voatm says of tables, semaphores and VoChannelMgr as they stand, and what it mends.
+#include <sys/msg.h>
+#include <sys/sem.h>
+#include <sys/shm.h>
+
+#include <cstring>
+#include <functional>
+#include <future>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+
+#include "devhost/system_call.h"
+#include "support/child.h"
+#include "support/served_home.h"
+#include "tables/locate.h"
+#include "tools/voatm/look/locate.h"
+#include "tools/voatm/look/process.h"
+#include "tools/voatm/look/release.h"
+#include "tools/voatm_output.h"
+#include "voatmutil.h"
+
+namespace {
+
+using devhost::SemaphoreArgument;
+
+Json Ask(const std::string& arguments) {
+  return Json::parse(Voatm(arguments + " --json 2>/dev/null").text);
+}
+
+std::ptrdiff_t Count(const std::string& text, const std::string& word) {
+  std::ptrdiff_t count = 0;
+  for (auto at = text.find(word); at != std::string::npos; at = text.find(word, at + 1)) ++count;
+  return count;
+}
+
+class LookTest : public testing::Test {
+ protected:
+  void TearDown() override {
+    semctl(semget(Key(1), 0, 0), 0, IPC_RMID);
+    shmctl(shmget(Key(1), 0, 0), IPC_RMID, nullptr);
+  }
+
+  int Key(int table) const { return home_.key_base() + 10 + table; }
+
+  int Set(int value, int slot = 2) const { return semctl(set_, slot, SETVAL, value); }
+  int Value(int slot = 2) const { return semctl(set_, slot, GETVAL); }
+
+  // A process that takes slot 2 of the card ranges and keeps it, or waits for it.
+  std::unique_ptr<Child> Holder() const {
+    const int set = set_, waiting = Value() == 0 ? 1 : 0;
+    auto child = std::make_unique<Child>([=] {
+      sembuf take{2, -2, 0};
+      return semop(set, &take, 1) + pause();
+    });
+    EXPECT_TRUE(Eventually([&] { return Value() == 0 && semctl(set, 2, GETNCNT) == waiting; }));
+    return child;
+  }
+
+  // In place of the card ranges' set one to which nobody gave a value.
+  void LeaveSetAsCreated() {
+    semctl(set_, 0, IPC_RMID);
+    set_ = semget(Key(1), 6, IPC_CREAT | 0600);
+  }
+
+  ServedHome home_;
+  int set_ = semget(Key(1), 0, 0);
+};
+
+TEST_F(LookTest, ALivingHolderIsRefusedAndADeadOneReleased) {
+  auto holder = Holder();
+  const std::string process = std::to_string(semctl(set_, 2, GETPID));
+  Json locks = Ask("locks");
+  EXPECT_EQ(locks["locks"][0].value("last_change", 0L) / 1000, time(nullptr) / 1000);
+  locks["locks"][0].erase("last_change");
+  locks["locks"][0].erase("command");
+  EXPECT_EQ(locks.dump(),
+            R"({"complete":true,"locks":[{"table":"ATMFITMEMORY","slot":2,"id":"NOTDEFINED",)"
+            R"("value":0,"process":)" +
+                process + R"(,"state":"alive","waiting":0,"stuck":false}],"findings":[]})");
+  EXPECT_EQ(Voatm("locks").code, 0);
+  const Answer refused = Voatm("locks release fit 2 --reset --force");
+  EXPECT_EQ(refused.code, 1);
+  EXPECT_NE(refused.text.find("is held by process " + process + " ("), std::string::npos);
+  EXPECT_EQ(Value(), 0);
+
+  holder->Kill();
+  const auto waiting = Holder();
+  EXPECT_EQ(Ask("tables")["tables"][1]["findings"].size(), 1U);
+  ExpectTranscript("$ locks | tail -n 1 | grep -o '[0-9]* dead.*'\n" + process +
+                   " dead        1 \n=> 0\n$ tables >/dev/null\n=> 1\n$ locks >/dev/null\n=> 1\n" +
+                   "$ locks release fit 2 | grep -v ' \"*$' | sed 's/00.*//'\n" +
+                   "  FitId              NOTDEFINED\n  Uninterpreted      \n" +
+                   "released slot 2 of ATMFITMEMORY: its holder, process " + process +
+                   ", is dead\nits holder may have died while writing the record above:\n" +
+                   "  voatm show fit 2\n  have the owner of the table write the row again\n=> 0\n" +
+                   "$ locks >/dev/null\n=> 0\n");
+  EXPECT_EQ(Value(), 0) << "the process that waited has the slot";
+}
+
+TEST(Process, OneThatHasEndedIsToldByItsStateOrItsStart) {
+  EXPECT_EQ(LookAt(getpid(), time(nullptr)).state, ProcessState::kAlive);
+  EXPECT_EQ(LookAt(getpid(), 0).state, ProcessState::kReused);
+  EXPECT_EQ(LookAt(0, 0).state, ProcessState::kUnknown);
+  const pid_t child = fork();
+  if (child == 0) _exit(0);
+  siginfo_t ended;
+  waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT);
+  EXPECT_EQ(LookAt(child, time(nullptr)).state, ProcessState::kDead) << "it waits for its parent";
+  waitpid(child, nullptr, 0);
+  EXPECT_EQ(LookAt(child, time(nullptr)).state, ProcessState::kDead);
+}
+
+// They are none that an operation of this system has left.
+TEST_F(LookTest, ValuesThatWereSetNeedAProofOrAnAssumption) {
+  struct Case {
+    int value;
+    bool by_the_living;
+    const char* rights;
+    int code;
+    int left;
+  };
+  for (const Case& each : {Case{0, true, " --reset --force", 1, 0},
+                           {0, false, "", 0, 2},
+                           {1, false, "", 1, 1},
+                           {1, false, " --reset", 0, 2},
+                           {1, true, " --reset --force", 1, 1},
+                           {7, true, "", 1, 7},
+                           {7, true, " --reset", 0, 2},
+                           {2, false, " --reset", 1, 2}}) {
+    const int set = set_;
+    const auto give = [=] { return semctl(set, 2, SETVAL, each.value); };
+    each.by_the_living ? give() : Child(give).Wait();
+    EXPECT_EQ(Voatm("locks >/dev/null").code,
+              each.value == 2 || (each.value == 0 && each.by_the_living) ? 0 : 1);
+    EXPECT_EQ(Ask("locks release fit 2" + std::string(each.rights))["released"], each.code == 0);
+    EXPECT_EQ(Value(), each.left) << each.value << each.rights;
+    Set(2);
+    EXPECT_EQ(Voatm("locks release fit 2").code, 1) << "at rest";
+  }
+  EXPECT_EQ(Voatm("locks release fit 5 --reset").code, 1);
+  EXPECT_EQ(Voatm("locks release fit 6 --reset").code, 2) << "there are six";
+  EXPECT_EQ(Voatm("locks release fit").code, 2);
+}
+
+TEST_F(LookTest, ASetThatWasNeverInitialisedIsAFindingAndIsInitialised) {
+  EXPECT_EQ(Voatm("locks release fit --reset --json").code, 1) << "it was";
+  LeaveSetAsCreated();
+  EXPECT_EQ(Voatm("tables >/dev/null").code, 1);
+  EXPECT_EQ(Voatm("locks >/dev/null").code, 1);
+  EXPECT_EQ(Ask("locks")["findings"].size(), 1U);
+  EXPECT_EQ(Voatm("locks release fit 3").code, 1) << "no holder can be told";
+  EXPECT_EQ(Voatm("locks release fit --reset").code, 1) << "the owner lives";
+  EXPECT_EQ(Value(), 0);
+  EXPECT_EQ(Voatm("locks release fit 3 --force").code, 0);
+  EXPECT_EQ(Ask("locks")["locks"].size(), 5U);
+  EXPECT_EQ(Ask("tables")["tables"][1]["findings"].size(), 2U) << "slots in a row are one";
+  const auto holder = [&] {
+    return Child([&] {
+             sembuf take{3, -2, 0};
+             return semop(set_, &take, 1);
+           })
+        .Wait();
+  };
+  EXPECT_EQ(holder(), 0);
+  EXPECT_EQ(Voatm("locks release fit --reset --force").code, 0);
+  for (int slot = 0; slot < 6; ++slot) EXPECT_EQ(Value(slot), slot == 3 ? 0 : 2) << slot;
+
+  LeaveSetAsCreated();
+  shmctl(shmget(Key(1), 0, 0), IPC_RMID, nullptr);
+  Child([&] { return shmget(Key(1), 6 * sizeof(AtmFit), IPC_CREAT | 0600); }).Wait();
+  EXPECT_EQ(Voatm("locks release fit --reset").code, 0) << "the owner is dead";
+  EXPECT_EQ(Value() + Value(5), 4);
+}
+
+// All eight come while one is at work, and go on one after the other.
+TEST_F(LookTest, OfEightReleasersOneSucceedsWhoeverWaits) {
+  const std::string race = "for i in 1 2 3 4 5 6 7 8; do " BUILD_DIRECTORY
+                           "/voatm locks release fit 2 --json 2>>" +
+                           home_.path() + "/said | grep 'd\": true' & done; wait";
+  for (const bool is_awaited : {false, true}) {
+    Holder()->Kill();
+    const auto waiting = is_awaited ? Holder() : nullptr;
+    auto gate = std::make_unique<OnlyReleaser>(set_);
+    home_.Write("said", "");
+    auto answer = std::async([&] { return Shell(race); });
+    EXPECT_TRUE(Eventually([&] { return Count(home_.Read("said"), "waiting for another") == 8; }));
+    gate.reset();
+    EXPECT_EQ(answer.get().text, "  \"released\": true,\n");
+    EXPECT_EQ(Value(), is_awaited ? 0 : 2);
+    Set(2);
+  }
+  const OnlyReleaser gate(set_);
+  EXPECT_EQ(Voatm("locks release fit 2").code, 2) << "it does not wait for ever";
+}
+
+TEST_F(LookTest, AWatchSeesWhatComesBack) {
+  const std::string command = "exec " BUILD_DIRECTORY "/voatm locks --watch --json 2>/dev/null";
+  FILE* const watch = popen(command.c_str(), "r");  // NOLINT(bugprone-command-processor)
+  const auto sees = [&](const char* expected) {
+    char line[4096] = {};
+    for (int look = 0; look < 5; ++look) {
+      if (fgets(line, sizeof line, watch) != nullptr && strstr(line, expected) == line) return true;
+    }
+    return false;
+  };
+  EXPECT_TRUE(sees(R"({"complete":true)"));
+  semctl(set_, 0, IPC_RMID);
+  EXPECT_TRUE(sees(R"({"complete":false)"));
+  LeaveSetAsCreated();
+  EXPECT_TRUE(sees(R"({"complete":true,"locks":[],"findings":[{"what":"its sem)"));
+  Child([&] { return semctl(set_, 2, SETVAL, 7); }).Wait();
+  EXPECT_TRUE(sees(R"({"complete":true,"locks":[{)"));
+  semctl(set_, 0, IPC_RMID);
+  fclose(watch);  // which ends it at its next line
+}
+
+TEST_F(LookTest, FindingsNameTheFaultAndFailTheCommand) {
+  EXPECT_EQ(Voatm("tables").code, 0);
+  WriteStartUpFiles(home_, home_.key_base(), {4, 7, 4, 8, 3});
+  shmctl(shmget(Key(2), 0, 0), IPC_RMID, nullptr);
+  semctl(semget(Key(3), 0, 0), 0, IPC_RMID);
+  semctl(semget(Key(4), 0, 0), 0, IPC_RMID);
+  const int small_set = semget(Key(4), 7, IPC_CREAT | 0666);
+  unsigned short rest[] = {2, 2, 2, 2, 2, 2, 2};
+  SemaphoreArgument argument{};
+  argument.values = rest;
+  semctl(small_set, 0, SETALL, argument);
+  EXPECT_EQ(Voatm("tables >/dev/null").code, 1);
+  std::string found;
+  const Json tables = Ask("tables");
+  for (const Json& table : tables["tables"]) {
+    for (const Json& finding : table["findings"]) {
+      found +=
+          table["name"].get<std::string>() + ": " + finding["effect"].get<std::string>() + "\n";
+    }
+  }
+  EXPECT_EQ(found,
+            "fit: read behind its end\nfit: fail to lock a slot from 6 on\nsecurity: do not start\n"
+            "property: do not start\naction: fail to lock a slot from 7 on\n"
+            "status: do not see the slots from 3\n");
+  semctl(small_set, 0, IPC_RMID);
+}
+
+// VoChannelMgr as a test wants it, on a thread.
+class Manager {
+ public:
+  using Reply = std::function<void(LocateMemoryMsg* reply)>;
+
+  // Answers so many requests.
+  Manager(int queue, int requests, const Reply& fill)
+      : thread_([=] {
+          for (int i = 0; i < requests; ++i) {
+            LocateMemoryMsg message{};
+            if (msgrcv(queue, &message, voatm::kLocateBodySize, 1, 0) < 0) return;
+            message.MessageType = message.ProcessId;
+            fill(&message);
+            msgsnd(queue, &message, voatm::kLocateBodySize, 0);
+          }
+        }) {}
+  ~Manager() { thread_.join(); }
+  Manager(const Manager&) = delete;
+  Manager& operator=(const Manager&) = delete;
+
+ private:
+  std::thread thread_;
+};
+
+class LocatorTest : public testing::Test {
+ protected:
+  LocatorTest() { WriteStartUpFiles(home_, base_, {}); }
+  ~LocatorTest() override { msgctl(queue_, IPC_RMID, nullptr); }
+
+  void Send(long type, const char* text, int key = 0) const {
+    LocateMemoryMsg message{};
+    message.MessageType = type;
+    strcpy(message.MemoryName, text);
+    message.ChannelKeyId = key;
+    msgsnd(queue_, &message, voatm::kLocateBodySize, 0);
+  }
+
+  const TestHome home_;
+  const int base_ = 0x10000000 + 16 * getpid();
+  const int queue_ = msgget(base_ + 2, IPC_CREAT | 0600);
+};
+
+TEST_F(LocatorTest, IsBelievedWhateverElseLiesInTheQueue) {
+  Child([&] {
+    Send(99, "a stranger's");
+    return 0;
+  }).Wait();
+  Send(getpid(), "ATMMEMORY", 1);  // to an earlier process of this number
+  const Locator locator(base_ + 2);
+  const Manager manager(queue_, 2, [&](LocateMemoryMsg* reply) {
+    Send(getpid(), "ATMFITMEMORY", 2);
+    reply->ChannelKeyId = 3;
+    reply->LocateStatus = strcmp(reply->MemoryName, "ATMMEMORY") == 0 ? 0 : -1;
+  });
+  EXPECT_EQ(locator.Ask("ATMMEMORY"), 3);
+  EXPECT_EQ(locator.Ask("VOSECURITYMEMORY"), std::nullopt);
+}
+
+TEST_F(LocatorTest, AManagerThatStopsBehindTheLastAnswerKeepsNobodyWaiting) {
+  const Manager manager(queue_, 12, [](LocateMemoryMsg* reply) {
+    const bool action = strcmp(reply->MemoryName, "ATMACTIONPROPERTYMEMORY") == 0;
+    reply->ChannelKeyId = strlen(reply->MemoryName) < 12 ? 0 : action ? 7 : 0x11000000 + getpid();
+  });
+  const Json tables = Ask("tables")["tables"];
+  EXPECT_EQ(tables[0]["findings"][0]["next"], "give the table a key of its own there");
+  EXPECT_EQ(tables[1]["findings"].size(), 3U + 2U) << "three others have its key, and no objects";
+  EXPECT_EQ(tables[4]["findings"].size(), 2U);
+  EXPECT_EQ(Voatm("tables >/dev/null").code, 1);
+}
+
+TEST_F(LocatorTest, WithoutAManagerOneRequestIsLeftAtMost) {
+  const std::string cut = "$ tables --json 2>&1 | cut -d , -f 1\nvoatm: ";
+  const std::string wait = "waiting for VoChannelMgr's answer where ATMMEMORY is\nvoatm: ";
+  const std::string none = "VoChannelMgr does not answer: ";
+  ExpectTranscript(cut + wait + none + "waited 2 seconds for ATMMEMORY at the queue of " +
+                   "VoChannelMgr\n=> 0\n" + cut + wait + none + "a request lies unread in the " +
+                   "queue of VoChannelMgr\n=> 0\n$ tables 2>/dev/null\n=> 2\n");
+  msqid_ds state{};
+  msgctl(queue_, IPC_STAT, &state);
+  EXPECT_EQ(state.msg_qnum, 1U);
+  msgctl(queue_, IPC_RMID, nullptr);
+  ExpectTranscript(cut + "VoChannelMgr is not running: there is no queue of VoChannelMgr\n=> 0\n");
+}
+
+}  // namespace

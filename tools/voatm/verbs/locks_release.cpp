@@ -1,0 +1,111 @@
+// voatm locks release: brings a slot back to rest when nobody can be in the middle of it.
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "look/release.h"
+#include "look/survey.h"
+#include "show/output.h"
+#include "show/record_view.h"
+#include "verbs/verbs.h"
+
+namespace {
+
+struct Options : DataOptions {
+  const records::RecordTable* table = nullptr;
+  std::optional<int> slot;
+  ReleaseRights rights;
+};
+
+// The record of a slot, when there is one that can be read.
+std::vector<char> RecordOf(const TableState& table, int slot) {
+  if (!table.segment.there() || slot >= table.ReadableSlots()) return {};
+  const Records records(table);
+  return {records[slot], records[slot + 1]};
+}
+
+void PrintRecord(const records::RecordTable& table, const std::vector<char>& record) {
+  if (record.empty()) return;
+  for (const records::RecordField& field : table) {
+    std::printf("  %-18s %s\n", field.name, FieldText(field, record.data()).c_str());
+  }
+}
+
+// What to look at once a slot is free whose holder died: it may have been writing.
+std::vector<std::string> Afterwards(const records::RecordTable& table, const Release& release) {
+  if (!release.done || !release.lock.has_value() || release.lock->value != kHeld) return {};
+  const std::string slot = std::to_string(release.lock->slot);
+  std::vector<std::string> next = {std::string("voatm show ") + table.short_name + " " + slot};
+  if (table.slots == &VoATMUtil::MaxAtm) {
+    next.push_back("restart the driver of this ATM, so that it writes the record whole");
+  } else {
+    next.emplace_back("have the owner of the table write the row again");
+  }
+  return next;
+}
+
+ExitCode DoRelease(const Options& options) {
+  if (!options.slot.has_value() && !options.rights.reset) {
+    throw UsageError("SLOT is required, or --reset for a set that was never initialised");
+  }
+  const TableState table = SurveyTable(options.home, *options.table);
+  std::vector<char> record;
+  if (options.slot.has_value()) record = RecordOf(table, *options.slot);
+  if (!options.json) PrintRecord(*options.table, record);
+  const Release release = options.slot.has_value()
+                              ? ReleaseSlot(table, *options.slot, options.rights)
+                              : InitialiseSet(table, options.rights);
+  const std::vector<std::string> next = Afterwards(*options.table, release);
+  if (options.json) {
+    PrintJson({{"released", release.done},
+               {"text", release.text},
+               {"lock", release.lock.has_value() ? LockJson(*release.lock) : Json()},
+               {"record", record.empty() ? Json() : RecordJson(*options.table, record.data())},
+               {"next", next}});
+  } else if (release.done) {
+    std::printf("%s\n", release.text.c_str());
+  } else {
+    Say(release.text);
+  }
+  if (!options.json && !next.empty()) {
+    std::printf("its holder may have died while writing the record above:\n");
+    for (const std::string& step : next) std::printf("  %s\n", step.c_str());
+  }
+  return release.done ? kDone : kFindings;
+}
+
+Action Declare(OptionList* list) {
+  const auto options = std::make_shared<Options>();
+  AddTableArgument(list, &options->table);
+  list->Number("SLOT", 0, INT_MAX, &options->slot, "The slot's number");
+  AddDataOptions(list, options.get());
+  list->Flag(
+      "--reset", &options->rights.reset,
+      "Also of a slot that is neither held nor at rest; without SLOT the slots of a set that "
+      "was never initialised");
+  list->Flag("--force", &options->rights.force,
+             "Assume that a process which cannot be told from here has ended");
+  return [options] { return DoRelease(*options); };
+}
+
+}  // namespace
+
+const Verb kLocksRelease = {
+    "locks release", "Bring back to rest a slot that nobody can be in the middle of",
+    "Shows the record and adds the two units that the holder took, if its process is dead and the\n"
+    "value is still 0, in one step; one release at a time in a set. A holder may have died while\n"
+    "it wrote the record: what to do then is said. A slot of a living process stays, whatever is\n"
+    "asked. A reused number counts as dead; it is told by the clock, so be careful after setting\n"
+    "that forward.\n\n"
+    "With --reset a slot whose value is neither 0 nor 2 is brought to 2: from 1 when the process\n"
+    "that changed it last is dead; from more than 2, where units are only taken away, always.\n"
+    "Without SLOT it initialises a set that nobody ever gave a value, if the process that created\n"
+    "the segment is dead. --force stands in for these proofs where the process cannot be told,\n"
+    "because it lives in another PID namespace or nobody ever used the slot; for a set, also\n"
+    "where the creator lives.\n\n"
+    "Exit status: 0 released, 1 not, with the reason.\n\n"
+    "JSON: {released, text, lock, record, next: [text]}, lock being as in voatm locks, before the\n"
+    "release, and record as in voatm show; either may be null.",
+    "voatm locks release atm 3 --home examples/home", Declare};
