@@ -44,17 +44,21 @@ void RequireSet(const TableState& table) {
 
 bool SlotLock::IsStuck() const { return value != kHeld || last.state != ProcessState::kAlive; }
 
-// The value is read behind the process's state: a dead one is the holder only if the slot is still
-// as that process left it. One that is handed on all the while is used by the living.
+// Number and value are read before and behind the process's state: a dead one is the holder only if
+// the slot stayed as that process left it. The time comes behind both, or a process that started
+// after it could have taken the slot since. One that is handed on all the while is used by the
+// living. verify/release.pml shows that this is enough, and that each of these reads is needed.
 SlotLock LookAtSlot(const TableState& table, int slot) {
   constexpr int kLooks = 8;
   RequireSet(table);
   SlotLock lock{table.record, slot, "", kAtRest, {}, AskSlot(table, slot, GETNCNT), 0};
   for (int look = 0; look < kLooks; ++look) {
-    lock.last_change = LastChange(table);
-    lock.last = LookAt(AskSlot(table, slot, GETPID), lock.last_change);
+    const pid_t number = AskSlot(table, slot, GETPID);
     lock.value = AskSlot(table, slot, GETVAL);
-    if (AskSlot(table, slot, GETPID) == lock.last.id) return lock;
+    lock.last_change = LastChange(table);
+    lock.last = LookAt(number, lock.last_change);
+    const bool stayed = AskSlot(table, slot, GETVAL) == lock.value;
+    if (stayed && AskSlot(table, slot, GETPID) == number) return lock;
   }
   lock.last.state = ProcessState::kAlive;
   return lock;
