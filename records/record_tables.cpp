@@ -2,36 +2,12 @@
 
 #include <algorithm>
 #include <iterator>
-#include <type_traits>
 
 #include "common/config_file.h"
+#include "records/fields.h"
 
 namespace records {
 namespace {
-
-template <typename Member>
-constexpr FieldKind KindOf() {
-  if constexpr (std::is_same_v<Member, int>) return FieldKind::kInt32;
-  if constexpr (std::is_same_v<Member, char>) return FieldKind::kCharacter;
-  return FieldKind::kText;
-}
-
-template <typename Member>
-constexpr RecordField Leaf(const char* name, std::size_t offset, FieldKind kind) {
-  return {name, offset, sizeof(Member), kind};
-}
-
-#define LEAF(base, record, member, kind) \
-  Leaf<decltype(record::member)>(#member, (base) + offsetof(record, member), kind)
-
-// A member of a record that itself begins at `base`; its kind follows from its type.
-#define MEMBER_AT(base, record, member) \
-  LEAF(base, record, member, KindOf<decltype(record::member)>())
-#define MEMBER(record, member) MEMBER_AT(0, record, member)
-
-// The same for a member without a meaning here.
-#define BYTES_AT(base, record, member) LEAF(base, record, member, FieldKind::kBytes)
-#define BYTES(record, member) BYTES_AT(0, record, member)
 
 constexpr std::size_t kDetail = offsetof(AtmMemoryTable, AtmDetail);
 
@@ -78,12 +54,6 @@ constexpr RecordField kAtmStatusFields[] = {
     MEMBER(VoAtmStatus, StatusCode),
     MEMBER(VoAtmStatus, StatusKind),
 };
-
-#undef LEAF
-#undef MEMBER_AT
-#undef MEMBER
-#undef BYTES_AT
-#undef BYTES
 
 constexpr CountSource kMaxAtm = {voatm::kBusinessFile.name, "VOBUSINESS#MAXATM"};
 constexpr CountSource kMaxFit = {voatm::kBusinessFile.name, "VOBUSINESS#MAXFIT"};

@@ -1,143 +1,252 @@
-// What decided an answer: the row or file that the library took, and how that is shown.
-#include <map>
+// What decided an answer, and what stands behind it: the command's answers on tables and files of
+// the test's own.
+#include <unistd.h>
 
-#include "support/random_cases.h"
+#include <fstream>
+#include <nlohmann/json.hpp>
+
 #include "support/served_home.h"
-#include "support/trace_recorder.h"
-#include "tools/voatm/ask/explain_core.h"
+#include "support/words.h"
+#include "tools/voatm_output.h"
+#include "voatmutil.h"
+#include "vodebugutil.h"
 
 namespace {
 
-const Texts kNames = {"I_G_A", "I_G", "I", "J_G", "J", "C", "DEFAULT"};
+using Json = nlohmann::json;
 
-// Entries of every kind of file; '~' is the file's number.
-constexpr char kEntries[] =
-    "K_L ~ 2 3 4 5|I_BADRSP_RCPT_NEEDED Yes|[GOOD_RESPONSE]|K_L ~ 1|[BAD_RESPONSE]|K_L ~ 1|"
-    "[ATM_RESERVEDSCREEN]|EMPTYSCR ~|[DISPENCE_LOGIC]|K_1 ~ 0 0 0|[BNA_MAPPING]|01 ~|[VOBUSINESS]|"
-    "UTCFLAG No|[OPKEYMAP]|K ~|DEFAULT ~|[OAR]|OAR_TIMEOUT ~|[OAR#VAR]|TOTALVAR 1|A $VAR 1|"
-    "B $NEXT 1|C $X 1|D $PREVIOUS 0|F 7 1|G $CANCEL 1|H $CONTINUE 1|I NONE 1|"
-    "[OAR#CONTROL]|DISPLAYFLAG 1|NUMERICKEYS ~|CANCEL 12";
-
-// Kind; where the answers stand; the field that says which '~' is; the words of each input.
-constexpr char kRequests[] =
-    "property;ATMPROPERTYMEMORY slot ~;RecordId;I J X;G X;A X;10000 20000;0 5;978 1\n"
-    "action;ATMACTIONPROPERTYMEMORY slot ~;ActionText;action;I J X;G X;A X;S| S|T| T|S| S|T;0\n"
-    "action;ATMACTIONPROPERTYMEMORY slot ~;TxnValue;value;I J X;G X;A X;T| T|S|;10000 20000\n"
-    "fit;ATMFITMEMORY slot ~;IndirectNextState;I J;G X;A X;1 2\n"
-    "indirect-state;ATMFITMEMORY slot ~;IndirectNextState;I X;G;9780012345 97800 9799999999 1\n"
-    "txn-code;cfg/atm/statetable/opkey/~_opk.cfg;TxnCode;K;L M;I J;G X;A X;C\n"
-    "response;cfg/atm/statetable/resptable/~_resp.cfg;StateNo;good bad;K;L M;I J;G X;A X;C\n"
-    "oar;cfg/atm/templates/~_T_1.oar;TimeOut;I J;G X;A X;T;1 1 1 2;C\n"
-    "screen;cfg/atm/statetable/screen/~_screen.cfg;ScreenNo;I J;G X;A X;C\n"
-    "displogic;cfg/atm/displogic/~_displogic.cfg;DispLogic;K;1 2;I J;G X;A X;NDC+ATM;C\n"
-    "deposit;cfg/atm/bnamap/~_bnamap.cfg;Map;I J;G X;A X;C;A0101 A01010101 A010010 A0201\n"
-    "flags;cfg/vobusiness.cfg;Flag;receipt utc;I X\n"
-    "cardless;cfg/atm/CARDLESS_TXN.cfg;Track2Data;K X";
-
-std::string With(std::string text, const std::string& word) {
-  const std::size_t at = text.find('~');
-  return at == std::string::npos ? text : text.replace(at, 1, word);
+// A row of a seed file, of words: the fields of a table in the order of `names`.
+std::string Row(const Texts& names, const std::string& line) {
+  const Texts words = Words(line);
+  std::string row;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    const bool number = names[i] == "RecordId" || names[i] == "CurrencyCode" || names[i] == "Slot";
+    const bool object = words[i][0] == '{';
+    const std::string quote = number || object ? "" : "\"";
+    row += (row.empty() ? "{\"" : ", \"") + names[i] + "\": " + quote + words[i] + quote;
+  }
+  return row + "}";
 }
+
+std::string Rows(const std::string& names, const Texts& lines) {
+  std::string rows;
+  for (const std::string& line : lines) {
+    rows += (rows.empty() ? "[" : ",\n") + Row(Words(names), line);
+  }
+  return rows + "]";
+}
+
+constexpr char kProperty[] =
+    "RecordId InstTerminalGroup AtmLogicalGroup AtmId TxnCode RespCode CurrencyCode";
+constexpr char kAction[] =
+    "RecordId InstTerminalGroup AtmLogicalGroup AtmId StatusCode ActionFlag ActionText TxnFlag "
+    "TxnCode TxnValue";
+constexpr char kFit[] = "FitId MatchKey1 MatchKey2 MatchKey3 CardPrefix IndirectNextState";
+
+// A case: the arguments, then pairs of a place in the JSON and what stands there.
+struct Case {
+  const char* arguments;
+  int code;
+  std::vector<std::pair<const char*, const char*>> expected;
+};
 
 class ExplainTest : public testing::Test {
  protected:
-  ExplainTest() : home_({1, 10, 1, 10, 1}) {
-    EXPECT_EQ(util_.InitVoATMUtil(trace_.debug(), false), 1) << trace_.Take();
-  }
-
-  template <typename Row>
-  void SetAtm(Row* row) {
-    SetField(row->InstTerminalGroup, random_.OneOf({"I", "J", "*", "NOTDEFINED"}));
-    SetField(row->AtmLogicalGroup, random_.OneOf({"G", "*"}));
-    SetField(row->AtmId, random_.OneOf({"A", "*"}));
-    SetField(row->TxnCode, random_.OneOf({"010000", "01", "020000", "*"}));
-  }
-
-  // Gives a row of each table, which its number and letter name, new content.
-  void ChangeRow(int slot) {
-    VoAtmProperty& row = util_.AtmPropertyPtr[slot];
-    VoAtmActionProperty& action = util_.AtmActionPropertyPtr[slot];
-    AtmFit& fit = util_.AtmFitPtr[slot];
-    row.RecordId = slot;
-    SetAtm(&row);
-    SetAtm(&action);
-    SetField(row.RespCode, random_.OneOf({"000", "005", "*"}));
-    row.CurrencyCode = random_.OneOf({978, 0});
-    SetField(action.StatusCode, random_.OneOf({"S", "T"}));
-    action.ActionFlag = random_.OneOf({'Y', 'N'});
-    action.TxnFlag = random_.OneOf({'Y', 'Y', 'N'});
-    SetField(action.ActionText, std::to_string(slot));
-    SetField(action.TxnValue, std::to_string(slot));
-    SetField(fit.FitId, random_.OneOf({"NOTDEFINED", "F", "F", "F"}));
-    SetField(fit.MatchKey1, random_.OneOf({"I", "J"}));
-    SetField(fit.MatchKey2, random_.OneOf({"G", "*"}));
-    SetField(fit.MatchKey3, random_.OneOf({"A", "*"}));
-    SetField(fit.CardPrefix, random_.OneOf({"978FFFFFFF", "978001FFFF", "97800", "9799999999"}));
-    if (random_.Below(40) == 0) SetField(fit.CardPrefix, "ffffFFFFFF");
-    fit.IndirectNextState = static_cast<char>('0' + slot);
-  }
-
-  // Writes or removes one of the files.
-  void ChangeFile(const std::string& where) {
-    const int number = random_.Below(static_cast<int>(kNames.size()));
-    const std::string path = With(where, kNames[static_cast<std::size_t>(number)]);
-    if (random_.Below(3) == 0) return home_.Remove(path);
-    std::string text;
-    for (const std::string& entry : Words(kEntries, '|')) {
-      if (random_.Below(16) != 0) text += With(entry, std::to_string(10 + number)) + "\n";
+  void Expect(const std::vector<Case>& cases) {
+    for (const Case& each : cases) {
+      const Answer answer = Voatm("explain " + std::string(each.arguments) + " --json 2>/dev/null");
+      EXPECT_EQ(answer.code, each.code) << each.arguments;
+      const Json json = Json::parse(answer.text, nullptr, false);
+      for (const auto& [place, expected] : each.expected) {
+        const Json::json_pointer pointer(place);
+        const Json actual = json.contains(pointer) ? json.at(pointer) : Json("nothing there");
+        EXPECT_EQ(Shown(actual), expected) << each.arguments << " at " << place;
+      }
     }
-    home_.Write(path, text);
   }
 
-  // Asks as a row says, and returns whether there is an answer.
-  bool Ask(const ExplainKind& kind, const Texts& row) {
-    Inputs inputs;
-    for (std::size_t i = 3; i < row.size(); ++i) {
-      inputs[kind.inputs[i - 3].name] = random_.Row({Words(row[i])}).front();
+  // Texts and numbers as they are; of a list each one's place or result.
+  std::string Shown(const Json& json) const {
+    if (json.is_string()) return WithoutHome(json.get<std::string>());
+    if (!json.is_array()) return json.dump();
+    std::string all;
+    for (const Json& each : json) {
+      const char* const name = each.contains("where") ? "where" : "result";
+      all += (all.empty() ? "" : "; ") + WithoutHome(each.at(name).get<std::string>());
     }
-    const Explanation explanation = Explain(util_, kind, inputs);
-    EXPECT_EQ(explanation.disagreement, "") << kind.name;
-    if (!explanation.found) return false;
-    std::string value;
-    for (const Fact& fact : explanation.answer) {
-      if (fact.name == row[2]) value = fact.value.substr(0, 2);
-    }
-    const bool is_file = !kind.needs_tables && row[1].find('~') != std::string::npos;
-    const std::string name = is_file ? kNames.at(std::stoul(value) - 10) : value;
-    const std::string place = (kind.needs_tables ? "" : home_.path() + "/") + With(row[1], name);
-    EXPECT_EQ(explanation.source.substr(0, place.size()), place) << kind.name;
-    return true;
+    return all;
   }
 
-  ServedHome home_;
-  TraceRecorder trace_;
-  VoATMUtil util_;
-  RandomCases random_;
+  std::string WithoutHome(std::string text) const {
+    const std::size_t at = text.find(home_.path());
+    return at == std::string::npos ? text : text.erase(at, home_.path().size() + 1);
+  }
+
+  TestHome home_;
 };
 
-TEST_F(ExplainTest, NamesTheRowOrFileThatTheLibraryTook) {
-  for (int slot = 0; slot < 10; ++slot) ChangeRow(slot);
-  std::map<std::string, const ExplainKind*> kinds;
-  for (const ExplainKind& kind : kExplainTables) kinds[kind.name] = &kind;
-  for (const ExplainKind& kind : kExplainFiles) kinds[kind.name] = &kind;
-  for (const std::string& line : Words(kRequests, '\n')) {
-    const Texts row = Words(line, ';');
-    const ExplainKind& kind = *kinds.at(row[0]);
-    int found = 0;
-    for (int i = 0; i < 1000 && !HasFailure(); ++i) {
-      if (i % 4 == 0) kind.needs_tables ? ChangeRow(random_.Below(10)) : ChangeFile(row[1]);
-      if (Ask(kind, row)) ++found;
-    }
-    EXPECT_TRUE(found > 50 && found < 1000) << found << " answers of " << line;
-  }
+TEST_F(ExplainTest, RowsStandBehindInTheOrderInWhichTheyWouldAnswer) {
+  home_.Write("tables/atm_property.json",
+              Rows(kProperty, {"1 I G A 010000 * 0", "2 I G * 01 * 0", "3 I G * * * 0",
+                               "4 * * * * * 0", "5 I * * * * 0", "6 J G A 010000 * 0"}));
+  home_.Write("tables/atm_fit.json",
+              Rows(kFit, {"F1 I G * 978FFFFFFF A", "F2 I * A 97800FFFFF B", "F3 I * * 9999999999 C",
+                          "F4 J G A ffffffffff D", "F5 I G A 9780FFFFFF E"}));
+  home_.Write("tables/atm_status.json",
+              Rows("StatusCode StatusKind", {"PAPER N", "CASH S", "CASH N"}));
+  Expect({
+      {"property I G A 10000 5 978 --from tables --locks",
+       0,
+       {{"/source", "ATMPROPERTYMEMORY slot 0"},
+        {"/answer/RecordId", "1"},
+        {"/behind",
+         "ATMPROPERTYMEMORY slot 1; ATMPROPERTYMEMORY slot 2; ATMPROPERTYMEMORY slot 4; "
+         "ATMPROPERTYMEMORY slot 3"},
+        {"/behind/2/answer/RecordId", "5"},
+        {"/alone", ""},
+        {"/tries/4/result",
+         "none: Error in Searching InstTerminalGroup[I] AtmLogicalGroup[G] AtmId[A] "
+         "TxnCode[010000] RespCode[005] in VoAtmProperty Table"},
+        {"/tries/7/result", "slot 0"},
+        {"/locks/slots", "18"},
+        {"/locks/calls", "36"}}},
+      {"property I G A 080000 058 0978 --from tables/atm_property.json",
+       1,
+       {{"/found", "false"},
+        {"/source", ""},
+        {"/behind", ""},
+        {"/alone",
+         "ATMPROPERTYMEMORY slot 2; ATMPROPERTYMEMORY slot 3; ATMPROPERTYMEMORY slot 4"}}},
+      {"fit I G A 2 --from tables",
+       0,
+       {{"/source", "ATMFITMEMORY slot 2"},
+        {"/answer/FitId", "F3"},
+        {"/tries", "slot 2"},
+        {"/behind", "ATMFITMEMORY slot 4"}}},
+      {"fit I X Y --from tables", 0, {{"/source", "ATMFITMEMORY slot 2"}, {"/alone", ""}}},
+      {"fit Z X Y --from tables", 1, {{"/tries", "none"}, {"/source", ""}}},
+      {"indirect-state I G 9780012345 --from tables",
+       0,
+       {{"/source", "ATMFITMEMORY slot 1"},
+        {"/answer/IndirectNextState", "B"},
+        {"/behind", "ATMFITMEMORY slot 4; ATMFITMEMORY slot 0; ATMFITMEMORY slot 3"},
+        {"/behind/2/answer/IndirectNextState", "D"}}},
+      {"status CASH 'A|' 'A|B' --from tables",
+       0,
+       {{"/source", "ATMSTATUSMEMORY slot 1"},
+        {"/answer/row 2", "CASH"},
+        {"/answer/message", "A|CASH|"},
+        {"/behind", "ATMSTATUSMEMORY slot 2"},
+        {"/behind/0/answer/message", "as it was"}}},
+      {"status OTHER --from tables", 1, {{"/answer/row 0", "OTHER"}}},
+      {"property I G A 1 2 3 --from nowhere", 2, {}},
+      {"property I G A 0x10 2 3 --from tables", 2, {}},
+      {"screen I G A C --from tables", 2, {}},
+  });
+  EXPECT_NE(Voatm("explain action action I").text.find("PAPEROUT|CASHLOW|"), std::string::npos);
 }
 
-// A walk that leads elsewhere than the library is no explanation.
-TEST(ExplainConclude, SaysThatTheLibraryAnswersOtherwise) {
-  Explanation explanation;
-  Conclude(&explanation, true, {{"State", "1"}}, true, {{"State", "2"}});
-  EXPECT_EQ(explanation.disagreement,
-            "the library answers: found State[1]; the tries lead to: found State[2]");
+// More rows than a mark can tell at once, and a text without its NUL.
+TEST_F(ExplainTest, TheRowIsToldAmongThousands) {
+  Texts actions, fits;
+  for (int i = 0; i < 2500; ++i) {
+    actions.push_back(std::to_string(i) + " I G A S" + std::to_string(i) + " Y T Y 010000 7");
+    fits.push_back("F I G A " + std::to_string(1000000000 + i) + " N");
+  }
+  actions.push_back(
+      "9 I G A LONG Y {\"hex\":\"414141414141414141414141414141414141414141\"} N * 1");
+  home_.Write("tables/atm_action_property.json", Rows(kAction, actions));
+  home_.Write("tables/atm_fit.json", Rows(kFit, fits));
+  Expect({
+      {"action value I G A 'S3|S2345|' 10000 --from tables",
+       0,
+       {{"/source", "ATMACTIONPROPERTYMEMORY slot 2345"}, {"/answer/TxnValue", "7"}}},
+      {"action action I G A 'S1234|S7|' --from tables",
+       0,
+       {{"/source", "ATMACTIONPROPERTYMEMORY slot 1234"}, {"/answer/ActionText", "T"}}},
+      {"action action I G A 'LONG|' --from tables",
+       0,
+       {{"/source", "ATMACTIONPROPERTYMEMORY slot 2500"},
+        {"/answer/ActionText", "AAAAAAAAAAAAAAAAAAAAA"}}},
+      {"indirect-state I G 1000001999 --from tables", 0, {{"/source", "ATMFITMEMORY slot 1999"}}},
+  });
+}
+
+TEST_F(ExplainTest, FilesStandBehindWhenTheyWouldAnswer) {
+  const std::string responses = "cfg/atm/statetable/resptable/";
+  home_.Write(responses + "I_G_resp.cfg", "[GOOD_RESPONSE]\nK_L 1 2\n[BAD_RESPONSE]\nK_L 1\n");
+  home_.Write(responses + "I_resp.cfg", "[GOOD_RESPONSE]\nOTHER 3 4\n");
+  home_.Write(responses + "C_resp.cfg", "# c\n[GOOD_RESPONSE]\nK_L 5 6\n");
+  home_.Write("cfg/atm/CARDLESS_TXN.cfg", "[OPKEYMAP]\nDEFAULT 1\nK 2\n");
+  home_.Write("cfg/vobusiness.cfg", "I_BADRSP_RCPT_NEEDED No\n");
+  Expect({
+      {"response good K L I G A C",
+       0,
+       {{"/source", "cfg/atm/statetable/resptable/I_G_resp.cfg:2"},
+        {"/answer/ScreenNo", "2"},
+        {"/tries", "none; exists; line 2: 1 2"},
+        {"/behind", "cfg/atm/statetable/resptable/C_resp.cfg:3"},
+        {"/behind/0/answer/StateNo", "5"}}},
+      {"response bad K L I G A C",
+       1,
+       {{"/source", ""}, {"/tries", "none; exists; line 4: no readable field 3"}}},
+      {"cardless K",
+       0,
+       {{"/source", "cfg/atm/CARDLESS_TXN.cfg:3"},
+        {"/behind", "cfg/atm/CARDLESS_TXN.cfg:2"},
+        {"/behind/0/answer/Track2Data", "1"}}},
+      {"flags receipt I", 0, {{"/source", "cfg/vobusiness.cfg:1"}, {"/answer/Flag", "0"}}},
+      {"flags receipt J", 1, {{"/source", ""}, {"/answer/Flag", "0"}, {"/tries", "exists; none"}}},
+  });
+}
+
+// A folder that may not be entered hides what a driver may see.
+TEST_F(ExplainTest, WhatMayNotBeReadIsNoAnswer) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can become somebody else";
+  home_.Write("cfg/atm/CARDLESS_TXN.cfg", "[OPKEYMAP]\nK 2\n");
+  const Answer answer = Shell("chmod 755 " + home_.path() + "; chmod 700 " + home_.path() +
+                              "/cfg; setpriv --reuid=65534 --clear-groups " BUILD_DIRECTORY
+                              "/voatm explain cardless K --json --home " +
+                              home_.path() + " 2>&1");
+  EXPECT_EQ(answer.code, 2);
+  EXPECT_NE(answer.text.find("not opened: Permission denied"), std::string::npos) << answer.text;
+}
+
+TEST_F(ExplainTest, TextsAreTakenApart) {
+  VoATMUtil util;
+  VoDebugUtil trace;
+  util.dptr = &trace;
+  VoAtmMgrQMsg message{};
+  util.PackAtmTraceNoMsg("ATM00001", 4711, &message);
+  std::ofstream(home_.path() + "/trace").write(reinterpret_cast<char*>(&message), sizeof message);
+  AtmDenomStatusMsg denom{};
+  denom.DenomNotes[7] = 9;
+  util.PackAtmDenomMsg("ATM00001", &denom, &message);
+  std::ofstream(home_.path() + "/denom").write(reinterpret_cast<char*>(&message), sizeof message);
+  home_.Write("short", "abc");
+  const std::string traced = "message " + home_.path() + "/trace";
+  const std::string notes = "message - < " + home_.path() + "/denom";
+  const std::string cut = "message " + home_.path() + "/short";
+  const std::string lost = "message " + home_.path() + "/absent";
+  Expect({
+      {traced.c_str(),
+       0,
+       {{"/answer/is 2", "AtmTraceNoPayload"},
+        {"/answer/TraceNo", "4711"},
+        {"/answer/AtmId", "ATM00001"}}},
+      {notes.c_str(), 0, {{"/answer/is 2", "AtmDenomStatusMsg"}, {"/answer/DenomNotes H", "9"}}},
+      {cut.c_str(), 2, {}},
+      {lost.c_str(), 2, {}},
+      {"last-transaction 2471010000100002000030000400000 01020304 10000 4711",
+       0,
+       {{"/answer/LTS Trace No", "4710"},
+        {"/answer/Reformed Dispense Buffer", "01020304"},
+        {"/answer/MsgType", "420"},
+        {"/answer/ReasonCode", "103"}}},
+      {"last-transaction 2471110000100002000030000400000 01020304 10000 4711",
+       0,
+       {{"/answer/decided", "nothing is sent"}, {"/answer/MsgType", "nothing there"}}},
+  });
 }
 
 }  // namespace

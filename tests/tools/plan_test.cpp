@@ -1,12 +1,12 @@
-#include "support/driver_test.h"
 #include "support/random_cases.h"
+#include "support/served_home.h"
 #include "tools/voatm/ask/cash_plan.h"
+#include "tools/voatm_output.h"
 
 namespace {
 
 // What counts as paid adds up; a sweep says of each amount what a single request says.
 TEST(Plan, PaidMeansTheWholeAmountInASweepToo) {
-  Unattached library;
   RandomCases random;
   for (int i = 0; i < 1000; ++i) {
     CashRequest request{"NDC+ATM", 978, random.OneOf({5, 40}), {}};
@@ -16,7 +16,7 @@ TEST(Plan, PaidMeansTheWholeAmountInASweepToo) {
     const char* const logic = random.OneOf({"01010100", "00000000", "02000000", "00010000"});
     const LogicOf logic_of = [&](int) { return logic; };
     const int amount = 10 + 10 * random.Below(50);
-    const CashOutcome outcome = Pay(library.util, request, logic_of, amount);
+    const CashOutcome outcome = Pay(request, logic_of, amount);
     int sum = 0, foreign = 0;
     for (std::size_t at = 0; at < 3 && !outcome.logic.empty(); ++at) {
       const DenomInfo& cassette = request.cassettes[at];
@@ -25,7 +25,55 @@ TEST(Plan, PaidMeansTheWholeAmountInASweepToo) {
     }
     const bool paid = outcome.payment == Payment::kPaid;
     EXPECT_EQ(paid, outcome.code == 0 && sum == amount && foreign == 0) << outcome.logic;
-    EXPECT_EQ(Sweep(library.util, request, logic_of, amount - 1, amount, 1).back().paid, paid);
+    EXPECT_EQ(Sweep(request, logic_of, amount - 1, amount, 1).back().paid, paid);
+  }
+}
+
+constexpr char kGiven[] = " --model NDC+ATM --max-notes 40 A:20:036:Y B:50:036:Y D:10:36:N";
+
+// Numbers are decimal digits, on the command line and in a file; what cannot count is refused.
+TEST(Plan, TakesDecimalNumbersAndWhatGoesTogether) {
+  const TestHome home;
+  struct Case {
+    const char* arguments;
+    int code;
+  };
+  for (const auto& [arguments, code] : {
+           Case{"--currency 036 --amount 070", 0},
+           {"--currency 36 --amount 70 --logic 01010000", 0},
+           {"--currency 36 --amount 30", 1},
+           {"--currency 36 --amount 0x46", 2},
+           {"--currency 36 --amount -70", 2},
+           {"--currency 36 --amount 0", 2},
+           {"--currency 36 --amount 4294967366", 2},
+           {"--currency 36 --amount 70 --sweep 10:70:10", 2},
+           {"--currency 36 --sweep 70:10", 2},
+           {"--currency 36 --sweep 20:70:50", 0},
+           {"--currency 36 --amount 70 --scope A B C COMMON", 2},
+           {"--currency 36 --amount 70 --index 7", 2},
+           {"--currency 36 --amount 70 --logic 0101", 2},
+           {"--amount 70", 2},
+       }) {
+    const Answer answer = Voatm("plan " + std::string(arguments) + kGiven);
+    EXPECT_EQ(answer.code, code) << arguments << answer.text;
+  }
+  for (const auto& [file, code] : {
+           Case{R"({"amount": 70, "currency": 36, "max_notes": 40})", 0},
+           {R"({"amount": 70.9, "currency": 36, "max_notes": 40})", 2},
+           {R"({"amount": 4294967366, "currency": 36, "max_notes": 40})", 2},
+           {R"({"amount": true, "currency": 36, "max_notes": 40})", 2},
+           {R"({"amount": 7e1, "currency": 36, "max_notes": 40})", 2},
+           {R"({"amount": 70, "currency": 36, "max_notes": 40, "notes": 1})", 2},
+           {R"([70])", 2},
+           {R"({"amount": 70,)", 2},
+           {R"({"amount": 70, "currency": 36, "max_notes": 40, "cassettes": [1]})", 2},
+       }) {
+    home.Write("plan.json", file);
+    const bool cassettes = std::string(file).find("cassettes") != std::string::npos;
+    const Answer answer = Voatm("plan --model NDC+ATM --file " + home.path() + "/plan.json" +
+                                (cassettes ? "" : " A:20:036:Y B:50:036:Y"));
+    EXPECT_EQ(answer.code, code) << file << answer.text;
+    EXPECT_EQ(answer.text.find("plan.json") != std::string::npos, code == 2) << answer.text;
   }
 }
 

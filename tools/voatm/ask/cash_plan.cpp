@@ -2,29 +2,31 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <numeric>
 #include <sstream>
-#include <stdexcept>
+
+#include "ask/observation.h"
+#include "options.h"
 
 namespace {
 
 constexpr char kOutsideLogic = '@';
-constexpr int kFirstCassetteCode = 301;
-constexpr int kLastCassetteCode = 316;
 
 // Holds any logic that the library writes.
 using LogicBuffer = char[32];
 
+std::string NameOf(const DenomInfo& cassette) {
+  return std::string(1, cassette.Id) + " (" + std::to_string(cassette.Value) + ")";
+}
+
 int NotesAt(const std::string& logic, std::size_t position) {
-  return 2 * position < logic.size() ? atoi(logic.substr(2 * position, 2).c_str()) : 0;
+  return 2 * position < logic.size() ? ReadNumber(logic.substr(2 * position, 2)).value_or(0) : 0;
 }
 
 // What a logic gives of the request's currency, and whether it takes notes of another one.
 struct Sum {
   long long amount = 0;
-  long long notes = 0;
   bool foreign = false;
 };
 
@@ -33,7 +35,6 @@ Sum SumOf(const CashRequest& request, const std::string& logic) {
   for (std::size_t i = 0; i < request.positions(); ++i) {
     const int notes = NotesAt(logic, i);
     if (request.cassettes[i].Code == request.currency) {
-      sum.notes += notes;
       sum.amount += static_cast<long long>(notes) * request.cassettes[i].Value;
     } else if (notes > 0) {
       sum.foreign = true;
@@ -42,24 +43,7 @@ Sum SumOf(const CashRequest& request, const std::string& logic) {
   return sum;
 }
 
-std::string CassetteName(const DenomInfo& cassette) {
-  return std::string(1, cassette.Id) + " (" + std::to_string(cassette.Value) + ")";
-}
-
-std::string MeaningOf(const CashRequest& request, int code) {
-  if (code == 40) return "the configured logic is no whole number";
-  if (code == 108) {
-    return "no cassette of currency " + std::to_string(request.currency) + " can be used";
-  }
-  if (code < kFirstCassetteCode || code > kLastCassetteCode) {
-    return "unknown code " + std::to_string(code);
-  }
-  const int offset = code - kFirstCassetteCode;
-  return "cassette " + CassetteName(request.cassettes[static_cast<std::size_t>(offset / 2)]) +
-         " stands in the way: " +
-         (offset % 2 == 0 ? "the plan needs too many notes" : "its notes are too large");
-}
-
+// A returned 0 does not promise the amount: that is the driver's to see, and so ours.
 void Judge(const CashRequest& request, int amount, CashOutcome* outcome) {
   const Sum sum = SumOf(request, outcome->logic);
   outcome->payment = Payment::kFallsShort;
@@ -73,12 +57,27 @@ void Judge(const CashRequest& request, int amount, CashOutcome* outcome) {
   }
 }
 
-CashOutcome PayWith(VoATMUtil& util, const CashRequest& request, int amount,
-                    const std::string& configured) {
+// What the library's result says.
+std::string MeaningOf(const CashRequest& request, int code) {
+  constexpr int kFirstCassette = 301;  // two codes a cassette
+  if (code == 40) return "the configured logic is no whole number";
+  if (code == 108) {
+    return "no cassette of currency " + std::to_string(request.currency) + " can be used";
+  }
+  const int offset = code - kFirstCassette;
+  if (offset < 0 || offset >= 2 * static_cast<int>(kCassettes)) return "an unknown code";
+  const DenomInfo& cassette = request.cassettes[static_cast<std::size_t>(offset / 2)];
+  return "cassette " + NameOf(cassette) + " stands in the way: " +
+         (offset % 2 == 0 ? "the plan needs too many notes" : "its notes are too large");
+}
+
+CashOutcome PayWith(const CashRequest& request, int amount, const std::string& configured) {
   auto cassettes = request.cassettes;
   std::string amount_text = std::to_string(amount);
   LogicBuffer logic = {};
   configured.copy(logic, sizeof logic - 1);
+  VoATMUtil util;
+  util.dptr = Observation::Trace();
   CashOutcome outcome;
   outcome.code = util.CheckCashAvailability(request.model.c_str(), amount_text.data(), logic,
                                             request.currency, cassettes.data(), request.max_notes);
@@ -103,15 +102,40 @@ int UnitOf(const CashRequest& request) {
   return std::max(unit, 1);
 }
 
-std::string Cause(const CashOutcome& outcome) {
+// Without the amounts, which would keep equal runs apart.
+std::string PlannedFate(const CashOutcome& outcome) {
   switch (outcome.payment) {
     case Payment::kPaid:
       return "pays";
     case Payment::kRefused:
       return "refuses, " + std::to_string(outcome.code) + ": " + outcome.meaning;
     default:
-      return NameOf(outcome.payment);  // amounts would keep equal runs apart
+      return NameOf(outcome.payment);
   }
+}
+
+// "A:20:978:Y" in its parts.
+std::vector<std::string> PartsOf(const std::string& cassette) {
+  std::istringstream stream(cassette);
+  std::vector<std::string> parts;
+  for (std::string part; std::getline(stream, part, ':');) parts.push_back(part);
+  return parts;
+}
+
+DenomInfo CassetteOf(const CashRequest& request, const std::string& text) {
+  const std::vector<std::string> parts = PartsOf(text);
+  const bool complete = parts.size() == 4 && parts[0].size() == 1 && parts[3].size() == 1 &&
+                        std::strchr("YN@", parts[3][0]) != nullptr;
+  const auto value = complete ? ReadNumber(parts[1]) : std::nullopt;
+  const auto currency = complete ? ReadNumber(parts[2]) : std::nullopt;
+  if (!value || !currency) {
+    throw UsageError("cassette \"" + text + "\" is not like A:20:978:Y");
+  }
+  const char id = parts[0][0];
+  if (id < 'A' || static_cast<std::size_t>(id - 'A') >= request.positions()) {
+    throw UsageError("cassette \"" + text + "\": " + request.model + " has no " + id);
+  }
+  return {id, id - 'A' + 1, *value, *currency, parts[3][0], 0};
 }
 
 }  // namespace
@@ -121,26 +145,14 @@ void SetCassettes(CashRequest* request, const std::vector<std::string>& cassette
     request->cassettes[i] = {
         static_cast<char>('A' + i), static_cast<int>(i) + 1, 0, 0, kOutsideLogic, 0};
   }
+  std::string given;
   for (const std::string& text : cassettes) {
-    std::istringstream stream(text);
-    char id, status;
-    char colons[3];
-    int value, currency;
-    stream >> id >> colons[0] >> value >> colons[1] >> currency >> colons[2] >> status;
-    if (!stream || stream.peek() != EOF || memcmp(colons, ":::", 3) != 0 || value < 0 ||
-        strchr("YN@", status) == nullptr) {
-      throw std::invalid_argument("cassette \"" + text + "\" is not like A:20:978:Y");
+    const DenomInfo cassette = CassetteOf(*request, text);
+    if (given.find(cassette.Id) != std::string::npos) {
+      throw UsageError("cassette \"" + text + "\" is given twice");
     }
-    const auto position = static_cast<std::size_t>(id - 'A');
-    if (id < 'A' || position >= request->positions()) {
-      throw std::invalid_argument("cassette \"" + text + "\": " + request->model + " has no " + id);
-    }
-    DenomInfo& cassette = request->cassettes[position];
-    if (cassette.Value != 0)
-      throw std::invalid_argument("cassette \"" + text + "\" is given twice");
-    cassette.Value = value;
-    cassette.Code = currency;
-    cassette.Status = status;
+    given += cassette.Id;
+    request->cassettes[static_cast<std::size_t>(cassette.Pos - 1)] = cassette;
   }
 }
 
@@ -157,26 +169,13 @@ const char* NameOf(Payment payment) {
   }
 }
 
-std::string FaultOf(const CashRequest& request, int amount, const std::string& logic) {
-  const Sum sum = SumOf(request, logic);
-  if (sum.amount != amount) return "gives another amount";
-  if (sum.notes > request.max_notes) return "has too many notes";
-  for (std::size_t i = 0; i < request.positions(); ++i) {
-    const DenomInfo& cassette = request.cassettes[i];
-    if (cassette.Status == 'N' && cassette.Code == request.currency && NotesAt(logic, i) > 0) {
-      return "asks cassette " + CassetteName(cassette) + ", which cannot be used";
-    }
-  }
-  return "";
-}
-
 std::string DescribeLogic(const CashRequest& request, const std::string& logic) {
   std::string text;
   for (std::size_t i = 0; i < request.positions(); ++i) {
     const int notes = NotesAt(logic, i);
     if (notes == 0) continue;
-    text += (text.empty() ? "" : " + ") + std::to_string(notes) + " x " +
-            CassetteName(request.cassettes[i]);
+    text +=
+        (text.empty() ? "" : " + ") + std::to_string(notes) + " x " + NameOf(request.cassettes[i]);
   }
   return (text.empty() ? "no notes" : text) + " = " + std::to_string(SumOf(request, logic).amount);
 }
@@ -185,16 +184,20 @@ LogicOf NoLogic(const CashRequest& request) {
   return [zeros = std::string(2 * request.positions(), '0')](int) { return zeros; };
 }
 
-CashOutcome Pay(VoATMUtil& util, const CashRequest& request, const LogicOf& logic_of, int amount) {
+CashOutcome Pay(const CashRequest& request, const LogicOf& logic_of, int amount) {
   const std::optional<std::string> logic = logic_of(amount);
-  if (logic) return PayWith(util, request, amount, *logic);
+  if (logic) return PayWith(request, amount, *logic);
   CashOutcome outcome;
   outcome.meaning = "no logic is configured for the amount";
   return outcome;
 }
 
-std::vector<int> PaidNearby(VoATMUtil& util, const CashRequest& request, const LogicOf& logic_of,
-                            int amount) {
+const char* FateOf(const std::optional<std::string>& configured, const CashOutcome& outcome) {
+  if (!configured) return "none";
+  return outcome.code == 0 && outcome.logic == *configured ? "pays" : "does not pay";
+}
+
+std::vector<int> PaidNearby(const CashRequest& request, const LogicOf& logic_of, int amount) {
   constexpr int kSteps = 200;
   constexpr int kWanted = 2;  // on each side
   const int unit = UnitOf(request);
@@ -207,7 +210,7 @@ std::vector<int> PaidNearby(VoATMUtil& util, const CashRequest& request, const L
       candidate += direction * static_cast<long long>(unit);
       if (candidate <= 0 || candidate > INT_MAX) break;
       const int near = static_cast<int>(candidate);
-      if (Pay(util, request, logic_of, near).payment != Payment::kPaid) continue;
+      if (Pay(request, logic_of, near).payment != Payment::kPaid) continue;
       paid.push_back(near);
       --wanted;
     }
@@ -216,24 +219,23 @@ std::vector<int> PaidNearby(VoATMUtil& util, const CashRequest& request, const L
   return paid;
 }
 
-std::vector<SweepRun> Sweep(VoATMUtil& util, const CashRequest& request, const LogicOf& logic_of,
-                            int from, int to, int step) {
+std::vector<SweepRun> Sweep(const CashRequest& request, const LogicOf& logic_of, int from, int to,
+                            int step) {
   std::vector<SweepRun> runs;
   for (long long at = from; at <= to; at += step) {
     const int amount = static_cast<int>(at);
-    std::optional<std::string> logic = logic_of(amount);
-    const std::string fault = logic ? FaultOf(request, amount, *logic) : "none";
-    const CashOutcome answer = Pay(
-        util, request, [&](int) { return logic; }, amount);
-    const bool paid = answer.payment == Payment::kPaid;
-    const std::string configured = fault.empty() ? Cause(answer) : fault;
-    const std::string planned = Cause(Pay(util, request, NoLogic(request), amount));
-    if (!runs.empty() && runs.back().paid == paid && runs.back().configured == configured &&
-        runs.back().planned == planned) {
+    const std::optional<std::string> logic = logic_of(amount);
+    const CashOutcome outcome = Pay(
+        request, [&](int) { return logic; }, amount);
+    const CashOutcome plan = Pay(request, NoLogic(request), amount);
+    SweepRun run = {
+        amount,           amount, 1, outcome.payment == Payment::kPaid, FateOf(logic, outcome),
+        PlannedFate(plan)};
+    if (!runs.empty() && runs.back().FaresAs(run)) {
       runs.back().to = amount;
       ++runs.back().amounts;
     } else {
-      runs.push_back({amount, amount, 1, paid, configured, planned});
+      runs.push_back(std::move(run));
     }
   }
   return runs;

@@ -1,17 +1,13 @@
-// voatm explain: which row or file decided an answer, and why.
-#include <algorithm>
+// voatm explain: which row or file decides an answer, and why.
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "ask/explain_core.h"
-#include "ask/library.h"
-#include "look/findings.h"
-#include "look/survey.h"
+#include "ask/experiment.h"
+#include "ask/rows_source.h"
 #include "show/output.h"
 #include "verbs/verbs.h"
 
@@ -20,176 +16,161 @@ namespace {
 struct Options : DataOptions {
   std::string kind;
   std::vector<std::string> given;
+  std::string from;
   bool trace = false;
+  bool locks = false;
 };
 
 Json FactsJson(const Facts& facts) {
   Json json = Json::object();
-  for (const Fact& fact : facts) json[fact.name] = fact.value;
+  for (const Fact& fact : facts) {
+    std::string name = fact.name;
+    for (int number = 2; json.contains(name); ++number) {
+      name = fact.name + " " + std::to_string(number);
+    }
+    json[name] = fact.value;
+  }
   return json;
 }
 
-Json ExplanationJson(const ExplainKind& kind, const Explanation& explanation, bool trace) {
+Json PlacedJson(const std::vector<Placed>& all) {
+  Json json = Json::array();
+  for (const Placed& each : all) {
+    json.push_back({{"where", each.where}, {"answer", FactsJson(each.answer.facts)}});
+  }
+  return json;
+}
+
+Json ExplanationJson(const Question& question, const Explanation& explanation,
+                     const Options& options) {
   Json tries = Json::array();
   for (const Try& each : explanation.tries) {
     tries.push_back({{"level", each.level}, {"tried", each.tried}, {"result", each.result}});
   }
-  Json shadowed = Json::array();
-  for (const Fact& fact : explanation.shadowed) {
-    shadowed.push_back({{"where", fact.name}, {"what", fact.value}});
-  }
-  Json json = {{"kind", kind.name},
-               {"found", explanation.found},
-               {"source", explanation.source},
-               {"answer", FactsJson(explanation.answer)},
+  Json json = {{"kind", question.name},
+               {"found", explanation.taken.answer.found},
+               {"source", explanation.taken.where},
+               {"answer", FactsJson(explanation.taken.answer.facts)},
                {"tries", std::move(tries)},
-               {"shadowed", std::move(shadowed)},
-               {"notes", explanation.notes}};
-  if (trace) json["trace"] = explanation.trace;
+               {"behind", PlacedJson(explanation.behind)},
+               {"alone", PlacedJson(explanation.alone)}};
+  if (question.note != nullptr) json["note"] = question.note;
+  if (options.locks && explanation.cost) {
+    json["locks"] = {{"slots", explanation.cost->slots}, {"calls", explanation.cost->calls}};
+  }
+  if (options.trace) json["trace"] = explanation.trace;
   return json;
 }
 
-void PrintFacts(const char* title, const Facts& facts, const char* name, const char* value) {
+std::string InOneLine(const Facts& facts) {
+  std::string line;
+  for (const Fact& fact : facts) line += (line.empty() ? "" : " ") + fact.value;
+  return line;
+}
+
+void PrintFacts(const Facts& facts) {
   if (facts.empty()) return;
-  std::printf("\n%s\n", title);
-  TextTable table({{name}, {value}});
+  std::printf("\nAnswer\n");
+  TextTable table({{"FIELD"}, {"VALUE"}});
   for (const Fact& fact : facts) table.AddRow({fact.name, fact.value});
   table.Print();
 }
 
-// An entry's place without the path, which stands above it.
 void PrintTries(const std::vector<Try>& tries) {
+  if (tries.empty()) return;
   std::printf("\nTries\n");
   TextTable table({{"LEVEL"}, {"TRIED"}, {"RESULT"}});
-  std::string file;
-  for (const Try& each : tries) {
-    if (each.level == "file") file = each.tried + ":";
-    const bool below = !file.empty() && each.result.compare(0, file.size(), file) == 0;
-    const std::string place = "line " + each.result.substr(below ? file.size() : 0);
-    table.AddRow({each.level, each.tried, below ? place : each.result});
-  }
+  for (const Try& each : tries) table.AddRow({each.level, each.tried, each.result});
   table.Print();
 }
 
-void PrintText(const Explanation& explanation, bool trace) {
-  if (explanation.found) {
-    std::printf("found: %s\n", explanation.source.c_str());
-  } else {
-    std::printf("%s\n", Alarm("not found").c_str());
+void PrintPlaced(const char* title, const std::vector<Placed>& all) {
+  if (all.empty()) return;
+  std::printf("\n%s\n", title);
+  TextTable table({{"WHERE"}, {"ANSWER"}});
+  for (const Placed& each : all) table.AddRow({each.where, InOneLine(each.answer.facts)});
+  table.Print();
+}
+
+void PrintText(const Question& question, const Explanation& explanation, const Options& options) {
+  const Answer& answer = explanation.taken.answer;
+  if (question.ground != Ground::kNothing) {
+    std::printf("%s\n", answer.found ? ("found: " + Readable(explanation.taken.where)).c_str()
+                                     : Alarm("not found").c_str());
   }
-  PrintFacts("Answer", explanation.answer, "FIELD", "VALUE");
+  PrintFacts(answer.facts);
   PrintTries(explanation.tries);
-  PrintFacts("Shadowed", explanation.shadowed, "WHERE", "WHAT");
-  for (const std::string& note : explanation.notes) std::printf("\nNote: %s.\n", note.c_str());
-  if (!trace) return;
+  PrintPlaced("Behind it, each when those before are gone", explanation.behind);
+  PrintPlaced("Never reached, though each would do alone", explanation.alone);
+  if (question.note != nullptr) std::printf("\nNote: %s.\n", question.note);
+  if (options.locks && explanation.cost) {
+    std::printf("\nUnder locks: %d slots, %d semaphore calls\n", explanation.cost->slots,
+                explanation.cost->calls);
+  }
+  if (!options.trace) return;
   std::printf("\nTrace\n");
   for (const std::string& line : explanation.trace) std::printf("%s\n", Readable(line).c_str());
   if (explanation.trace.empty()) std::printf("nothing was traced\n");
 }
 
-Explanation ExplainAt(const std::string& home, const ExplainKind& kind, const Inputs& inputs) {
-  RequireHome(home);
-  if (!kind.needs_tables) {
-    setenv("VODIR_HOME", home.c_str(), 1);
-    VoATMUtil util;
-    return Explain(util, kind, inputs);
+Explanation Explain(const Options& options, const Question& question, const Inputs& inputs) {
+  if (!options.from.empty() && question.ground != Ground::kRows) {
+    throw UsageError("--from is of use where a table answers");
   }
-  const Survey survey = SurveyTables(home);
-  for (const TableState& table : survey.tables) {
-    const std::vector<Finding> findings = CheckTable(survey, table);
-    if (!findings.empty()) throw std::runtime_error(findings.front().what + "; see voatm tables");
+  if (question.ground == Ground::kNothing) return ExplainText(question, inputs);
+  if (question.ground != Ground::kRows) {
+    RequireHome(options.home);
+    setenv("VODIR_HOME", options.home.c_str(), 1);
+    return ExplainFiles(question, inputs);
   }
-  Library library(survey);
-  return Explain(library.util(), kind, inputs);
+  Rows rows = RowsFrom(options.from, options.home, question.Table());
+  return RowsExperiment(question, inputs, &rows).Explain();
 }
 
-template <typename Take>
-void ForEachKind(Take take) {
-  for (const ExplainKind& kind : kExplainTables) take(kind);
-  for (const ExplainKind& kind : kExplainFiles) take(kind);
+// Without a decision to make, what is said is the answer.
+ExitCode ExitCodeOf(const Question& question, const Explanation& explanation) {
+  if (!explanation.unseen.empty()) return kCannotRun;
+  const bool yes = question.ground == Ground::kNothing || explanation.taken.answer.found;
+  return yes ? kDone : kFindings;
 }
 
-const ExplainKind& KindNamed(const std::string& name) {
-  const ExplainKind* found = nullptr;
-  ForEachKind([&](const ExplainKind& kind) {
-    if (name == kind.name) found = &kind;
-  });
-  if (found == nullptr) throw UsageError("no kind \"" + name + "\" to explain");
-  return *found;
-}
-
-// "action action|value inst group atm statuses [txn]"
-std::string Usage(const ExplainKind& kind) {
-  std::string usage = kind.name;
-  for (const Input& input : kind.inputs) {
-    if (input.name == nullptr) break;
-    const bool words = input.values != nullptr && std::string(input.values) != kWholeNumber;
-    std::string name = words ? input.values : input.name;
-    std::replace(name.begin(), name.end(), ' ', '|');
-    usage += input.standard == nullptr ? " " + name : " [" + name + "]";
+ExitCode ExplainAndPrint(const Options& options) {
+  const Question& question = *FindQuestion(options.kind);
+  const Explanation explanation = Explain(options, question, ReadInputs(question, options.given));
+  if (options.json) {
+    PrintJson(ExplanationJson(question, explanation, options));
+  } else {
+    PrintText(question, explanation, options);
   }
-  return usage;
+  if (!explanation.unseen.empty()) Say(explanation.unseen + ": a driver may see more");
+  return ExitCodeOf(question, explanation);
 }
 
 std::string Usages() {
   std::string usages = "What can be explained:\n";
-  ForEachKind([&](const ExplainKind& kind) { usages += "\n  " + Usage(kind); });
+  for (const Question* question : AllQuestions()) {
+    usages += "\n  " + question->Usage();
+    for (const Input& input : question->inputs) {
+      const std::string about = input.about;
+      if (about.find(':') != std::string::npos) {
+        usages += "\n    " + std::string(input.name) + ": " + about;
+      }
+    }
+  }
   return usages;
-}
-
-[[noreturn]] void Refuse(const ExplainKind& kind, const std::string& cause) {
-  throw UsageError(cause + ": explain " + Usage(kind));
-}
-
-bool IsAllowed(const std::string& value, const char* values) {
-  if (values == nullptr) return true;
-  if (std::string(values) == kWholeNumber) return ReadNumber(value).has_value();
-  std::istringstream words(values);
-  for (std::string word; words >> word;) {
-    if (word == value) return true;
-  }
-  return false;
-}
-
-Inputs ReadInputs(const ExplainKind& kind, const std::vector<std::string>& given) {
-  Inputs inputs;
-  std::size_t used = 0;
-  for (const Input& input : kind.inputs) {
-    if (input.name == nullptr) break;
-    if (used == given.size() && input.standard == nullptr) {
-      Refuse(kind, std::string("no ") + input.name + " (" + input.about + ")");
-    }
-    const std::string& value = used < given.size() ? given[used++] : input.standard;
-    if (!IsAllowed(value, input.values)) {
-      Refuse(kind, std::string(input.name) + " cannot be \"" + value + "\"");
-    }
-    inputs[input.name] = value;
-  }
-  if (used < given.size()) Refuse(kind, "too much: \"" + given[used] + "\"");
-  return inputs;
-}
-
-ExitCode ExplainAndPrint(const Options& options) {
-  const ExplainKind& kind = KindNamed(options.kind);
-  const Explanation explanation = ExplainAt(options.home, kind, ReadInputs(kind, options.given));
-  if (options.json) {
-    PrintJson(ExplanationJson(kind, explanation, options.trace));
-  } else {
-    PrintText(explanation, options.trace);
-  }
-  if (explanation.disagreement.empty()) return explanation.found ? kDone : kFindings;
-  Say(explanation.disagreement + "; what is read may have changed meanwhile: try again");
-  return kCannotRun;
 }
 
 Action DeclareExplain(OptionList* list) {
   const auto options = std::make_shared<Options>();
   std::vector<std::string> kinds;
-  ForEachKind([&](const ExplainKind& kind) { kinds.emplace_back(kind.name); });
+  for (const Question* question : AllQuestions()) kinds.emplace_back(question->name);
   list->Choice("KIND", kinds, &options->kind, "What is explained").Required();
   list->Texts("INPUT", "", OptionRow::kAnyNumber, &options->given,
               "What the library's operation is given");
   AddDataOptions(list, options.get());
+  list->Text("--from", "LIVE|DIR|FILE", &options->from,
+             "The tables: those in memory (live), seed files, or a dump");
+  list->Flag("--locks", &options->locks, "Say what a driver under locks spends for the answer");
   list->Flag("--trace", &options->trace, "Show what the library traces, of all levels");
   return [options] { return ExplainAndPrint(*options); };
 }
@@ -199,16 +180,18 @@ Action DeclareExplain(OptionList* list) {
 const Verb kExplain = {
     "explain",
     "Say which row or file decides an answer",
-    "Asks the library what a driver would be given, and prints the answer, every key or path that\n"
-    "is tried for it in order, and what the answer hides: other rows that would do, files at "
-    "later\n"
-    "levels, defaults. The tables are read without locks. An input that is left out is named with\n"
-    "its meaning.\n\n"
-    "Exit status: 1 when the answer is \"not found\"; 2 also when the library's answer is not "
-    "where\n"
-    "the tries lead.\n\n"
+    "Asks the library what a driver would be given, and prints the answer, what was tried for it\n"
+    "in order, and what stands behind it: the row or file that would answer if the ones before it\n"
+    "were gone, with that answer; and rows that are never reached although each would do alone.\n"
+    "It knows no rule of the library's: each of these is an answer of the library's own, on a\n"
+    "copy of the rows or with a file hidden from it. An input that is left out is named with its\n"
+    "meaning. Tables are read without locks, in memory, from a directory of seed files, or from a\n"
+    "dump of the table.\n\n"
+    "Exit status: 1 when the answer is \"not found\", 2 when something could not be looked at.\n\n"
     "JSON: {kind, found, source, answer: {field: value}, tries: [{level, tried, result}],\n"
-    "shadowed: [{where, what}], notes: [text], trace: [text] with --trace}.",
+    "behind: [{where, answer}], alone: [{where, answer}], note, locks: {slots, calls} with "
+    "--locks,\n"
+    "trace: [text] with --trace}.",
     "voatm explain property HARBOUR BRANCH ATM00003 10000 0 978 --home examples/home",
     DeclareExplain,
     Usages};

@@ -1,11 +1,6 @@
 // voatm plan: what the cassettes pay.
-#include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -14,15 +9,14 @@
 #include <vector>
 
 #include "ask/cash_plan.h"
-#include "ask/explain_core.h"
+#include "ask/experiment.h"
+#include "json_file.h"
 #include "show/output.h"
 #include "verbs/verbs.h"
-#include "vodebugutil.h"
 
 namespace {
 
-constexpr const char* kMembers[] = {"model",     "amount", "currency",
-                                    "max_notes", "logic",  "cassettes"};
+constexpr const char* kPays = "pays";  // the fate of a configured logic that is dispensed
 constexpr const char* kModels[] = {"NDC+ATM", "D912ATM"};
 
 struct Options : DataOptions {
@@ -39,43 +33,23 @@ struct Options : DataOptions {
   std::string sweep;
 };
 
-template <typename T>
-void TakeFrom(const Json& file, const char* name, std::optional<T>* value) {
-  if (!value->has_value() && file.contains(name)) *value = file.at(name).get<T>();
-}
-
 // What the command line does not say, the file may.
 void ReadFile(Options* options) {
   if (options->file.empty()) return;
-  std::ifstream stream(options->file);
-  if (!stream) throw std::runtime_error(strerror(errno) + (": cannot open " + options->file));
-  try {
-    const Json file = Json::parse(stream);
-    TakeFrom(file, "model", &options->model);
-    TakeFrom(file, "amount", &options->amount);
-    TakeFrom(file, "currency", &options->currency);
-    TakeFrom(file, "max_notes", &options->max_notes);
-    TakeFrom(file, "logic", &options->logic);
-    if (options->cassettes.empty()) file.at("cassettes").get_to(options->cassettes);
-    for (const auto& [name, value] : file.items()) {
-      if (std::find(std::begin(kMembers), std::end(kMembers), name) != std::end(kMembers)) continue;
-      throw std::runtime_error("unknown member \"" + name + "\": " + options->file);
-    }
-  } catch (const Json::exception& error) {
-    const std::string what = error.what();  // "[type and number] cause"
-    throw std::runtime_error(what.substr(what.find(']') + 2) + ": " + options->file);
-  }
+  const JsonFile file(options->file,
+                      {"model", "amount", "currency", "max_notes", "logic", "cassettes"});
+  file.Take("model", &options->model);
+  file.Take("amount", 1, &options->amount);
+  file.Take("currency", 0, &options->currency);
+  file.Take("max_notes", 1, &options->max_notes);
+  file.Take("logic", &options->logic);
+  file.Take("cassettes", &options->cassettes);
 }
 
 template <typename T>
 const T& Required(const std::optional<T>& value, const char* name) {
   if (!value) throw UsageError(std::string(name) + " is required");
   return *value;
-}
-
-int PositiveOf(const std::optional<int>& value, const char* name) {
-  if (Required(value, name) > 0) return *value;
-  throw UsageError(std::string(name) + " must be above 0");
 }
 
 CashRequest RequestOf(const Options& options) {
@@ -85,38 +59,30 @@ CashRequest RequestOf(const Options& options) {
     throw UsageError("--model " + request.model + " is neither NDC+ATM nor D912ATM");
   }
   request.currency = Required(options.currency, "--currency");
-  request.max_notes = PositiveOf(options.max_notes, "--max-notes");
+  request.max_notes = Required(options.max_notes, "--max-notes");
   if (options.cassettes.empty()) throw UsageError("CASSETTE is required");
-  try {
-    SetCassettes(&request, options.cassettes);
-  } catch (const std::invalid_argument& error) {
-    throw UsageError(error.what());
-  }
+  SetCassettes(&request, options.cassettes);
   return request;
 }
 
 // The answer of the home's dispense logics for an amount.
-Explanation LookUpLogic(VoATMUtil& util, const Options& options, int amount) {
+Placed LookUpLogic(const Options& options, int amount) {
   Inputs inputs;
   inputs["logic"] = options.logic_name;
   inputs["index"] = std::to_string(options.index.value_or(amount));
   inputs["model"] = *options.model;
   const char* const names[] = {"s1", "s2", "s3", "fallback"};
   for (std::size_t i = 0; i < options.scope.size(); ++i) inputs[names[i]] = options.scope[i];
-  for (const ExplainKind& kind : kExplainFiles) {
-    if (std::string(kind.name) == "displogic") return Explain(util, kind, inputs);
-  }
-  return {};
+  return AskFiles(*FindQuestion("displogic"), inputs);
 }
 
 // Where the configured logic comes from: the home, the command line or the file, or nowhere.
-LogicOf LogicSource(VoATMUtil& util, const Options& options, const CashRequest& request) {
+LogicOf LogicSource(const Options& options, const CashRequest& request) {
   if (!options.logic_name.empty()) {
     return [&](int amount) -> std::optional<std::string> {
-      const Explanation explanation = LookUpLogic(util, options, amount);
-      if (!explanation.disagreement.empty()) throw std::runtime_error(explanation.disagreement);
-      if (!explanation.found) return std::nullopt;
-      return explanation.answer.front().value;
+      const Placed placed = LookUpLogic(options, amount);
+      if (!placed.answer.found) return std::nullopt;
+      return placed.answer.facts.front().value;
     };
   }
   if (!options.logic) return NoLogic(request);
@@ -128,7 +94,11 @@ void CheckLogicOptions(const Options& options, const CashRequest& request) {
     throw UsageError("--logic " + *options.logic + " has not " +
                      std::to_string(2 * request.positions()) + " digits");
   }
-  if (options.logic_name.empty()) return;
+  if (options.logic_name.empty()) {
+    if (!options.scope.empty()) throw UsageError("--scope is of use with --logic-name only");
+    if (options.index) throw UsageError("--index is of use with --logic-name only");
+    return;
+  }
   if (options.logic) throw UsageError("--logic and --logic-name exclude each other");
   if (options.scope.empty()) throw UsageError("--scope is required");
   RequireHome(options.home);
@@ -140,22 +110,20 @@ struct Report {
   int amount;
   std::optional<std::string> configured;
   std::string source;
-  std::string fault;
+  std::string fate;  // of the configured logic
   CashOutcome outcome;
   std::vector<int> nearby;
 };
 
-Report ReportOf(VoATMUtil& util, const Options& options, const CashRequest& request) {
-  const LogicOf logic_of = LogicSource(util, options, request);
+Report ReportOf(const Options& options, const CashRequest& request) {
+  const LogicOf logic_of = LogicSource(options, request);
   Report report;
-  report.amount = PositiveOf(options.amount, "--amount");
+  report.amount = Required(options.amount, "--amount");
   if (options.logic || !options.logic_name.empty()) report.configured = logic_of(report.amount);
-  if (!options.logic_name.empty()) {
-    report.source = LookUpLogic(util, options, report.amount).source;
-  }
-  if (report.configured) report.fault = FaultOf(request, report.amount, *report.configured);
-  report.outcome = Pay(util, request, logic_of, report.amount);
-  report.nearby = PaidNearby(util, request, logic_of, report.amount);
+  if (!options.logic_name.empty()) report.source = LookUpLogic(options, report.amount).where;
+  report.outcome = Pay(request, logic_of, report.amount);
+  report.fate = FateOf(report.configured, report.outcome);
+  report.nearby = PaidNearby(request, logic_of, report.amount);
   return report;
 }
 
@@ -173,7 +141,7 @@ Json ReportJson(const CashRequest& request, const Report& report) {
     json["configured"] = {{"logic", *report.configured},
                           {"notes", DescribeLogic(request, *report.configured)},
                           {"source", report.source},
-                          {"fault", report.fault}};
+                          {"fate", report.fate}};
   }
   return json;
 }
@@ -184,11 +152,10 @@ void PrintReport(const CashRequest& request, const Report& report) {
     const std::string from = report.source.empty() ? "" : ", " + report.source;
     std::printf("configured  %s: %s%s\n", report.configured->c_str(),
                 DescribeLogic(request, *report.configured).c_str(), from.c_str());
-    if (!report.fault.empty()) std::printf("            %s\n", report.fault.c_str());
+    if (report.fate != kPays) std::printf("            %s\n", report.fate.c_str());
   }
   if (outcome.code == 0 && !outcome.logic.empty()) {
-    std::printf("%s  %s: %s\n",
-                report.configured && report.fault.empty() ? "dispensed " : "planned   ",
+    std::printf("%s  %s: %s\n", report.fate == kPays ? "dispensed " : "planned   ",
                 outcome.logic.c_str(), DescribeLogic(request, outcome.logic).c_str());
   }
   const bool paid = outcome.payment == Payment::kPaid;
@@ -205,19 +172,17 @@ void PrintReport(const CashRequest& request, const Report& report) {
 struct Range {
   int from;
   int to;
-  int step = 1;
+  int step;
 };
 
 Range RangeOf(const std::string& text) {
-  Range range{};
   std::istringstream stream(text);
-  char colon = '\0';
-  stream >> range.from >> colon >> range.to;
-  range.step = 1;
-  bool good = stream && colon == ':';
-  if (good && stream.peek() != EOF) good = stream >> colon >> range.step && colon == ':';
-  const bool ascends = range.from > 0 && range.from <= range.to && range.step > 0;
-  if (good && stream.peek() == EOF && ascends) return range;
+  std::vector<std::optional<int>> numbers;
+  for (std::string part; std::getline(stream, part, ':');) numbers.push_back(ReadNumber(part, 1));
+  if (numbers.size() == 2) numbers.emplace_back(1);
+  const bool good = numbers.size() == 3 && text.back() != ':' && numbers[0] && numbers[1] &&
+                    numbers[2] && *numbers[0] <= *numbers[1];
+  if (good) return {*numbers[0], *numbers[1], *numbers[2]};
   throw UsageError("--sweep " + text + " is not like 10:500:10");
 }
 
@@ -234,10 +199,10 @@ Json SweepJson(const std::vector<SweepRun>& runs, int amounts, int unpaid) {
   return {{"amounts", amounts}, {"unpaid", unpaid}, {"runs", rows}};
 }
 
-ExitCode SweepAndPrint(VoATMUtil& util, const Options& options, const CashRequest& request) {
+ExitCode SweepAndPrint(const Options& options, const CashRequest& request) {
   const Range range = RangeOf(options.sweep);
   const std::vector<SweepRun> runs =
-      Sweep(util, request, LogicSource(util, options, request), range.from, range.to, range.step);
+      Sweep(request, LogicSource(options, request), range.from, range.to, range.step);
   int amounts = 0;
   int unpaid = 0;
   const bool any_logic = options.logic || !options.logic_name.empty();
@@ -263,12 +228,11 @@ ExitCode Plan(Options options) {
   ReadFile(&options);
   const CashRequest request = RequestOf(options);
   CheckLogicOptions(options, request);
-  VoDebugUtil trace;
-  trace.to_callback([](void*, int, const char*) {}, nullptr);
-  VoATMUtil util;
-  util.dptr = &trace;
-  if (!options.sweep.empty()) return SweepAndPrint(util, options, request);
-  const Report report = ReportOf(util, options, request);
+  if (!options.sweep.empty()) {
+    if (options.amount) throw UsageError("--sweep and an amount exclude each other");
+    return SweepAndPrint(options, request);
+  }
+  const Report report = ReportOf(options, request);
   if (options.json) {
     PrintJson(ReportJson(request, report));
   } else {
@@ -309,7 +273,7 @@ const Verb kPlan = {
     "planned. A cassette's status is Y for usable, N for not, @ for outside the logic.\n\n"
     "The file is JSON: {model, amount, currency, max_notes, logic, cassettes: [text]}.\n\n"
     "Exit status: 1 when an amount is not paid in full.\n\n"
-    "JSON: {amount, configured: {logic, notes, source, fault} or null, outcome, code, meaning,\n"
+    "JSON: {amount, configured: {logic, notes, source, fate} or null, outcome, code, meaning,\n"
     "logic, notes, nearby: [amount]}; with --sweep {amounts, unpaid, runs: [{from, to, amounts,\n"
     "paid, configured, planned}]}.",
     "voatm plan --model NDC+ATM --amount 30 --currency 978 --max-notes 40 A:20:978:Y B:50:978:Y",

@@ -1,0 +1,95 @@
+// The requests that the library can be asked, each one call of it, and what they take.
+#ifndef TOOLS_VOATM_ASK_QUESTION_H
+#define TOOLS_VOATM_ASK_QUESTION_H
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "records/record_tables.h"
+#include "voatmutil.h"
+
+struct Fact {
+  std::string name;
+  std::string value;
+
+  bool operator==(const Fact& other) const { return name == other.name && value == other.value; }
+};
+
+using Facts = std::vector<Fact>;
+
+// What the library gave.
+struct Answer {
+  bool found = false;
+  Facts facts;
+
+  bool operator==(const Answer& other) const {
+    return found == other.found && facts == other.facts;
+  }
+};
+
+// The inputs of a request by name.
+class Inputs {
+ public:
+  std::string& operator[](const char* name) { return values_[name]; }
+  const std::string& Text(const char* name) const { return values_.at(name); }
+  const char* Chars(const char* name) const { return Text(name).c_str(); }
+  int Number(const char* name) const;
+
+ private:
+  std::map<std::string, std::string> values_;
+};
+
+struct Input {
+  const char* name;
+  const char* about;
+  const char* values = nullptr;    // kWholeNumber, or the words it may be, or any text
+  const char* standard = nullptr;  // taken when the input is left out; without one it is required
+};
+
+constexpr char kWholeNumber[] = "#";
+
+// How the row that answers is told when the answer itself does not say it: bytes that no search
+// compares carry a digit of the slot's number, which the answer brings along.
+struct SlotMark {
+  int base;                                                     // digits that a row can carry
+  void (*put)(void* row, int digit);                            //
+  int (*ask)(VoATMUtil& util, const Inputs& inputs) = nullptr;  // the answer's digit
+};
+
+// What answers a request.
+enum class Ground {
+  kLayered,  // the file that opens first
+  kEntry,    // an entry of a file with a fixed place
+  kRows,     // the rows of a table
+  kNothing,  // what is given
+};
+
+struct Question {
+  const char* name;
+  Ground ground;
+  const char* table;  // its short name, for kRows
+  std::vector<Input> inputs;
+  Answer (*ask)(VoATMUtil& util, const Inputs& inputs);
+  SlotMark mark = {};          // none: the slot looked at last is the one that answers
+  const char* note = nullptr;  // for who reads the answer
+
+  const records::RecordTable& Table() const;
+
+  // "action action|value inst group atm statuses [txn]"
+  std::string Usage() const;
+};
+
+const std::vector<Question>& FileQuestions();
+const std::vector<Question>& TableQuestions();
+const std::vector<Question>& TextQuestions();
+std::vector<const Question*> AllQuestions();
+
+// Null when there is none of this name.
+const Question* FindQuestion(const std::string& name);
+
+// Takes the inputs from words in their order. Throws UsageError with the usage and the input's
+// meaning.
+Inputs ReadInputs(const Question& question, const std::vector<std::string>& words);
+
+#endif  // TOOLS_VOATM_ASK_QUESTION_H

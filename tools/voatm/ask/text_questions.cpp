@@ -1,0 +1,92 @@
+// The requests that are answered from what is given alone.
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <stdexcept>
+
+#include "ask/messages.h"
+#include "ask/question.h"
+#include "devhost/system_call.h"
+#include "show/record_view.h"
+
+namespace {
+
+// The kept message and the logic are copies: what the library makes of them is the answer.
+Answer AskLastTransaction(VoATMUtil& util, const Inputs& inputs) {
+  constexpr std::size_t kLeast = 52;  // characters that the library may look at
+  std::string status = inputs.Text("status");
+  if (status.size() < kLeast) status.resize(kLeast);
+  std::string logic = inputs.Text("logic");
+  const auto message = std::make_unique<VoDevMsg>();
+  message->TxnCode = inputs.Number("txn");
+  message->TraceNo = message->MemTraceNo = inputs.Number("trace");
+  message->MsgType = inputs.Number("type");
+  message->ReasonCode = inputs.Number("reason");
+  char unused[1] = {};
+  const bool reversed = util.CheckLTS_TVS(message.get(), logic.data(), status.data(), unused,
+                                          unused, unused, unused) == 1;
+  Answer answer = {reversed, {}};
+  answer.facts.push_back({"decided", reversed ? "the kept message becomes a reversal, to be sent"
+                                              : "nothing is sent"});
+  if (reversed) {
+    answer.facts.push_back({"MsgType", std::to_string(message->MsgType)});
+    answer.facts.push_back({"ReasonCode", std::to_string(message->ReasonCode)});
+  }
+  return answer;
+}
+
+std::string ReadWhole(const std::string& path) {
+  if (path == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
+  std::ifstream stream(path, std::ios::binary);
+  std::string bytes((std::istreambuf_iterator<char>(stream)), {});
+  if (stream.is_open() && !stream.bad()) return bytes;
+  throw devhost::SystemError(errno != 0 ? errno : EIO, "cannot read " + path);
+}
+
+Answer AskMessage(VoATMUtil& util, const Inputs& inputs) {
+  const std::string& path = inputs.Text("file");
+  const std::string bytes = ReadWhole(path);
+  const std::vector<MessagePart> parts = TakeApart(util, bytes);
+  if (parts.empty()) {
+    throw std::runtime_error("no message of the library: " + std::to_string(bytes.size()) +
+                             " bytes, and no operation packs such a head: " + path);
+  }
+  Answer answer = {true, {}};
+  for (const MessagePart& part : parts) {
+    answer.facts.push_back({"is", part.name});
+    for (const records::RecordField& field : part.fields) {
+      if (field.kind == records::FieldKind::kBytes) continue;
+      answer.facts.push_back({field.name, FieldText(field, bytes.data() + part.offset)});
+    }
+  }
+  return answer;
+}
+
+}  // namespace
+
+const std::vector<Question>& TextQuestions() {
+  static const std::vector<Question> kQuestions = {
+      {"last-transaction",
+       Ground::kNothing,
+       nullptr,
+       {{"status", "the last-transaction status as the ATM sent it"},
+        {"logic", "the dispense logic that was sent, eight digits"},
+        {"txn", "transaction code of the kept message", kWholeNumber},
+        {"trace", "its trace number", kWholeNumber},
+        {"type", "its message type", kWholeNumber, "200"},
+        {"reason", "its reason code", kWholeNumber, "0"}},
+       AskLastTransaction},
+      {"message",
+       Ground::kNothing,
+       nullptr,
+       {{"file",
+         "a message packed for the ATM manager or the alert manager, or - for standard "
+         "input"}},
+       AskMessage},
+  };
+  return kQuestions;
+}
