@@ -43,7 +43,8 @@ constexpr char kAction[] =
     "TxnCode TxnValue";
 constexpr char kFit[] = "FitId MatchKey1 MatchKey2 MatchKey3 CardPrefix IndirectNextState";
 
-// A case: the arguments, then pairs of a place in the JSON and what stands there.
+// A case: the arguments, --from below the home, then pairs of a place in the JSON and what stands
+// there.
 struct Case {
   const char* arguments;
   int code;
@@ -54,7 +55,10 @@ class ExplainTest : public testing::Test {
  protected:
   void Expect(const std::vector<Case>& cases) {
     for (const Case& each : cases) {
-      const Answer answer = Voatm("explain " + std::string(each.arguments) + " --json 2>/dev/null");
+      std::string arguments = each.arguments;
+      const std::size_t from = arguments.find("--from ");
+      if (from != std::string::npos) arguments.insert(from + 7, home_.path() + "/");
+      const Answer answer = Voatm("explain " + arguments + " --json 2>/dev/null");
       EXPECT_EQ(answer.code, each.code) << each.arguments;
       const Json json = Json::parse(answer.text, nullptr, false);
       for (const auto& [place, expected] : each.expected) {
@@ -143,7 +147,7 @@ TEST_F(ExplainTest, RowsStandBehindInTheOrderInWhichTheyWouldAnswer) {
       {"property I G A 0x10 2 3 --from tables", 2, {}},
       {"screen I G A C --from tables", 2, {}},
   });
-  EXPECT_NE(Voatm("explain action action I").text.find("PAPEROUT|CASHLOW|"), std::string::npos);
+  EXPECT_NE(Voatm("explain action action I G A").text.find("PAPEROUT|CASHLOW|"), std::string::npos);
 }
 
 // More rows than a mark can tell at once, and a text without its NUL.
@@ -167,7 +171,7 @@ TEST_F(ExplainTest, TheRowIsToldAmongThousands) {
       {"action action I G A 'LONG|' --from tables",
        0,
        {{"/source", "ATMACTIONPROPERTYMEMORY slot 2500"},
-        {"/answer/ActionText", "AAAAAAAAAAAAAAAAAAAAA"}}},
+        {"/answer/ActionText", "AAAAAAAAAAAAAAAAAAAA"}}},
       {"indirect-state I G 1000001999 --from tables", 0, {{"/source", "ATMFITMEMORY slot 1999"}}},
   });
 }
