@@ -18,23 +18,29 @@ class FieldKey {
   // A text in a field of this width. One that is wider than the field equals none.
   FieldKey(const char* text, std::size_t width) : bytes_(text) {
     const std::size_t length = strnlen(text, width + 1);
-    size_ = std::min(length + 1, width);
     if (length <= width) {
-      SetProbe();
+      SetProbe(std::min(length + 1, width));
     } else {
       probe_ = 1;  // no masked word equals it
     }
   }
 
-  explicit FieldKey(const int& number)
-      : bytes_(reinterpret_cast<const char*>(&number)), size_(sizeof number) {
-    SetProbe();
+  explicit FieldKey(const int& number) : bytes_(reinterpret_cast<const char*>(&number)) {
+    SetProbe(sizeof number);
   }
 
   // Whether the probed bytes are the key's; false means that Is is false.
-  bool MayBe(const char* field) const { return (Load(field + offset_) & mask_) == probe_; }
+  bool MayBe(const char* field) const {
+    return __builtin_expect((Load(field + offset_) & mask_) == probe_, false);
+  }
 
-  bool Is(const char* field) const { return MayBe(field) && memcmp(field, bytes_, size_) == 0; }
+  bool Is(const char* field) const {
+    if (!MayBe(field)) return false;
+    for (std::size_t at = 0; at < offset_; at += kProbe) {
+      if (Load(field + at) != Load(bytes_ + at)) return false;
+    }
+    return true;
+  }
 
  private:
   static constexpr std::size_t kProbe = sizeof(std::uint64_t);
@@ -45,9 +51,10 @@ class FieldKey {
     return word;
   }
 
-  void SetProbe() {
-    const std::size_t probed = std::min(size_, kProbe);
-    offset_ = size_ - probed;
+  // Probes the last of the bytes that decide: a text and its NUL, at most the field.
+  void SetProbe(std::size_t size) {
+    const std::size_t probed = std::min(size, kProbe);
+    offset_ = size - probed;
     char probe[kProbe] = {};
     char mask[kProbe] = {};
     for (std::size_t i = 0; i < probed; ++i) {
@@ -59,8 +66,7 @@ class FieldKey {
   }
 
   const char* bytes_;
-  std::size_t size_;  // bytes that decide: a text and its NUL, at most the field
-  std::size_t offset_ = 0;
+  std::size_t offset_ = 0;  // of the probe, behind the bytes that it leaves to Is
   std::uint64_t probe_ = 0;
   std::uint64_t mask_ = 0;
 };

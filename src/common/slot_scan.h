@@ -83,6 +83,19 @@ int FindSlot(Slots<Record> slots, int start, const Lock& lock, Visit visit) {
   return kNoSlot;
 }
 
+// The same over unlocked slots that need not all be visited: next(record, end) returns the first
+// record from this one on that may match, or end.
+template <typename Record, typename Next, typename Visit>
+int FindSlotAmong(Slots<Record> slots, Next next, Visit visit) {
+  Record* const end = slots.first + slots.count;
+  for (Record* record = slots.first;; ++record) {
+    record = next(record, end);
+    if (record >= end) return kNoSlot;
+    const int slot = static_cast<int>(record - slots.first);
+    if (visit(*record, slot)) return slot;
+  }
+}
+
 // What a visit found, for the caller who gets it once its slot was given back: until then the
 // operation may fail, and the caller's buffer is to stay as it was. It is copied here while the
 // slot is held; where nothing locks, it is read where it stands.

@@ -22,6 +22,12 @@ void SetText(char (&field)[N], const char* text) {
   memset(field + length, 0, N - length);
 }
 
+// Copies the text into a field that is zero, cut as above.
+template <std::size_t N>
+void PutText(char (&field)[N], const char* text) {
+  memcpy(field, text, strnlen(text, N - 1));
+}
+
 // Zero-fills the field and prints into it, cut so that the last byte stays NUL.
 template <std::size_t N>
 [[gnu::format(printf, 2, 3)]] void FormatText(char (&field)[N], const char* format, ...) {
@@ -56,6 +62,12 @@ bool FieldIs(const char (&field)[N], const char* text) {
     ++text;
   }
   return *text == '\0';
+}
+
+// Whether the field holds the wildcard.
+template <std::size_t N>
+bool FieldIsAny(const char (&field)[N]) {
+  return memcmp(field, kAny, sizeof kAny) == 0;
 }
 
 // Copies the field's text, up to its NUL or its width, and a NUL to out.

@@ -1,6 +1,7 @@
 // Indirect states: the next state of a card by the longest card-number prefix in the FIT table.
 #include <strings.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -33,12 +34,25 @@ class CardNumber {
 
   // From now on only prefixes longer than this matter.
   void LookForLonger(int than) {
-    for (int i = 0; i <= than && i < kProbe; ++i) wanted_[i] = '\xff';
+    const int decided = std::min(std::max(than, kShort), length_) + 1;
+    char mask[kProbe] = {};
+    for (int i = 0; i < decided && i < kProbe; ++i) mask[i] = '\xff';
+    mask_ = Load(mask);
+    if (than >= kShort) letter_ = 0;
   }
 
-  // Whether the pattern begins as a longer prefix would: one comparison that rules most out.
-  bool MayHaveLonger(const PrefixPattern& pattern) const {
-    return ((Load(pattern) ^ Load(number_)) & Load(wanted_)) == 0;
+  // The first row from this one on whose pattern may hold a longer prefix or be the catch-all, or
+  // end. Two looks at one word rule most rows out: what follows a short prefix is a letter, and any
+  // other pattern begins as the card number.
+  [[gnu::noinline]] AtmFit* Next(AtmFit* fit, AtmFit* end) const {
+    const CardNumber card = *this;
+    const std::uint64_t number = Load(number_);
+    for (; fit < end; ++fit) {
+      const std::uint64_t word = Load(fit->CardPrefix);
+      if (__builtin_expect((word & card.letter_) != 0, false)) break;
+      if (__builtin_expect(((word ^ number) & card.mask_) == 0, false)) break;
+    }
+    return fit;
   }
 
   // How many of the card number's first ten characters the pattern has for its prefix, 0 when it
@@ -58,6 +72,7 @@ class CardNumber {
 
  private:
   static constexpr int kProbe = sizeof(std::uint64_t);
+  static constexpr int kShort = 3;  // prefixes of up to so many characters are rare
 
   static std::uint64_t Load(const char* bytes) {
     std::uint64_t word;
@@ -66,19 +81,29 @@ class CardNumber {
   }
 
   char number_[kPrefixLength] = {};
-  char wanted_[kProbe] = {};  // the bytes in which a longer prefix agrees with the number
   int length_;
+  std::uint64_t mask_ = 0;  // the characters in which a longer prefix agrees with the number
+  // Digits lack this bit, kFill has it in either case. It is looked for behind a short prefix.
+  std::uint64_t letter_ = Load("\0\0\0\x40\0\0\0");
 };
 
-int FindLongestPrefix(Slots<AtmFit> fits, const char* fit_key1, const char* fit_key2,
-                      const char* card_number) {
+bool IsCatchAll(const PrefixPattern& pattern) {
+  return strncasecmp(pattern, kCatchAll, sizeof pattern) == 0;
+}
+
+// The row with the longest prefix, else the first catch-all.
+int FindState(Slots<AtmFit> fits, const char* fit_key1, const char* fit_key2,
+              const char* card_number) {
   const FieldKey key1(fit_key1, sizeof(AtmFit::MatchKey1));
   const FieldKey key2(fit_key2, sizeof(AtmFit::MatchKey2));
   CardNumber card(card_number);
   int longest = 0;
   int found = kNoSlot;
-  FindSlot(fits, 0, NoLock(), [&](const AtmFit& fit, int slot) {
-    if (!card.MayHaveLonger(fit.CardPrefix)) return false;
+  int catch_all = kNoSlot;
+  const auto next = [&](AtmFit* fit, AtmFit* end) { return card.Next(fit, end); };
+  FindSlotAmong(fits, next, [&](const AtmFit& fit, int slot) {
+    // Intended: for the catch-all free slots and other first keys count too.
+    if (catch_all == kNoSlot && IsCatchAll(fit.CardPrefix)) catch_all = slot;
     const bool first = key1.Is(fit.MatchKey1);
     // Intended: the second key makes no difference; the form is kept.
     const bool candidate = (key2.Is(fit.MatchKey2) && first) || first;
@@ -91,14 +116,7 @@ int FindLongestPrefix(Slots<AtmFit> fits, const char* fit_key1, const char* fit_
     }
     return longest == kPrefixLength;
   });
-  return found;
-}
-
-// Intended: free slots and other first keys count too.
-int FindCatchAll(Slots<AtmFit> fits) {
-  return FindSlot(fits, 0, NoLock(), [](const AtmFit& fit, int) {
-    return strncasecmp(fit.CardPrefix, kCatchAll, sizeof fit.CardPrefix) == 0;
-  });
+  return found != kNoSlot ? found : catch_all;
 }
 
 }  // namespace
@@ -106,8 +124,7 @@ int FindCatchAll(Slots<AtmFit> fits) {
 int VoATMUtil::readIndirectState(const char* fitKey1, const char* fitKey2, const char* cardNumber,
                                  char* indirectState) {
   const Slots<AtmFit> fits = TableSlots(AtmFitPtr, MaxFit);
-  int slot = FindLongestPrefix(fits, fitKey1, fitKey2, cardNumber);
-  if (slot == kNoSlot) slot = FindCatchAll(fits);
+  const int slot = FindState(fits, fitKey1, fitKey2, cardNumber);
   if (slot == kNoSlot) return -1;
   ClearOutput(indirectState);
   indirectState[0] = fits.first[slot].IndirectNextState;

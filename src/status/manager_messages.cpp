@@ -21,50 +21,55 @@ void Stamp(Payload& payload) {
   SetDigits(payload.Date, clock.getSysDate(), 6);
 }
 
+// Starts a message: all zero but for its head. Returns its payload, which is made in place: what
+// is not set there stays zero.
 template <typename Payload>
-int PackManagerMessage(MessageCode code, MessageSubCode sub_code, const char* atm_id,
-                       const Payload& payload, VoAtmMgrQMsg* msg) {
-  static_assert(sizeof payload <= sizeof msg->MsgBuffer);
+Payload& StartManagerMessage(MessageCode code, MessageSubCode sub_code, const char* atm_id,
+                             VoAtmMgrQMsg* msg) {
+  static_assert(sizeof(Payload) <= sizeof msg->MsgBuffer && alignof(Payload) == 1);
   memset(msg, 0, sizeof *msg);
   msg->MsgGroup = kManagerGroup;
   msg->MsgCode = code;
   msg->MsgSubCode = sub_code;
-  SetText(msg->AtmId, atm_id);
-  memcpy(msg->MsgBuffer, &payload, sizeof payload);
-  return 1;
+  PutText(msg->AtmId, atm_id);
+  return reinterpret_cast<Payload&>(msg->MsgBuffer);
 }
 
 }  // namespace
 
 int VoATMUtil::PackAtmStatusMsg(const char* atmId, const char* statusText, const char* extraText,
                                 VoAtmMgrQMsg* msg) {
-  AtmStatusPayload payload = {};
-  SetText(payload.AtmId, atmId);
-  SetText(payload.StatusText, statusText);
-  SetText(payload.ExtraText, extraText);
+  auto& payload = StartManagerMessage<AtmStatusPayload>(kStatus, kReport, atmId, msg);
+  PutText(payload.AtmId, atmId);
+  PutText(payload.StatusText, statusText);
+  PutText(payload.ExtraText, extraText);
   Stamp(payload);
-  return PackManagerMessage(kStatus, kReport, atmId, payload, msg);
+  return 1;
 }
 
 int VoATMUtil::PackAtmLogMsg(const char* atmId, const char* logText, char logFlag,
                              VoAtmMgrQMsg* msg) {
-  AtmLogPayload payload = {};
-  SetText(payload.AtmId, atmId);
-  SetText(payload.LogText, logText);
+  auto& payload = StartManagerMessage<AtmLogPayload>(kLog, kLogEntry, atmId, msg);
+  PutText(payload.AtmId, atmId);
+  PutText(payload.LogText, logText);
   Stamp(payload);
   payload.LogFlag = logFlag;
-  return PackManagerMessage(kLog, kLogEntry, atmId, payload, msg);
+  return 1;
 }
 
 int VoATMUtil::PackAtmTraceNoMsg(const char* atmId, int traceNo, VoAtmMgrQMsg* msg) {
   AtmTraceNoPayload payload = {};
   SetText(payload.AtmId, atmId);
   payload.TraceNo = traceNo;
-  return PackManagerMessage(kTraceNumber, kReport, atmId, payload, msg);
+  auto& bytes = StartManagerMessage<char[sizeof payload]>(kTraceNumber, kReport, atmId, msg);
+  memcpy(bytes, &payload, sizeof payload);
+  return 1;
 }
 
 int VoATMUtil::PackAtmDenomMsg(const char* atmId, AtmDenomStatusMsg* denom, VoAtmMgrQMsg* msg) {
-  return PackManagerMessage(kDenomination, kReport, atmId, *denom, msg);
+  auto& bytes = StartManagerMessage<char[sizeof *denom]>(kDenomination, kReport, atmId, msg);
+  memcpy(bytes, denom, sizeof *denom);
+  return 1;
 }
 
 // Intended: the message is not zeroed; what follows the alert text is the alert manager's.

@@ -20,9 +20,21 @@ SlotLock AtmLock(const VoATMUtil& util) {
   return {util.dptr, util.AtmMemorySemid, kAtmMemorySemop};
 }
 
-bool InGroup(const AtmMemoryTable& atm, const char* grouping_key) {
-  return !FieldIs(atm.AtmId, kNotDefined) && FieldIs(atm.AtmDetail.GroupingKey, grouping_key);
-}
+// The ATMs that share a grouping key.
+class Group {
+ public:
+  explicit Group(const char* grouping_key)
+      : key_(grouping_key, sizeof(AtmDetailBlock::GroupingKey)),
+        free_slot_(kNotDefined, sizeof(AtmMemoryTable::AtmId)) {}
+
+  bool Has(const AtmMemoryTable& atm) const {
+    return key_.Is(atm.AtmDetail.GroupingKey) && !free_slot_.Is(atm.AtmId);
+  }
+
+ private:
+  FieldKey key_;
+  FieldKey free_slot_;
+};
 
 template <typename Lock>
 int ReadAtm(VoATMUtil& util, const Lock& lock, const char* id, AtmMemoryTable* record) {
@@ -68,17 +80,19 @@ int VerifyAtm(const VoATMUtil& util, const Lock& lock, const char* id) {
 
 template <typename Lock>
 int CountAtms(const VoATMUtil& util, const Lock& lock, const char* grouping_key) {
+  const Group group(grouping_key);
   return CountSlots(AtmSlots(util), lock,
-                    [&](const AtmMemoryTable& atm) { return InGroup(atm, grouping_key); });
+                    [&](const AtmMemoryTable& atm) { return group.Has(atm); });
 }
 
 template <typename Lock>
 int AtmIdByOrdinal(const VoATMUtil& util, const Lock& lock, const char* grouping_key, char* id,
                    int ordinal) {
+  const Group group(grouping_key);
   Found<decltype(AtmMemoryTable::AtmId), Lock> found;
   int matches = 0;
   const int slot = FindSlot(AtmSlots(util), 0, lock, [&](const AtmMemoryTable& atm, int) {
-    if (!InGroup(atm, grouping_key) || ++matches != ordinal) return false;
+    if (!group.Has(atm) || ++matches != ordinal) return false;
     found.Set(atm.AtmId);
     return true;
   });

@@ -37,9 +37,9 @@ int VerifyRecordId(Slots<Record> slots, const Lock& lock, int record_id) {
 
 template <typename Record, typename Lock>
 int CountDefined(Slots<Record> slots, const Lock& lock) {
-  return CountSlots(slots, lock, [](const Record& record) {
-    return !FieldIs(record.InstTerminalGroup, kNotDefined);
-  });
+  const FieldKey free_slot(kNotDefined, sizeof(Record::InstTerminalGroup));
+  return CountSlots(slots, lock,
+                    [&](const Record& record) { return !free_slot.Is(record.InstTerminalGroup); });
 }
 
 template <typename Lock>

@@ -1,6 +1,6 @@
 // The security table: one keyed read.
+#include "common/field_key.h"
 #include "common/slot_scan.h"
-#include "common/text_field.h"
 #include "voatmutil.h"
 
 using namespace voatm;
@@ -12,9 +12,10 @@ constexpr LockTexts kSecuritySemop = SameText("Error in Semop for VoSecurity");
 template <typename Lock>
 int ReadSecurity(VoATMUtil& util, const Lock& lock, const char* id, VoSecurity* record) {
   const Slots<VoSecurity> slots = TableSlots(util.SecurityPtr, util.MaxSecurity);
+  const FieldKey key(id, sizeof(VoSecurity::SecurityId));
   Found<VoSecurity, Lock> found;
   const int read = FindSlot(slots, 0, lock, [&](const VoSecurity& security, int slot) {
-    if (!FieldIs(security.SecurityId, id)) return false;
+    if (!key.Is(security.SecurityId)) return false;
     found.Set(security);
     util.LastAtmIndex = slot;  // Intended: shared with the ATM reads.
     return true;

@@ -9,13 +9,14 @@ constexpr int kSlots = 6;
 
 class IndirectStateTest : public DriverTest {
  protected:
-  // Fills a slot. A pattern of eleven characters has no NUL.
+  // Fills a slot. A pattern of eleven characters has no NUL, a shorter one has more behind it.
   void Put(int slot, const std::string& id, const std::string& key1, const std::string& pattern) {
     AtmFit& fit = util_.AtmFitPtr[slot];
     fit = {};
     id.copy(fit.FitId, sizeof fit.FitId);
     key1.copy(fit.MatchKey1, sizeof fit.MatchKey1);
-    pattern.copy(fit.CardPrefix, sizeof fit.CardPrefix);
+    memset(fit.CardPrefix, '4', sizeof fit.CardPrefix);
+    (pattern + '\0').copy(fit.CardPrefix, sizeof fit.CardPrefix);
     fit.IndirectNextState = static_cast<char>('0' + slot);
   }
 
