@@ -1,7 +1,7 @@
 #include "look/table_reader.h"
 
 TableReader::TableReader(const std::string& home, const records::RecordTable& table)
-    : survey_(SurveyTables(home)), state_(survey_.Of(table)), records_(state_) {}
+    : state_(SurveyTable(home, table)), records_(state_) {}
 
 std::string TableReader::Shortage() const {
   return "only " + std::to_string(readable()) + " of " + std::to_string(slots()) +

@@ -25,8 +25,7 @@ class TableReader {
   const char* Read(int slot);
 
  private:
-  Survey survey_;
-  const TableState& state_;
+  TableState state_;
   Records records_;
   std::vector<char> copy_;
 };

@@ -129,6 +129,35 @@ std::string IdText(const RecordTable& table, const char* record) {
   return IsFree(table, record) ? records::kFreeSlot : FieldText(table.id(), record);
 }
 
+std::string WholeText(const RecordTable& table, const RecordField& field, const char* record) {
+  const bool text = field.kind == FieldKind::kText || field.kind == FieldKind::kCharacter;
+  const std::string whole = MarkedText(field, record, text ? "\"" : "");
+  const std::string tail = TailText(field, record);
+  if (tail.empty()) return whole;
+  return whole + (table.confidential ? " (and bytes that are not shown)" : " then 00 " + tail);
+}
+
+std::vector<FieldChange> ChangesOf(const RecordTable& table, const char* before,
+                                   const char* after) {
+  std::vector<FieldChange> changes;
+  for (const RecordField& field : table) {
+    if (BytesOf(field, before) == BytesOf(field, after)) continue;
+    changes.push_back({&field, WholeText(table, field, before), WholeText(table, field, after),
+                       FieldJson(field, before), FieldJson(field, after)});
+  }
+  return changes;
+}
+
+Json ChangesJson(const std::vector<FieldChange>& changes) {
+  Json json = Json::array();
+  for (const FieldChange& change : changes) {
+    json.push_back({{"field", change.field->name},
+                    {"before", change.json_before},
+                    {"after", change.json_after}});
+  }
+  return json;
+}
+
 Json RecordJson(const RecordTable& table, const char* record) {
   Json json = Json::object();
   for (const RecordField& field : table) json[field.name] = FieldJson(field, record);

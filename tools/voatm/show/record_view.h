@@ -3,6 +3,7 @@
 #define TOOLS_VOATM_SHOW_RECORD_VIEW_H
 
 #include <string>
+#include <vector>
 
 #include "records/record_tables.h"
 #include "show/output.h"
@@ -31,6 +32,23 @@ std::string IdText(const records::RecordTable& table, const char* record);
 // {"hex": ...} without the zeros at its end for bytes and for what cannot be printed. Nothing
 // behind the NUL of a text.
 Json RecordJson(const records::RecordTable& table, const char* record);
+
+// The field's MarkedText, a text or character in quotes, and what stands behind its NUL; of a
+// confidential table only that something does.
+std::string WholeText(const records::RecordTable& table, const records::RecordField& field,
+                      const char* record);
+
+// A field whose bytes differ between two records: its WholeText in each, and its JSON in each.
+struct FieldChange {
+  const records::RecordField* field;
+  std::string before, after;
+  Json json_before, json_after;
+};
+std::vector<FieldChange> ChangesOf(const records::RecordTable& table, const char* before,
+                                   const char* after);
+
+// [{field, before, after}]
+Json ChangesJson(const std::vector<FieldChange>& changes);
 
 // What a list of a table's slots begins with: {table, slots, complete}.
 Json SlotsJson(const records::RecordTable& table, int slots, bool complete);

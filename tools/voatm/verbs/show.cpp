@@ -12,7 +12,6 @@
 
 namespace {
 
-using records::FieldKind;
 using records::RecordField;
 using records::RecordTable;
 
@@ -25,14 +24,6 @@ struct Options : DataOptions {
   // The slot that is wanted, else it is an id.
   std::optional<int> Slot() const { return is_id ? std::nullopt : ReadNumber(wanted); }
 };
-
-std::string WholeText(const RecordTable& table, const RecordField& field, const char* record) {
-  const bool text = field.kind == FieldKind::kText || field.kind == FieldKind::kCharacter;
-  const std::string whole = MarkedText(field, record, text ? "\"" : "");
-  const std::string tail = TailText(field, record);
-  if (tail.empty()) return whole;
-  return whole + (table.confidential ? " (and bytes that are not shown)" : " then 00 " + tail);
-}
 
 void PrintWhole(const RecordTable& table, int slot, const char* record) {
   std::printf("%s slot %d%s\n", table.name, slot, IsFree(table, record) ? ", free" : "");
