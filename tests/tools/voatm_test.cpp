@@ -29,6 +29,10 @@ TEST_F(VoatmTest, RecordsAreShownAsRowsAndWhole) {
   memcpy(Attach(Key(1)), &fit, sizeof fit);
   memcpy(Attach(Key(2)) + sizeof(VoSecurity), "HOST\0secret", 12);
   memcpy(Attach(Key(5)) + 2 * sizeof(VoAtmStatus), "ELEVEN CHARS", sizeof(VoAtmStatus));
+  VoAtmProperty property = {};
+  property.RecordId = 3;
+  property.InstTerminalGroup[0] = '*';
+  memcpy(Attach(Key(3)) + sizeof property, &property, sizeof property);
   ExpectTranscript(Transcript("records"));
 }
 
@@ -66,6 +70,7 @@ TEST_F(VoatmTest, ATableThatIsCutShortIsNotShownAsWhole) {
   EXPECT_EQ(json["complete"], false);
   EXPECT_EQ(json["rows"].size(), 1U);
   EXPECT_EQ(dump.code, 1);
+  EXPECT_EQ(Voatm("dump fit >/dev/full").code, 2);
   home_.Write("tables/atm_status.json", dump.text);
   EXPECT_THROW(devhost::ReadSeed(records::kRecordTables[5],
                                  devhost::SeedPath(records::kRecordTables[5], home_.path())),
