@@ -10,7 +10,8 @@
 //   if (util.ReadAtmMemory("ATM00001", &atm) == 1) ...
 //
 // This header is the manual, and the pages of section 3 are made of it: first the records that
-// processes exchange, then the class. What holds for all operations stands at the class.
+// processes exchange, then the class. What holds for all operations stands at the class. It needs
+// C++17.
 #ifndef VOATMUTIL_H
 #define VOATMUTIL_H
 
@@ -325,6 +326,11 @@ static_assert(offsetof(VoMsgLayout, MemTraceNo) == 328);
 //
 // Results. 1 for success or found, -1 for failure or not found, unless an operation says otherwise.
 //
+// Why -1. After an operation on a table, errno tells: ENOENT when nothing matched, EEXIST when -1
+// means that an id is taken, else the error of the semaphore call that failed (EINTR: a signal came
+// while it waited; EIDRM or EINVAL: the set is gone; EFBIG: the set has fewer slots), whatever the
+// trace object did meanwhile. On success it means nothing.
+//
 // Traces. Every message goes through the trace object given to InitVoATMUtil, with the levels of
 // syslog: 2 errors, 6 information, 7 detail. Not finding a record is not traced unless an
 // operation says so.
@@ -478,9 +484,10 @@ class [[gnu::visibility("default")]] VoATMUtil {
   //   InstTerminalGroup, AtmLogicalGroup, AtmId  up to 16 characters, longer ones are cut
   //   TxnCode                                    0 to 999999
   //   RespCode                                   0 to 999
-  // Each value tried in vain is traced at level 7; an InstTerminalGroup without row and wildcard
-  // row at level 2. The capitalised form with LockFlag also traces the slot and record number
-  // found; it copies the row after giving its slot back.
+  // Traced at level 7: two lines with the request, first its arguments as they came, then the keys
+  // as they are compared; and each value tried in vain. An InstTerminalGroup without row and
+  // wildcard row is traced at level 2. The capitalised form with LockFlag also traces the slot and
+  // record number found; it copies the row after giving its slot back.
   // Returns 1, or -1 with the seven switches of *property set to 'N'. A semaphore failure returns
   // -1 and leaves *property as it was.
   int readAtmProperty(const char* InstTerminalGroup, const char* AtmLogicalGroup, const char* AtmId,
@@ -489,14 +496,19 @@ class [[gnu::visibility("default")]] VoATMUtil {
                       int TxnCode, int RespCode, int CurrencyCode, VoAtmProperty* property);
 
   // Finds what the ATM action property table says about an ATM's device statuses. The ATM's keys
-  // are settled as for readAtmProperty; from the row found, each status code in turn moves on to
-  // the next row that has it and is flagged for the search type, whatever ATM that row is for.
+  // are settled as for readAtmProperty, which gives the ATM's first row. From there each status
+  // code in turn, in the order of StatusBuf, moves on to the next row that has it and is flagged
+  // for the search type, the present row included; a code without such a row is passed over. The
+  // row of the last code that has one answers. A row is found by its code and flag alone: behind
+  // the ATM's own rows stand other ATMs', and those answer too. For TXN_VALUE a row with the
+  // transaction is then looked for from that row on, by its TxnCode alone: it may be for another
+  // status or another ATM.
   //   StatusBuf   status codes, each followed by '|' (the last one too), each up to 10 characters
   //   TxnCode     0 to 999999; for TXN_VALUE only: six digits, then the class, then "*"
   //   ActionBuf   STATUS_ACTION: receives the action text, up to 21 bytes
   //   TxnResult   TXN_VALUE: receives the row's number
-  // Every search that fails is traced at level 7; a row found for the transaction without TxnFlag
-  // is a silent miss.
+  // Nothing is traced of the request. Every search that fails is traced at level 7, and so is the
+  // slot that answers; a row found for the transaction without TxnFlag is a silent miss.
   // Returns 1, -1 when nothing applies, or 0 for an unknown search type of a known ATM. The outputs
   // are written only on 1.
   int readAtmActionProperty(const char* InstTerminalGroup, const char* AtmLogicalGroup,
@@ -600,10 +612,13 @@ class [[gnu::visibility("default")]] VoATMUtil {
   // Returns len + 1, or 0 with the buffer untouched when it would exceed 99 characters with code.
   int BuiltStatusCode(char* code, int len, char* buffer);
 
-  // Records a code: in the first empty row of the array, else in the row that has it, else in all
-  // fifteen. When the ATM status table has the code with kind 'S', appends it to the message once
-  // for each code there that differs, within 99 characters. A "NONE" message is cleared first when
-  // the table has a slot.
+  // Records a code, up to 10 characters: in the first empty row of the array, also when another row
+  // has it already; else in the row that has it; else in all fifteen. When the ATM status table has
+  // the code with kind 'S', appends it to the message once for each code there that differs, within
+  // 99 characters: so nothing to an empty message, which only BuiltStatusCode starts, and more than
+  // once to a message of several codes. A "NONE" message is cleared first when the table has a
+  // slot, and is then empty. The capitalised form holds the code's slot while it appends. They have
+  // no result: a semaphore failure shows in the trace alone.
   void builtStatusMsg(char(*statusArray)[11], char* statusCode, char* statusMsg);
   void BuiltStatusMsg(char(*statusArray)[11], char* statusCode, char* statusMsg);
 
@@ -631,7 +646,11 @@ class [[gnu::visibility("default")]] VoATMUtil {
   int TransformINboundMsg(VoDevMsg * dev, VoTxnMsg * txn);
   int TransformOUTboundMsg(VoTxnMsg * txn, VoDevMsg * dev);
 
-  // Returns the code (31 to 49) of an operational command such as "!INSERVICE", in any case, or -1.
+  // Returns the code of an operational command, compared whole and in any case, or -1:
+  //   31 to 35  !INSERVICE, !OUTSERVICE, !GETCONFIG, !CLOSEVSHIELD, !OPENVSHIELD
+  //   36 to 40  !UNLOCKSDOOR, !LOCKSDOOR, !GETEMG, !GETCOUNTERS, !CLEARCOUNTERS
+  //   41 to 45  !GETECOUNTERS, !CLEARECOUNTERS, !RUNSELFTEST, !SHUTDOWN, !GETTALLY
+  //   46 to 49  !GETERROR, !GETHWCONFIG, !GETDATETIME, !GETEKC
   int GetOpertionalCmd(const char* cmdText);
 
   // -- Cash -------------------------------------------------------------------------------------

@@ -2,6 +2,7 @@
 #ifndef SRC_COMMON_SLOT_SCAN_H
 #define SRC_COMMON_SLOT_SCAN_H
 
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 
@@ -119,8 +120,17 @@ class Found<Value, NoLock> {
   const Value* at_ = nullptr;
 };
 
+// The result of an operation that finds nothing. When it fails, errno is the semaphore call's.
+inline int NotFound() {
+  errno = ENOENT;
+  return -1;
+}
+
 // The result of an operation that looks for a slot.
-inline int FoundOrNot(int slot) { return slot >= 0 ? 1 : -1; }
+inline int FoundOrNot(int slot) {
+  if (slot == kNoSlot) return NotFound();
+  return slot >= 0 ? 1 : -1;
+}
 
 // Returns in how many slots matches(record) is true, or -1 when a semaphore call failed.
 template <typename Record, typename Lock, typename Matches>

@@ -65,7 +65,7 @@ class ActionQuery {
 
   int Run(char* action, int* txn_value, int search_type) const {
     const int atm_slot = FindAtm();
-    if (atm_slot < 0) return -1;
+    if (atm_slot < 0) return FoundOrNot(atm_slot);
     if (search_type == STATUS_ACTION) return FindAction(atm_slot, action);
     if (search_type == TXN_VALUE) return FindTxnValue(atm_slot, txn_value);
     return 0;
@@ -116,7 +116,7 @@ class ActionQuery {
                         "Error in Reading InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] "
                         "StatusBuf[%s] from VoAtmActionProperty Table",
                         inst_, logical_, atm_, statuses_);
-      return -1;
+      return NotFound();
     }
     util_.dptr->trace(kDetail, "inside tableoffset[%d]", slot);
     // Intended: here and for a value, the row is read after its slot was given back.
@@ -131,13 +131,13 @@ class ActionQuery {
     if (status_slot == kLockFailed) return -1;
     if (status_slot == kNoSlot) {
       util_.dptr->trace(kDetail, "Error in Searching StatusMsg in VoAtmActionProperty Table");
-      return -1;
+      return NotFound();
     }
     const int slot = FindTxnCode(status_slot);
-    if (slot < 0) return -1;
+    if (slot < 0) return FoundOrNot(slot);
     const VoAtmActionProperty& row = rows_.first[slot];
     // Intended: the search by transaction code ignores the flag; such a row is a silent miss.
-    if (row.TxnFlag != 'Y') return -1;
+    if (row.TxnFlag != 'Y') return NotFound();
     util_.dptr->trace(kDetail, "inside tableoffset[%d]", slot);
     char value[sizeof row.TxnValue + 1];
     CopyOut(value, row.TxnValue);

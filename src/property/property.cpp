@@ -140,7 +140,7 @@ int VoATMUtil::readAtmProperty(const char* InstTerminalGroup, const char* AtmLog
                                VoAtmProperty* property) {
   const int slot = ResolveProperty(*this, NoLock(), InstTerminalGroup, AtmLogicalGroup, AtmId,
                                    TxnCode, RespCode, CurrencyCode, property);
-  if (slot < 0) return -1;
+  if (slot < 0) return FoundOrNot(slot);
   *property = AtmPropertyPtr[slot];
   return 1;
 }
@@ -155,7 +155,7 @@ int VoATMUtil::ReadAtmProperty(const char* InstTerminalGroup, const char* AtmLog
   const SlotLock lock(dptr, AtmPropertySemid, kPropertySemop);
   const int slot = ResolveProperty(*this, lock, InstTerminalGroup, AtmLogicalGroup, AtmId, TxnCode,
                                    RespCode, CurrencyCode, property);
-  if (slot < 0) return -1;
+  if (slot < 0) return FoundOrNot(slot);
   dptr->trace(kDetail, "voatmproperty tableoffset[%d]", slot);
   // Intended: the row is copied after its slot was given back, and not compared again.
   *property = AtmPropertyPtr[slot];

@@ -125,7 +125,7 @@ int VoATMUtil::readIndirectState(const char* fitKey1, const char* fitKey2, const
                                  char* indirectState) {
   const Slots<AtmFit> fits = TableSlots(AtmFitPtr, MaxFit);
   const int slot = FindState(fits, fitKey1, fitKey2, cardNumber);
-  if (slot == kNoSlot) return -1;
+  if (slot == kNoSlot) return NotFound();
   ClearOutput(indirectState);
   indirectState[0] = fits.first[slot].IndirectNextState;
   return 1;

@@ -1,4 +1,6 @@
 // The FIT table: card ranges, selected by three keys.
+#include <cerrno>
+
 #include "common/field_key.h"
 #include "common/slot_scan.h"
 #include "common/text_field.h"
@@ -96,7 +98,9 @@ int VerifyFit(const VoATMUtil& util, const Lock& lock, const char* id) {
   const FieldKey key(id, sizeof(AtmFit::FitId));
   const int slot =
       FindSlot(FitSlots(util), 0, lock, [&](const AtmFit& fit, int) { return key.Is(fit.FitId); });
-  return slot == kNoSlot ? 1 : -1;
+  if (slot == kNoSlot) return 1;
+  if (slot >= 0) errno = EEXIST;
+  return -1;
 }
 
 template <typename Lock>

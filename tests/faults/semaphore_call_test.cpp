@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <sstream>
 
 #include "faults/locked_operations.h"
@@ -30,7 +31,9 @@ TEST_P(SemaphoreCallTest, ThatFailsEndsItsOperationWithThePlacesWords) {
         Paint();
         util_.LastAtmIndex = 9;
         const CallFault fault("semop", nth, error);
+        errno = 0;
         EXPECT_EQ(o.run(util_), -1) << o.name << " call " << nth;
+        EXPECT_EQ(errno, error) << o.name << " call " << nth;
         const int held = HeldSlot(set);
         EXPECT_EQ(held >= 0, nth % 2 == 0) << o.name << " call " << nth;
         const std::string& said = held < 0 ? taking : giving[held];
@@ -41,6 +44,21 @@ TEST_P(SemaphoreCallTest, ThatFailsEndsItsOperationWithThePlacesWords) {
       }
     }
   }
+}
+
+// Where nothing is found errno says so; where an id is taken, that.
+TEST_P(SemaphoreCallTest, ThatSucceedsLeavesItToErrnoToSayWhatWasNotFound) {
+  VoATMUtil none = util_;
+  none.MaxAtm = none.MaxFit = none.MaxSecurity = none.MaxAtmProperty = none.MaxAtmStatus = 0;
+  for (const LockedOperation& o : LockedOperations()) {
+    const std::string name = o.name;
+    errno = 0;
+    if (o.run(none) != -1) continue;  // a count, or an id that is free
+    EXPECT_EQ(errno, name == "BuiltStatusMsg" ? 0 : ENOENT) << name;
+  }
+  errno = 0;
+  EXPECT_EQ(util_.VerifyAtmFit("X"), -1);
+  EXPECT_EQ(errno, EEXIST);
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <climits>
 
 #include "support/call_fault.h"
@@ -40,9 +41,11 @@ class ActionPropertyTest : public DriverTest {
   std::string Ask(Texts request, int search_type) {
     char text[21] = "?";
     int value = INT_MIN;
+    errno = 0;
     const int result = util_.ReadAtmActionProperty(
         request[0].c_str(), request[1].c_str(), request[2].c_str(), request[3].data(),
         std::stoi(request[4]), text, &value, search_type);
+    EXPECT_TRUE(result != -1 || errno == ENOENT);
     return std::to_string(result) + " " + text + " " +
            (value == INT_MIN ? "?" : std::to_string(value)) + "\n" + trace_.Take();
   }

@@ -1,12 +1,13 @@
 // The calls that operations make to the switch's configuration reader, among their traces: where a
-// file is closed, and where that is left to the reader's destructor. This program brings a reader
-// and a clock of its own, which stand in for the platform's.
+// file is closed, and where that is left to the reader's destructor. This program brings a
+// reader, a clock and a trace of its own, which stand in for the platform's.
 #include <gtest/gtest.h>
 #include <sys/msg.h>
 #include <sys/sem.h>
 #include <sys/shm.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 #include <sstream>
 #include <string>
@@ -27,9 +28,6 @@ struct Log {
   // of those that do not open.
   explicit Log(std::string file_entries, const char* missing_file = "\n")
       : entries(std::move(file_entries)), missing(missing_file) {
-    debug.set_level(7);
-    debug.to_callback([](void* log, int, const char*) { static_cast<Log*>(log)->calls += 't'; },
-                      this);
     util.dptr = &debug;
   }
 
@@ -71,6 +69,14 @@ int VoCfgUtil::cfg_group_count(const char*) {
 
 void VoCfgUtil::cfg_close() { current->calls += 'c'; }
 VoCfgUtil::~VoCfgUtil() { current->calls += '.'; }
+
+// A trace may do to errno what it likes.
+static void Trace() {
+  current->calls += 't';
+  errno = EIO;
+}
+void VoDebugUtil::trace(int, const char*, ...) { Trace(); }
+void VoDebugUtil::trace(const char*, ...) { Trace(); }
 
 // Midnight lies between the first question and the second.
 int VoDateTimeUtil::getSysTime() { return times_asked++ == 0 ? 235959 : 0; }
@@ -249,6 +255,19 @@ TEST(ClockCalls, TakeTheTimeBeforeTheDate) {
   memcpy(&log, msg.MsgBuffer, sizeof log);
   EXPECT_EQ(std::string(status.Date) + status.Time, "261122235959");
   EXPECT_EQ(std::string(log.Date) + log.Time, "261122235959");
+}
+
+TEST(TraceCalls, LeaveTheErrorOfASemaphoreCallInErrno) {
+  Log log("");
+  current = &log;
+  AtmMemoryTable atm = {"X", {}, {}};
+  log.util.AtmMemoryPtr = &atm;
+  log.util.MaxAtm = 1;
+  log.util.AtmMemorySemid = -1;
+  log.util.LockFlag = true;
+  EXPECT_EQ(log.util.VerifyAtmMemory("X"), -1);
+  EXPECT_EQ(errno, EINVAL);
+  EXPECT_EQ(log.calls, "t");
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include <strings.h>
 
+#include <cerrno>
+
 #include "support/driver_test.h"
 #include "support/random_cases.h"
 
@@ -47,7 +49,9 @@ class IndirectStateTest : public DriverTest {
   // The slot whose state was given, or -1.
   int Given(const std::string& key1, const std::string& card) {
     char state[9] = "########";
+    errno = 0;
     const int result = util_.ReadIndirectState(key1.c_str(), "K2", card.c_str(), state);
+    EXPECT_TRUE(result != -1 || errno == ENOENT);
     const std::string cleared(7, '\0');
     EXPECT_EQ(std::string(state + 1, 7), result == 1 ? cleared : "#######");
     return result == 1 ? state[0] - '0' : -1;
