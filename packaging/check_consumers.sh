@@ -40,6 +40,19 @@ answers() {
 
 flags() { PKG_CONFIG_LIBDIR=$1/lib/pkgconfig pkg-config --cflags --libs voatmutil; }
 
+# The example of a driver's tests, copied out of the tree.
+with_driver_tests() {
+  local flags
+  cp -r "$tree/examples/driver_test" tests
+  read -ra flags < <(flags "$prefix")
+  read -ra flags < <(echo "${flags[@]} $(pkg-config --cflags --libs gtest_main)")
+  quietly g++ tests/*_test.cpp -o by-pkg-config "${flags[@]}" "-Wl,-rpath,$prefix/lib"
+  quietly cmake -S tests -B by-find-package "${common[@]}" -DCMAKE_PREFIX_PATH="$prefix"
+  quietly cmake --build by-find-package
+  quietly ./by-pkg-config
+  quietly ./by-find-package/driver_test
+}
+
 with_installed_release() {
   local flags
   read -ra flags < <(flags "$prefix")
@@ -69,6 +82,7 @@ with_own_platform() {
   build own-symbols -DVOATMUTIL_SOURCE="$tree" -DVOATMUTIL_PLATFORM_INCLUDE_DIR="$own" \
     -DVOATMUTIL_PLATFORM_LIBRARY= -DOWN_PLATFORM="$own/platform.cpp"
   for way in own-library own-symbols; do answers "$way" "the switch's own trace 2"; done
+  echo '#include "voatmutil_testing.h"' | quietly g++ -x c++ -fsyntax-only "${flags[@]}" -I"$own" -
 }
 
 # refused NAME TEXT COMMAND...: it must fail and say this.
@@ -111,6 +125,7 @@ with_checked_platform() {
 }
 
 with_installed_release
+with_driver_tests
 with_own_platform
 with_the_wrong_platform
 with_checked_platform

@@ -8,9 +8,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 
 #include "devhost/host.h"
 
@@ -47,35 +45,18 @@ pid_t StartHost(const std::string& path) {
   return host;
 }
 
+void WriteKernelFile(const TestHome& home, int key_base) {
+  home.Write("cfg/vokernel.cfg", "[CHANNEL]\nORGKEY " + std::to_string(key_base) + "\n");
+}
+
 }  // namespace
 
-TestHome::TestHome() : path_(testing::TempDir() + "voatm.XXXXXX") {
-  EXPECT_NE(mkdtemp(path_.data()), nullptr);
-  setenv("VODIR_HOME", path_.c_str(), 1);
-}
-
-TestHome::~TestHome() {
-  unsetenv("VODIR_HOME");
-  std::filesystem::remove_all(path_);
-}
-
-void TestHome::Write(const std::string& file, const std::string& text) const {
-  const std::filesystem::path whole = path_ + "/" + file;
-  std::filesystem::create_directories(whole.parent_path());
-  std::ofstream(whole) << text;
-}
-
-std::string TestHome::Read(const std::string& file) const {
-  std::ifstream stream(path_ + "/" + file);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 void TestHome::Remove(const std::string& file) const {
-  std::filesystem::remove_all(path_ + "/" + file);
+  std::filesystem::remove_all(path() + "/" + file);
 }
 
 void WriteStartUpFiles(const TestHome& home, int key_base, const SlotCounts& counts) {
-  home.Write("cfg/vokernel.cfg", "[CHANNEL]\nORGKEY " + std::to_string(key_base) + "\n");
+  WriteKernelFile(home, key_base);
   home.Write("cfg/vobusiness.cfg", "[VOBUSINESS]\nMAXATM " + std::to_string(counts.atm) +
                                        "\nMAXFIT " + std::to_string(counts.fit) +
                                        "\nMAXATMPROPERTY " + std::to_string(counts.property) +
@@ -85,6 +66,12 @@ void WriteStartUpFiles(const TestHome& home, int key_base, const SlotCounts& cou
 
 ServedHome::ServedHome(const SlotCounts& counts) : key_base_(NextKeyBase()) {
   WriteStartUpFiles(*this, key_base_, counts);
+  host_ = StartHost(path());
+}
+
+ServedHome::ServedHome(const char* model) : key_base_(NextKeyBase()) {
+  std::filesystem::copy(model, path(), std::filesystem::copy_options::recursive);
+  WriteKernelFile(*this, key_base_);
   host_ = StartHost(path());
 }
 

@@ -6,23 +6,12 @@
 
 #include <string>
 
+#include "voatmutil_testing.h"
+
 // A temporary home that VODIR_HOME names while it lives.
-class TestHome {
+class TestHome : public voatmutil_testing::Home {
  public:
-  TestHome();
-  ~TestHome();
-  TestHome(const TestHome&) = delete;
-  TestHome& operator=(const TestHome&) = delete;
-
-  const std::string& path() const { return path_; }
-
-  // Writes a file below the home, creating its folders; reads one; removes one.
-  void Write(const std::string& file, const std::string& text) const;
-  std::string Read(const std::string& file) const;
   void Remove(const std::string& file) const;
-
- private:
-  std::string path_;
 };
 
 struct SlotCounts {
@@ -38,6 +27,7 @@ struct SlotCounts {
 class ServedHome : public TestHome {
  public:
   explicit ServedHome(const SlotCounts& counts = {});
+  explicit ServedHome(const char* model);  // a copy of this home, with keys of its own
   ~ServedHome();
 
   int key_base() const { return key_base_; }
