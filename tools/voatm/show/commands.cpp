@@ -170,7 +170,9 @@ std::string ManualPage(const Command& command, const std::vector<Command>& all) 
   const Verb* const verb = command.verb;
   std::string summary = command.summary;
   if (EndsSentence(summary)) summary.pop_back();
-  std::string page = ".Dd " + PageDate() + "\n.Dt " + title + " 1\n.Os\n.Sh NAME\n.Nm " +
+  // Without a volume groff puts another system's name above a page.
+  std::string page = ".Dd " + PageDate() + "\n.Dt " + title +
+                     " 1\n.ds doc-volume libvoatmutil Manual\n.Os libvoatmutil\n.Sh NAME\n.Nm " +
                      command.Page() + "\n.Nd " + Escaped(summary) + "\n" + Synopsis(command) +
                      ".Sh DESCRIPTION\n";
   page += Paragraphs(verb != nullptr ? verb->Manual()
