@@ -46,11 +46,12 @@ with_driver_tests() {
   cp -r "$tree/examples/driver_test" tests
   read -ra flags < <(flags "$prefix")
   read -ra flags < <(echo "${flags[@]} $(pkg-config --cflags --libs gtest_main)")
-  quietly g++ tests/*_test.cpp -o by-pkg-config "${flags[@]}" "-Wl,-rpath,$prefix/lib"
+  quietly g++ tests/*_test.cpp -o by-pkg-config -DVOATM="\"$prefix/bin/voatm\"" "${flags[@]}" \
+    "-Wl,-rpath,$prefix/lib"
   quietly cmake -S tests -B by-find-package "${common[@]}" -DCMAKE_PREFIX_PATH="$prefix"
   quietly cmake --build by-find-package
-  quietly ./by-pkg-config
-  quietly ./by-find-package/driver_test
+  quietly env LD_LIBRARY_PATH="$prefix/lib" ./by-pkg-config
+  quietly env LD_LIBRARY_PATH="$prefix/lib" ./by-find-package/driver_test
 }
 
 with_installed_release() {
