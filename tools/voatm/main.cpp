@@ -5,6 +5,7 @@
 #include <exception>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "show/output.h"
@@ -64,13 +65,31 @@ class ParsedVerb {
     if (row.values != OptionRow::kAnyNumber) {
       value->option->expected(row.values)->allow_extra_args(false);
     }
+    if (row.more > 0) {
+      value->option->type_size(row.values, row.values + row.more);
+      value->option->expected(1, CLI::detail::expected_max_vector_size);
+      value->option->inject_separator(true);
+    }
     if (row.environment != nullptr) value->option->envname(row.environment);
   }
 
   void Take(const OptionList& options) const {
     for (std::size_t i = 0; i < values_.size(); ++i) {
-      if (values_[i].option->count() > 0) options.rows()[i].take(values_[i].texts);
+      if (values_[i].option->count() > 0) TakeEach(options.rows()[i], *values_[i].option);
     }
+  }
+
+  // The parser puts empty texts between the values of one occurrence and of the next.
+  static void TakeEach(const OptionRow& row, const CLI::Option& option) {
+    std::vector<std::string> values;
+    for (const std::string& value : option.results()) {
+      if (!value.empty() || row.more == 0) {
+        values.push_back(value);
+      } else if (!values.empty()) {
+        row.take(std::exchange(values, {}));
+      }
+    }
+    if (!values.empty()) row.take(values);
   }
 
   // What stands before the second word of a verb counts as what stands behind it.
@@ -79,7 +98,7 @@ class ParsedVerb {
       if (values_[i].option->count() == 0) continue;
       const OptionRow* const row = below.Find(options_.rows()[i].name);
       if (row == nullptr) throw UsageError(options_.rows()[i].name + " is of no use here");
-      row->take(values_[i].texts);
+      TakeEach(*row, *values_[i].option);
     }
   }
 

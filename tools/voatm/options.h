@@ -31,6 +31,7 @@ struct OptionRow {
   std::string about;
   std::function<void(const std::vector<std::string>& values)> take;  // may throw UsageError
   int values = 1;                                                    // or kAnyNumber
+  int more = 0;  // values that may follow; then it may be given again, and is taken each time
   bool required = false;
   const char* environment = nullptr;  // the variable that stands in for it
 

@@ -16,6 +16,7 @@ extern const Verb kLocksRelease;
 extern const Verb kCheck;
 extern const Verb kExplain;
 extern const Verb kPlan;
+extern const Verb kDiff;
 extern const Verb kWhy;
 extern const Verb kCompletion;
 extern const Verb kManual;
@@ -25,8 +26,8 @@ inline constexpr char kSummary[] =
 
 // A verb below another stands behind it.
 inline constexpr const Verb* kVerbs[] = {
-    &kServe,        &kTables, &kList,    &kShow, &kDump, &kSet,        &kLoad,   &kLocks,
-    &kLocksRelease, &kCheck,  &kExplain, &kPlan, &kWhy,  &kCompletion, &kManual,
+    &kServe,        &kTables, &kList,    &kShow, &kDump, &kSet, &kLoad,       &kLocks,
+    &kLocksRelease, &kCheck,  &kExplain, &kPlan, &kDiff, &kWhy, &kCompletion, &kManual,
 };
 
 #endif  // TOOLS_VOATM_VERBS_VERBS_H

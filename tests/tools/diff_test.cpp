@@ -1,0 +1,96 @@
+// What changed between two sides, and which answers change with it.
+#include <algorithm>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "support/served_home.h"
+#include "tools/voatm_output.h"
+
+namespace {
+
+using Json = nlohmann::json;
+
+class DiffTest : public testing::Test {
+ protected:
+  DiffTest() {
+    std::filesystem::copy(SAMPLE_HOME, home_.path() + "/new",
+                          std::filesystem::copy_options::recursive);
+  }
+
+  // Replaces the first occurrence in a file of the new home.
+  void Change(const std::string& file, const std::string& from, const std::string& to) const {
+    std::string text = home_.Read("new/" + file);
+    const std::size_t at = text.find(from);
+    ASSERT_NE(at, std::string::npos) << file;
+    home_.Write("new/" + file, text.replace(at, from.size(), to));
+  }
+
+  Answer Diff(const std::string& options = "") const {
+    return Voatm("diff . " + home_.path() + "/new --json " + options);
+  }
+
+  static Json OfRequest(const Json& json, const std::string& request) {
+    for (const Json& each : json["answers"]) {
+      if (each["request"] == request) return each;
+    }
+    return {};
+  }
+
+  TestHome home_;
+};
+
+constexpr char kAtm[] = "--atm HARBOUR MALL ATM00004 COMMON";
+
+TEST_F(DiffTest, LayoutAndOrderAreNoDifference) {
+  Change("cfg/atm/displogic/HARBOUR_displogic.cfg", "\n", "\n# a comment\n\n");
+  const Answer answer = Diff(kAtm);
+  EXPECT_EQ(answer.code, 0);
+  EXPECT_EQ(Json::parse(answer.text), Json::parse(R"({"rows":[],"entries":[],"answers":[]})"));
+}
+
+TEST_F(DiffTest, NamesRowsEntriesAndTheAnswersThatChange) {
+  Change("tables/atm_fit.json", "\"HB_STAFF\"", "\"HB_CREW\"");
+  Change("tables/atm_fit.json", "\"CardPrefix\": \"978001FFFF\", \"IndirectNextState\": \"D\"",
+         "\"CardPrefix\": \"978001FFFF\", \"IndirectNextState\": \"X\"");
+  Change("cfg/atm/statetable/resptable/HARBOUR_MALL_resp.cfg", "021", "022");
+  std::filesystem::remove(home_.path() + "/new/cfg/atm/statetable/opkey/HARBOUR_opk.cfg");
+  const Answer answer = Diff(std::string(kAtm) + " --atm HARBOUR BRANCH ATM00001");
+  EXPECT_EQ(answer.code, 1);
+  const Json json = Json::parse(answer.text);
+  std::string rows;
+  for (const Json& row : json["rows"]) {
+    rows += row["id"].get<std::string>() + " " + row["change"].get<std::string>() + "; ";
+  }
+  EXPECT_EQ(rows, "HB_DEBIT changed; HB_STAFF removed; HB_CREW added; ");
+  EXPECT_EQ(json["rows"][0]["fields"],
+            Json::parse(R"([{"field":"IndirectNextState","a":"D","b":"X"}])"));
+  EXPECT_TRUE(std::any_of(json["entries"].begin(), json["entries"].end(), [](const Json& entry) {
+    return entry["file"] == "cfg/atm/statetable/opkey/HARBOUR_opk.cfg" && entry["b"] == "(none)";
+  }));
+  const Json card = OfRequest(json, "indirect-state HARBOUR MALL 9780010000");
+  EXPECT_EQ(card["a"]["answer"]["IndirectNextState"], "D");
+  EXPECT_EQ(card["b"]["answer"]["IndirectNextState"], "X");
+  EXPECT_EQ(card["b"]["where"], "ATMFITMEMORY slot 0");
+  int lost = 0, states = 0;
+  for (const Json& each : json["answers"]) {
+    if (each["request"].get<std::string>().rfind("txn-code", 0) == 0) ++lost;
+    if (each["b"]["answer"].value("StateNo", "") == "022") ++states;
+  }
+  EXPECT_GT(lost, 0);
+  EXPECT_EQ(states, 1) << "only the mall's ATM has the changed file";
+}
+
+TEST_F(DiffTest, ADumpIsComparedWithSeedFilesByRowsAlone) {
+  Change("tables/atm_status.json", "\"CASHLOW\"", "\"CASHOUT\"");
+  const std::string dump = home_.path() + "/new/tables/atm_status.json";
+  const Answer same = Voatm("diff tables/atm_status.json tables --json");
+  EXPECT_EQ(same.code, 0) << same.text;
+  const Answer changed = Voatm("diff tables " + dump + " --json");
+  EXPECT_EQ(changed.code, 1);
+  EXPECT_EQ(Json::parse(changed.text)["rows"].size(), 2U);
+  EXPECT_EQ(Voatm("diff tables " + home_.path() + "/absent").code, 2);
+  EXPECT_EQ(Voatm("diff tables cfg/vobusiness.cfg").code, 2);
+  EXPECT_EQ(Voatm("diff tables tables --atm HARBOUR MALL").code, 2);
+}
+
+}  // namespace

@@ -1,0 +1,201 @@
+// voatm diff: what changed between two sides, and which answers change with it.
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "ask/comparison.h"
+#include "show/output.h"
+#include "verbs/verbs.h"
+
+namespace {
+
+struct Options : DataOptions {
+  std::string a;
+  std::string b;
+  std::vector<Atm> atms;
+  std::string atms_file;
+};
+
+struct AtmChanges {
+  const Atm* atm;
+  std::vector<AnswerChange> answers;
+};
+
+struct Difference {
+  std::vector<RowChange> rows;
+  std::vector<EntryChange> entries;
+  std::vector<AtmChanges> atms;
+
+  bool empty() const { return rows.empty() && entries.empty() && atms.empty(); }
+};
+
+Atm AtmOf(const std::vector<std::string>& words, const std::string& place) {
+  if (words.size() != 3 && words.size() != 4) {
+    throw UsageError(place +
+                     " takes S1 S2 S3 [FALLBACK], for example HARBOUR BRANCH ATM00001 "
+                     "COMMON");
+  }
+  return {words[0], words[1], words[2], words.size() == 4 ? words[3] : ""};
+}
+
+void ReadAtms(const std::string& path, std::vector<Atm>* atms) {
+  std::ifstream stream(path);
+  if (!stream) throw std::runtime_error("cannot read " + path);
+  int number = 0;
+  for (std::string line; std::getline(stream, line);) {
+    ++number;
+    std::istringstream text(line);
+    std::vector<std::string> words;
+    for (std::string word; text >> word;) words.push_back(word);
+    if (words.empty() || words[0][0] == '#') continue;
+    atms->push_back(AtmOf(words, path + ":" + std::to_string(number)));
+  }
+}
+
+// On a terminal, once it takes longer than a second.
+class Progress {
+ public:
+  void operator()(const Atm& atm, std::size_t asked, std::size_t all) {
+    const auto now = std::chrono::steady_clock::now();
+    if (now - shown_ < std::chrono::seconds(1) || isatty(STDERR_FILENO) == 0) return;
+    shown_ = now;
+    Say(atm.s3 + ": asked " + std::to_string(asked) + " of " + std::to_string(all) + " requests");
+  }
+
+ private:
+  std::chrono::steady_clock::time_point shown_ = std::chrono::steady_clock::now();
+};
+
+Difference Compare(const Options& options) {
+  Side a = ReadSide(options.a, options.home);
+  Side b = ReadSide(options.b, options.home);
+  Difference difference = {CompareRows(&a, &b), CompareEntries(a, b), {}};
+  Progress progress;
+  for (const Atm& atm : options.atms) {
+    auto answers = CompareAnswers(
+        &a, &b, atm, [&](std::size_t asked, std::size_t all) { progress(atm, asked, all); });
+    if (!answers.empty()) difference.atms.push_back({&atm, std::move(answers)});
+  }
+  return difference;
+}
+
+std::string InOneLine(const Placed& placed) {
+  if (!placed.answer.found) return "not found";
+  std::string line;
+  for (const Fact& fact : placed.answer.facts) line += (line.empty() ? "" : " ") + fact.value;
+  return line;
+}
+
+Json PlacedJson(const Placed& placed) {
+  Json facts = Json::object();
+  for (const Fact& fact : placed.answer.facts) facts[fact.name] = fact.value;
+  return {{"found", placed.answer.found}, {"where", placed.where}, {"answer", std::move(facts)}};
+}
+
+Json DifferenceJson(const Difference& difference) {
+  Json json = {{"rows", Json::array()}, {"entries", Json::array()}, {"answers", Json::array()}};
+  for (const RowChange& row : difference.rows) {
+    Json fields = Json::array();
+    for (const FieldChange& field : row.fields) {
+      fields.push_back({{"field", field.field}, {"a", field.a}, {"b", field.b}});
+    }
+    json["rows"].push_back({{"table", row.table->name},
+                            {"id", row.id},
+                            {"change", row.change},
+                            {"fields", std::move(fields)}});
+  }
+  for (const EntryChange& entry : difference.entries) {
+    json["entries"].push_back(
+        {{"file", entry.file}, {"key", entry.key}, {"a", entry.a}, {"b", entry.b}});
+  }
+  for (const AtmChanges& changes : difference.atms) {
+    for (const AnswerChange& answer : changes.answers) {
+      json["answers"].push_back({{"atm", changes.atm->s3},
+                                 {"request", answer.request},
+                                 {"a", PlacedJson(answer.a)},
+                                 {"b", PlacedJson(answer.b)}});
+    }
+  }
+  return json;
+}
+
+void PrintText(const Difference& difference) {
+  if (!difference.rows.empty()) {
+    std::printf("Rows\n");
+    TextTable table({{"TABLE"}, {"ID"}, {"FIELD"}, {"A"}, {"B"}});
+    for (const RowChange& row : difference.rows) {
+      if (row.fields.empty()) table.AddRow({row.table->name, row.id, row.change, "", ""});
+      for (const FieldChange& field : row.fields) {
+        table.AddRow({row.table->name, row.id, field.field, field.a, field.b});
+      }
+    }
+    table.Print();
+  }
+  if (!difference.entries.empty()) {
+    std::printf("Entries\n");
+    TextTable table({{"FILE"}, {"KEY"}, {"A"}, {"B"}});
+    for (const EntryChange& entry : difference.entries) {
+      table.AddRow({entry.file, entry.key, entry.a, entry.b});
+    }
+    table.Print();
+  }
+  for (const AtmChanges& changes : difference.atms) {
+    std::printf("Answers for %s of %s, %s\n", changes.atm->s3.c_str(), changes.atm->s2.c_str(),
+                changes.atm->s1.c_str());
+    TextTable table({{"REQUEST"}, {"A"}, {"FROM"}, {"B"}, {"FROM"}});
+    for (const AnswerChange& answer : changes.answers) {
+      table.AddRow({answer.request, InOneLine(answer.a), answer.a.where, InOneLine(answer.b),
+                    answer.b.where});
+    }
+    table.Print();
+  }
+}
+
+ExitCode Diff(Options options) {
+  if (!options.atms_file.empty()) ReadAtms(options.atms_file, &options.atms);
+  if (options.a == "live" || options.b == "live") RequireHome(options.home);
+  const Difference difference = Compare(options);
+  if (options.json) {
+    PrintJson(DifferenceJson(difference));
+  } else {
+    PrintText(difference);
+  }
+  return difference.empty() ? kDone : kFindings;
+}
+
+Action Declare(OptionList* list) {
+  const auto options = std::make_shared<Options>();
+  list->Text("A", "", &options->a, "A home, a directory of seed files, a dump, or live").Required();
+  list->Text("B", "", &options->b, "What it is compared with, of the same kinds").Required();
+  AddDataOptions(list, options.get());
+  OptionRow& atm = list->Add(
+      {"--atm", "S1 S2 S3 [FALLBACK]", "Compare what this ATM is answered; may be given again",
+       [options](const auto& words) { options->atms.push_back(AtmOf(words, "--atm")); }, 3});
+  atm.more = 1;
+  list->Text("--atms", "FILE", &options->atms_file, "The same of each line: S1 S2 S3 [FALLBACK]");
+  return [options] { return Diff(*options); };
+}
+
+}  // namespace
+
+const Verb kDiff = {
+    "diff", "Say what changed between two homes, and which answers change with it",
+    "Compares the rows of the tables by id and field by field, the entries of the configuration "
+    "by\n"
+    "file and key (order, layout and comments aside; the first entry of a key counts), and, for\n"
+    "each ATM that is named, what the library answers: every request that a file or row of either\n"
+    "side names is asked of both, and those that are answered differently are listed with the "
+    "file\n"
+    "or row of each. A dump or seed files have rows only. live is the tables in memory with the\n"
+    "configuration of --home.\n\n"
+    "Exit status: 0 equal, 1 different, 2 a side cannot be read.\n\n"
+    "JSON: {rows: [{table, id, change, fields: [{field, a, b}]}], entries: [{file, key, a, b}],\n"
+    "answers: [{atm, request, a: {found, where, answer}, b}]}.",
+    "voatm diff examples/home /tmp/new --atm HARBOUR BRANCH ATM00001 COMMON", Declare};
