@@ -63,7 +63,7 @@ TEST_F(DiffTest, NamesRowsEntriesAndTheAnswersThatChange) {
   }
   EXPECT_EQ(rows, "HB_DEBIT changed; HB_STAFF removed; HB_CREW added; ");
   EXPECT_EQ(json["rows"][0]["fields"],
-            Json::parse(R"([{"field":"IndirectNextState","a":"D","b":"X"}])"));
+            Json::parse(R"([{"field":"IndirectNextState","before":"D","after":"X"}])"));
   EXPECT_TRUE(std::any_of(json["entries"].begin(), json["entries"].end(), [](const Json& entry) {
     return entry["file"] == "cfg/atm/statetable/opkey/HARBOUR_opk.cfg" && entry["b"] == "(none)";
   }));

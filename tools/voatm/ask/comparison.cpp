@@ -5,7 +5,6 @@
 #include <map>
 
 #include "ask/requests.h"
-#include "show/record_view.h"
 
 namespace {
 
@@ -24,23 +23,6 @@ std::map<std::pair<std::string, int>, const char*> RowsById(Rows* rows) {
   return by_id;
 }
 
-std::string WholeText(const records::RecordField& field, const char* record) {
-  const std::string tail = TailText(field, record);
-  return FieldText(field, record) + (tail.empty() ? "" : " then 00 " + tail);
-}
-
-std::vector<FieldChange> CompareFields(const records::RecordTable& table, const char* a,
-                                       const char* b) {
-  std::vector<FieldChange> changes;
-  for (const records::RecordField& field : table) {
-    if (std::memcmp(a + field.offset, b + field.offset, field.size) == 0) continue;
-    const bool hidden = table.confidential && &field != &table.id();
-    changes.push_back(
-        {field.name, hidden ? "" : WholeText(field, a), hidden ? "" : WholeText(field, b)});
-  }
-  return changes;
-}
-
 void CompareTable(Rows* a, Rows* b, std::vector<RowChange>* changes) {
   const records::RecordTable& table = *a->table;
   const auto in_a = RowsById(a);
@@ -50,8 +32,7 @@ void CompareTable(Rows* a, Rows* b, std::vector<RowChange>* changes) {
     if (other == in_b.end()) {
       changes->push_back({&table, key.first, "removed", {}});
     } else if (std::memcmp(record, other->second, table.record_size) != 0) {
-      changes->push_back(
-          {&table, key.first, "changed", CompareFields(table, record, other->second)});
+      changes->push_back({&table, key.first, "changed", ChangesOf(table, record, other->second)});
     }
   }
   for (const auto& [key, record] : in_b) {

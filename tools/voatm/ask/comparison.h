@@ -7,12 +7,7 @@
 #include <vector>
 
 #include "ask/side.h"
-
-struct FieldChange {
-  std::string field;
-  std::string a;
-  std::string b;
-};
+#include "show/record_view.h"
 
 struct RowChange {
   const records::RecordTable* table;

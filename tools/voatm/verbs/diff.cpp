@@ -102,14 +102,10 @@ Json PlacedJson(const Placed& placed) {
 Json DifferenceJson(const Difference& difference) {
   Json json = {{"rows", Json::array()}, {"entries", Json::array()}, {"answers", Json::array()}};
   for (const RowChange& row : difference.rows) {
-    Json fields = Json::array();
-    for (const FieldChange& field : row.fields) {
-      fields.push_back({{"field", field.field}, {"a", field.a}, {"b", field.b}});
-    }
     json["rows"].push_back({{"table", row.table->name},
                             {"id", row.id},
                             {"change", row.change},
-                            {"fields", std::move(fields)}});
+                            {"fields", ChangesJson(row.fields)}});
   }
   for (const EntryChange& entry : difference.entries) {
     json["entries"].push_back(
@@ -133,7 +129,7 @@ void PrintText(const Difference& difference) {
     for (const RowChange& row : difference.rows) {
       if (row.fields.empty()) table.AddRow({row.table->name, row.id, row.change, "", ""});
       for (const FieldChange& field : row.fields) {
-        table.AddRow({row.table->name, row.id, field.field, field.a, field.b});
+        table.AddRow({row.table->name, row.id, field.field->name, field.before, field.after});
       }
     }
     table.Print();
@@ -196,6 +192,7 @@ const Verb kDiff = {
     "or row of each. A dump or seed files have rows only. live is the tables in memory with the\n"
     "configuration of --home.\n\n"
     "Exit status: 0 equal, 1 different, 2 a side cannot be read.\n\n"
-    "JSON: {rows: [{table, id, change, fields: [{field, a, b}]}], entries: [{file, key, a, b}],\n"
+    "JSON: {rows: [{table, id, change, fields: [{field, before, after}]}], entries: [{file, key, "
+    "a, b}],\n"
     "answers: [{atm, request, a: {found, where, answer}, b}]}.",
     "voatm diff examples/home /tmp/new --atm HARBOUR BRANCH ATM00001 COMMON", Declare};
