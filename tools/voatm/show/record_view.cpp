@@ -131,7 +131,7 @@ std::string IdText(const RecordTable& table, const char* record) {
 
 std::string WholeText(const RecordTable& table, const RecordField& field, const char* record) {
   const bool text = field.kind == FieldKind::kText || field.kind == FieldKind::kCharacter;
-  const std::string whole = MarkedText(field, record, text ? "\"" : "");
+  std::string whole = MarkedText(field, record, text ? "\"" : "");
   const std::string tail = TailText(field, record);
   if (tail.empty()) return whole;
   return whole + (table.confidential ? " (and bytes that are not shown)" : " then 00 " + tail);
