@@ -56,9 +56,11 @@ TEST_P(SemaphoreCallTest, ThatSucceedsLeavesItToErrnoToSayWhatWasNotFound) {
     if (o.run(none) != -1) continue;  // a count, or an id that is free
     EXPECT_EQ(errno, name == "BuiltStatusMsg" ? 0 : ENOENT) << name;
   }
-  errno = 0;
-  EXPECT_EQ(util_.VerifyAtmFit("X"), -1);
-  EXPECT_EQ(errno, EEXIST);
+  for (const char* taken : {"NOTDEFINED", "X"}) {
+    errno = 0;
+    EXPECT_EQ(util_.VerifyAtmFit(taken), -1);
+    EXPECT_EQ(errno, EEXIST) << taken;
+  }
 }
 
 }  // namespace
