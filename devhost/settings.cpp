@@ -10,6 +10,8 @@
 #include <limits>
 #include <stdexcept>
 
+#include "common/config_file.h"
+#include "devhost/reader_line.h"
 #include "tables/locate.h"
 #include "vocfgutil.h"
 
@@ -31,13 +33,13 @@ int ReadNumber(const std::string& home, const records::CountSource& source, int 
     const std::string cause = is_there ? "not a file" : std::strerror(errno);
     throw std::runtime_error(cause + ": cannot open " + path);
   }
-  char value[VoCfgUtil::kMaxField + 1] = {};
+  char value[voatm::kValueSize] = {};
   if (reader.cfg_search(source.key, value, 2) < 0) {
     throw std::runtime_error(std::string("no readable value for ") + source.key + " in " + path);
   }
   const std::string text = value;
-  const std::string place = std::string(source.key) + " \"" + text + "\" in " + path + ":" +
-                            std::to_string(reader.line());
+  const std::string place =
+      std::string(source.key) + " \"" + text + "\" in " + AtLine(path, LineOf(reader));
   const bool digits =
       std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
   if (!digits || (text.empty() && empty == Empty::kRefused)) {

@@ -73,7 +73,8 @@ with_own_platform() {
   local flags
   mkdir switch
   quietly g++ -shared -fPIC -Wl,-soname,libswitch.so "$own/platform.cpp" -o switch/libswitch.so
-  quietly configure installed -DVOATMUTIL_PLATFORM_LIBRARY="$work/switch/libswitch.so"
+  quietly configure installed -DVOATMUTIL_PLATFORM_LIBRARY="$work/switch/libswitch.so" \
+    -DVOATMUTIL_TOOLS=ON
   quietly cmake --build installed
   quietly cmake --install installed --prefix "$work/switch"
   [ ! -e switch/include/voplatform ] || { echo "bundled headers installed" >&2; return 1; }
@@ -84,6 +85,16 @@ with_own_platform() {
     -DVOATMUTIL_PLATFORM_LIBRARY= -DOWN_PLATFORM="$own/platform.cpp"
   for way in own-library own-symbols; do answers "$way" "the switch's own trace 2"; done
   echo '#include "voatmutil_testing.h"' | quietly g++ -x c++ -fsyntax-only "${flags[@]}" -I"$own" -
+}
+
+# The operator's command on the switch's own platform: it explains by the switch's reader, and says
+# where lines are missing.
+with_own_tools() {
+  local voatm=(env LD_LIBRARY_PATH="$work/switch/lib:$work/switch" switch/bin/voatm)
+  quietly "${voatm[@]}" explain flags utc --home driver/home
+  grep -q 'vobusiness.cfg (the switch.s reader gives no line)' log ||
+    { cat log >&2; echo "voatm does not say that the reader gives no line" >&2; return 1; }
+  refused check "gives no lines" "${voatm[@]}" check --home driver/home
 }
 
 # refused NAME TEXT COMMAND...: it must fail and say this.
@@ -128,5 +139,6 @@ with_checked_platform() {
 with_installed_release
 with_driver_tests
 with_own_platform
+with_own_tools
 with_the_wrong_platform
 with_checked_platform

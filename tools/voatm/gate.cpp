@@ -11,6 +11,7 @@
 #include <string>
 
 #include "ask/observation.h"
+#include "devhost/reader_line.h"
 #include "vocfgutil.h"
 #include "vodebugutil.h"
 
@@ -31,16 +32,6 @@ Function* Next(const char* symbol) {
 std::map<const VoCfgUtil*, std::string>& OpenFiles() {
   static std::map<const VoCfgUtil*, std::string> files;
   return files;
-}
-
-// A switch's own reader need not know lines.
-template <typename Reader>
-auto LineOf(const Reader& reader, int) -> decltype(reader.line()) {
-  return reader.line();
-}
-template <typename Reader>
-int LineOf(const Reader&, long) {
-  return 0;
 }
 
 void NoteText(int level, const char* format, va_list arguments) {
@@ -76,7 +67,7 @@ int VoCfgUtil::cfg_search(const char* key, char* out, int field) {
   const int result = next(this, key, out, field);
   const bool done = result >= 0;
   observation->Note(
-      {Event::Kind::kSearch, key, field, done, path, LineOf(*this, 0), done ? out : ""});
+      {Event::Kind::kSearch, key, field, done, path, devhost::LineOf(*this), done ? out : ""});
   return result;
 }
 

@@ -9,6 +9,7 @@
 #include "ask/experiment.h"
 #include "ask/observation.h"
 #include "ask/said.h"
+#include "devhost/reader_line.h"
 
 namespace {
 
@@ -37,7 +38,7 @@ class Calls {
   const std::string& key() const { return key_; }        // the first entry that was found, or empty
   const std::string& unseen() const { return unseen_; }
 
-  std::string Source() const { return line_ > 0 ? opened_ + ":" + std::to_string(line_) : opened_; }
+  std::string Source() const { return devhost::AtLine(opened_, line_); }
 
  private:
   // A request that needs several operations tries the same several times.

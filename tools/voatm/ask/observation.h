@@ -26,7 +26,7 @@ struct Event {
   int number = 0;
   bool done = true;        // the file opened; the field was found
   std::string path = {};   // of the file that is searched
-  int line = 0;            // of the entry, when the reader knows it
+  int line = 0;            // of the entry, as devhost::LineOf says
   std::string value = {};  // of the field
 };
 

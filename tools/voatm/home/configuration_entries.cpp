@@ -2,11 +2,11 @@
 
 #include <utility>
 
-#include "vocfgutil.h"
+#include "common/config_file.h"
 
 namespace {
 
-constexpr std::size_t kMaxField = VoCfgUtil::kMaxField;
+constexpr std::size_t kMaxField = voatm::kValueSize - 1;
 constexpr const char* kBlanks = " \t\r";
 
 bool IsBlank(char character) { return character == ' ' || character == '\t' || character == '\r'; }

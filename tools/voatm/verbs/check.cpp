@@ -2,11 +2,14 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <stdexcept>
 #include <string>
 
+#include "devhost/reader_line.h"
 #include "home/check_configuration.h"
 #include "show/output.h"
 #include "verbs/verbs.h"
+#include "vocfgutil.h"
 
 namespace {
 
@@ -41,7 +44,16 @@ Json ReportJson(const ConfigurationReport& report, std::ptrdiff_t errors) {
   return json;
 }
 
+// The files are read as the bundled reader reads them, line by line.
+void RequireLines() {
+  if (devhost::kGivesLines<VoCfgUtil>) return;
+  throw std::runtime_error(
+      "cannot check: this switch's reader gives no lines, and its files may have a form of its "
+      "own");
+}
+
 ExitCode Check(const Options& options) {
+  RequireLines();
   RequireHome(options.data.home);
   const ConfigurationReport report = CheckConfiguration(options.data.home);
   const auto errors = std::count_if(
