@@ -1,3 +1,5 @@
+include(CheckCXXCompilerFlag)
+include(CheckLinkerFlag)
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES CXX)
 
@@ -5,17 +7,34 @@ check_pie_supported(LANGUAGES CXX)
 add_library(voatm_flags INTERFACE)
 target_compile_options(voatm_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wformat=2 -Wundef
-  -fstack-protector-strong -fstack-clash-protection -fcf-protection)
+  -fstack-protector-strong)
+target_link_options(voatm_flags INTERFACE -Wl,-z,relro,-z,now)
+
+# Protections that not every compiler has for every machine.
+set(CMAKE_REQUIRED_FLAGS -Werror)
+check_cxx_compiler_flag(-fstack-clash-protection VOATMUTIL_HAS_STACK_CLASH_PROTECTION)
+check_cxx_compiler_flag(-fcf-protection VOATMUTIL_HAS_CF_PROTECTION)
+unset(CMAKE_REQUIRED_FLAGS)
+if(VOATMUTIL_HAS_STACK_CLASH_PROTECTION)
+  target_compile_options(voatm_flags INTERFACE -fstack-clash-protection)
+endif()
 # The mark for the shadow stack is given by hand: the linker leaves it out as soon as one of the
 # system's start-up objects lacks it. No such mark for branch targets: their _init has none.
-target_link_options(voatm_flags INTERFACE -Wl,-z,relro,-z,now,-z,shstk)
+if(VOATMUTIL_HAS_CF_PROTECTION)
+  target_compile_options(voatm_flags INTERFACE -fcf-protection)
+  check_linker_flag(CXX -Wl,-z,shstk VOATMUTIL_HAS_SHADOW_STACK_MARK)
+  if(VOATMUTIL_HAS_SHADOW_STACK_MARK)
+    target_link_options(voatm_flags INTERFACE -Wl,-z,shstk)
+  endif()
+endif()
 if(VOATMUTIL_WERROR)
   target_compile_options(voatm_flags INTERFACE -Werror)
 endif()
 
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT VOATMUTIL_SANITIZE)
-  target_compile_options(voatm_flags INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3
-    -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+  # A target with the property NOT_OPTIMIZED takes longer to compile than to run.
+  target_compile_options(voatm_flags INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
+    "$<IF:$<BOOL:$<TARGET_PROPERTY:NOT_OPTIMIZED>>,-O0,-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=3>")
 endif()
 set(CMAKE_CXX_FLAGS_RELEASE "-O2")
 
@@ -32,11 +51,14 @@ if(VOATMUTIL_COVERAGE)
   target_link_options(voatm_flags INTERFACE --coverage)
 endif()
 
-# voatm_runtime_free(TARGET): the target carries no C++ runtime. It is compiled without exceptions
-# and RTTI, and linked against libc alone, so that a stray need of libstdc++ fails the build. Only
-# a switch's own platform may bring such a need, by what stands inline in its headers.
-function(voatm_runtime_free target)
-  target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti)
+# voatm_driver_library(TARGET): the target is a library that drivers link. It is described by debug
+# symbols, for debuggers and for the checks of its interface; packing puts them aside.
+#
+# It carries no C++ runtime. It is compiled without exceptions and RTTI, and linked against libc
+# alone, so that a stray need of libstdc++ fails the build. Only a switch's own platform may bring
+# such a need, by what stands inline in its headers.
+function(voatm_driver_library target)
+  target_compile_options(${target} PRIVATE -g -fno-exceptions -fno-rtti)
   if(VOATMUTIL_PLATFORM_INCLUDE_DIR)
     target_link_options(${target} PRIVATE -Wl,--as-needed)
   elseif(NOT VOATMUTIL_SANITIZE AND NOT VOATMUTIL_COVERAGE)

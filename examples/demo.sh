@@ -22,6 +22,7 @@ trap 'exit 143' TERM
 cp -r "$(dirname "$0")/home/." "$home"
 key=$((0x30000000 + ($$ & 0xffff) * 16))
 sed -i "s/^ORGKEY .*/ORGKEY   $key/" "$home/cfg/vokernel.cfg"
+[ -z "${VOATM_TEST_KEYS:-}" ] || echo "$key" >>"$VOATM_TEST_KEYS"
 export VODIR_HOME=$home
 
 : >"$home/served"

@@ -38,7 +38,9 @@ answers() {
   fi
 }
 
-flags() { PKG_CONFIG_LIBDIR=$1/lib/pkgconfig pkg-config --cflags --libs voatmutil; }
+# Where a prefix has its libraries, which differs by system; the compiler's and linker's flags there.
+libraries() { dirname "$(find "$1" -name libvoatmutil.so)"; }
+flags() { PKG_CONFIG_LIBDIR=$(libraries "$1")/pkgconfig pkg-config --cflags --libs voatmutil; }
 
 # The example of a driver's tests, copied out of the tree.
 with_driver_tests() {
@@ -57,7 +59,7 @@ with_driver_tests() {
 with_installed_release() {
   local flags
   read -ra flags < <(flags "$prefix")
-  compile pkg-config "${flags[@]}" "-Wl,-rpath,$prefix/lib"
+  compile pkg-config "${flags[@]}" "-Wl,-rpath,$(libraries "$prefix")"
   build find_package -DCMAKE_PREFIX_PATH="$prefix"
   build add_subdirectory -DVOATMUTIL_SOURCE="$tree"
   for way in pkg-config find_package add_subdirectory; do answers "$way" '\] 2'; done
@@ -118,7 +120,7 @@ with_the_wrong_platform() {
   refused loaded "version \`VOATMUTIL_WITH_PLATFORM_bundled' not found" \
     env LD_LIBRARY_PATH="$work/switch/lib:$work/switch" pkg-config/driver
   refused loaded "version \`VOATMUTIL_WITH_PLATFORM_own_" \
-    env LD_LIBRARY_PATH="$prefix/lib" own-library/driver
+    env LD_LIBRARY_PATH="$(libraries "$prefix")" own-library/driver
 }
 
 # The installed check of a platform: the switch's own keeps every promise, and each that it is told

@@ -1,9 +1,12 @@
 #!/usr/bin/env bash
-# Builds the Debian packages from a copy of the tracked files and lets lintian judge them. They come
-# to build/package, with the log of the build.
+# Builds the Debian packages and lets lintian judge them: `package.sh BUILT`, where the release was
+# built and tested, which is what they hold. Their source is a copy of the tracked files, which makes
+# the same without that. They come to build/package, with a log.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 
+VOATMUTIL_BUILT=$(readlink -f "$1")
+export VOATMUTIL_BUILT
 version=$(sed -n 's/^project(voatmutil VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
 result=build/package
 tree=$result/voatmutil-$version

@@ -15,6 +15,7 @@
 #include <thread>
 
 #include "devhost/host.h"
+#include "support/test_keys.h"
 
 namespace {
 
@@ -34,8 +35,7 @@ ServedHome::ServedHome() : path_(std::filesystem::temp_directory_path() / "voatm
   if (mkdtemp(path_.data()) == nullptr) throw std::runtime_error("cannot create " + path_);
   try {
     std::filesystem::copy(SAMPLE_HOME, path_, std::filesystem::copy_options::recursive);
-    std::ofstream(path_ + "/cfg/vokernel.cfg")
-        << "[CHANNEL]\nORGKEY " << 0x30000000 + 16 * getpid() << '\n';
+    std::ofstream(path_ + "/cfg/vokernel.cfg") << "[CHANNEL]\nORGKEY " << NextKeyBase() << '\n';
     setenv("VODIR_HOME", path_.c_str(), 1);
     StartHost();
   } catch (...) {

@@ -12,6 +12,7 @@
 
 #include "support/child.h"
 #include "support/file_test.h"
+#include "support/test_keys.h"
 #include "support/words.h"
 
 namespace devhost {
@@ -47,7 +48,7 @@ class HostTest : public FileTest {
     }
   }
 
-  const int origin_ = 0x40000000 | (getpid() << 8);
+  const int origin_ = NextKeyBase();
 };
 
 TEST_F(HostTest, CreatesFilledTables) {

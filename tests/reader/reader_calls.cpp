@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/test_keys.h"
 #include "voatmutil.h"
 #include "vocfgutil.h"
 #include "vodatetimeutil.h"
@@ -173,7 +174,7 @@ TEST(ReaderCalls, CloseWhereEachOperationDoes) {
 class AnsweredChannel {
  public:
   explicit AnsweredChannel(int known)
-      : key_(0x10000000 + ((getpid() & 0xffff) << 8)),
+      : key_(NextKeyBase()),
         queue_(msgget(key_ + 2, IPC_CREAT | 0666)),
         segment_(shmget(key_, 1, IPC_CREAT | 0666)),
         set_(semget(key_, 1, IPC_CREAT | 0666)) {

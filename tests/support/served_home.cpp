@@ -11,14 +11,9 @@
 #include <iostream>
 
 #include "devhost/host.h"
+#include "support/test_keys.h"
 
 namespace {
-
-// Keys of this process's own, sixteen a home.
-int NextKeyBase() {
-  static int homes = 0;
-  return 0x20000000 + ((getpid() & 0xffff) << 12) + 16 * (homes++ & 0xff);
-}
 
 [[noreturn]] void RunHost(const std::string& path, int ready) {
   prctl(PR_SET_PDEATHSIG, SIGTERM);
