@@ -33,8 +33,9 @@ endif()
 
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT VOATMUTIL_SANITIZE)
   # A target with the property NOT_OPTIMIZED takes longer to compile than to run.
-  target_compile_options(voatm_flags INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
-    "$<IF:$<BOOL:$<TARGET_PROPERTY:NOT_OPTIMIZED>>,-O0,-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=3>")
+  target_compile_options(voatm_flags INTERFACE
+    "$<IF:$<BOOL:$<TARGET_PROPERTY:NOT_OPTIMIZED>>,-O0,-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=3>"
+    -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
 endif()
 set(CMAKE_CXX_FLAGS_RELEASE "-O2")
 
