@@ -1,21 +1,13 @@
 #include "processes.h"
 
-#include <sys/prctl.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
+#include <string>
 #include <thread>
-
-#include "devhost/host.h"
-#include "support/test_keys.h"
 
 namespace {
 
@@ -30,64 +22,6 @@ long FigureOf(const std::string& path, const char* name) {
 }
 
 }  // namespace
-
-ServedHome::ServedHome() : path_(std::filesystem::temp_directory_path() / "voatm-soak.XXXXXX") {
-  if (mkdtemp(path_.data()) == nullptr) throw std::runtime_error("cannot create " + path_);
-  try {
-    std::filesystem::copy(SAMPLE_HOME, path_, std::filesystem::copy_options::recursive);
-    std::ofstream(path_ + "/cfg/vokernel.cfg") << "[CHANNEL]\nORGKEY " << NextKeyBase() << '\n';
-    setenv("VODIR_HOME", path_.c_str(), 1);
-    StartHost();
-  } catch (...) {
-    std::filesystem::remove_all(path_);
-    throw;
-  }
-}
-
-ServedHome::~ServedHome() {
-  kill(host_, SIGTERM);
-  waitpid(host_, nullptr, 0);
-  std::filesystem::remove_all(path_);
-}
-
-void ServedHome::StartHost() {
-  int ready[2];
-  if (pipe(ready) != 0) throw std::runtime_error("cannot open a pipe");
-  host_ = Start(SIGTERM, [&] {
-    close(ready[0]);
-    devhost::Host host(path_);
-    host.Serve([&] {
-      if (write(ready[1], "r", 1) != 1) host.Stop();
-      close(ready[1]);
-    });
-    return 0;
-  });
-  close(ready[1]);
-  char answer;
-  const bool served = read(ready[0], &answer, 1) == 1;
-  close(ready[0]);
-  if (served) return;
-  waitpid(host_, nullptr, 0);
-  throw std::runtime_error("the host does not serve " + path_);
-}
-
-pid_t Start(int end_signal, const std::function<int()>& run) {
-  const pid_t parent = getpid();
-  const pid_t process = fork();
-  if (process < 0) throw std::runtime_error("cannot start a process");
-  if (process > 0) return process;
-  setpgid(0, 0);
-  prctl(PR_SET_PDEATHSIG, end_signal);
-  if (getppid() != parent) _exit(1);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_DFL);
-  int result = 1;
-  try {
-    result = run();
-  } catch (const std::exception& error) {
-    fprintf(stderr, "soak: %s\n", error.what());
-  }
-  _exit(result);
-}
 
 int WaitFor(pid_t process, double seconds) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);

@@ -27,6 +27,9 @@
 
 #include "driver.h"
 #include "processes.h"
+#include "support/child.h"
+#include "support/served_home.h"
+#include "support/shell.h"
 #include "vodebugutil.h"
 
 namespace {
@@ -44,14 +47,7 @@ volatile std::sig_atomic_t interrupted = 0;
 void Interrupt(int) { interrupted = 1; }
 
 // Runs the operator's command and returns what it prints.
-std::string Voatm(const std::string& arguments) {
-  FILE* pipe = popen((VOATM " " + arguments).c_str(), "r");  // NOLINT(bugprone-command-processor)
-  if (pipe == nullptr) throw std::runtime_error("cannot run " VOATM);
-  std::string text;
-  for (int c = fgetc(pipe); c != EOF; c = fgetc(pipe)) text += static_cast<char>(c);
-  pclose(pipe);
-  return text;
-}
+std::string Voatm(const std::string& arguments) { return Shell(VOATM " " + arguments).text; }
 
 json Locks() {
   const json answer = json::parse(Voatm("locks --json"), nullptr, false);
@@ -115,7 +111,7 @@ class Soak {
 
   void StartDriver(int place) {
     drivers_[static_cast<std::size_t>(place)] =
-        Start(SIGKILL, [=] { return Drive(*board_, place, lock_); });
+        StartProcess(SIGKILL, [=] { return Drive(*board_, place, lock_); });
   }
 
   void Fail(const std::string& why) {
@@ -236,7 +232,7 @@ int main(int argc, char** argv) {
   }
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, Interrupt);
   try {
-    const ServedHome home;
+    const ServedHome home(SAMPLE_HOME);
     Soak soak(home.host(), seconds, processes, lock);
     return soak.Run() ? 0 : 1;
   } catch (const std::exception& error) {

@@ -57,8 +57,8 @@ status [{"Slot": 1, "StatusCode": "B"}, {"StatusCode": "C"}, {"Slot": 0, "Status
   => 3 [A...........B...........C...........]
 status [{"StatusCode": {"hex": "4142434445464748494a4B"}, "StatusKind": {"hex": "5A"}}]
   => 1 [ABCDEFGHIJKZNOTDEFINED..NOTDEFINED..]
-property [{"InstTerminalGroup": "*", "RecordId": 1684234849}]
-  => 1 [abcd*...............................]
+property [{"InstTerminalGroup": "*", "RecordId": 1650549090}]
+  => 1 [baab*...............................]
 status [{"StatusCode": "A"},|{"StatusCode": "B",|"Kind": 1}]
   => -1 <- unknown field: ~/in:3, row 2, field Kind>
 status [{"StatusCode": "ABCDEFGHIJK"}]

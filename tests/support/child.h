@@ -8,19 +8,38 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdio>
+#include <exception>
 #include <fstream>
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <thread>
+
+// Starts a process that runs a function and ends with it, or by this signal with its parent. The
+// signals of a terminal do not reach it. Throws std::runtime_error.
+inline pid_t StartProcess(int end_signal, const std::function<int()>& run) {
+  const pid_t parent = getpid();
+  const pid_t process = fork();
+  if (process < 0) throw std::runtime_error("cannot start a process");
+  if (process > 0) return process;
+  setpgid(0, 0);
+  prctl(PR_SET_PDEATHSIG, end_signal);
+  if (getppid() != parent) _exit(1);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_DFL);
+  int result = 1;
+  try {
+    result = run();
+  } catch (const std::exception& error) {
+    fprintf(stderr, "process %d: %s\n", getpid(), error.what());
+  }
+  _exit(result);
+}
 
 // Runs a function in a process of its own, which ends with the object at the latest.
 class Child {
  public:
-  explicit Child(const std::function<int()>& run) : pid_(fork()) {
-    if (pid_ != 0) return;
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    _exit(run());
-  }
+  explicit Child(const std::function<int()>& run) : pid_(StartProcess(SIGKILL, run)) {}
   ~Child() { Kill(); }
   Child(const Child&) = delete;
   Child& operator=(const Child&) = delete;

@@ -1,43 +1,37 @@
 #include "support/served_home.h"
 
-#include <gtest/gtest.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
-#include <iostream>
+#include <stdexcept>
 
 #include "devhost/host.h"
+#include "support/child.h"
 #include "support/test_keys.h"
 
 namespace {
 
-[[noreturn]] void RunHost(const std::string& path, int ready) {
-  prctl(PR_SET_PDEATHSIG, SIGTERM);
-  try {
-    devhost::Host host(path);
-    host.Serve([&] {
-      if (write(ready, "r", 1) != 1) _exit(1);
-    });
-  } catch (const std::exception& error) {
-    std::cerr << "host: " << error.what() << '\n';
-  }
-  _exit(0);
-}
-
 pid_t StartHost(const std::string& path) {
   int ready[2];
-  if (pipe(ready) != 0) return -1;
-  const pid_t host = fork();
-  if (host == 0) RunHost(path, ready[1]);
+  if (pipe(ready) != 0) throw std::runtime_error("cannot open a pipe");
+  const pid_t process = StartProcess(SIGTERM, [&] {
+    close(ready[0]);
+    devhost::Host host(path);
+    host.Serve([&] {
+      if (write(ready[1], "r", 1) != 1) host.Stop();
+      close(ready[1]);
+    });
+    return 0;
+  });
   close(ready[1]);
   char answer;
-  EXPECT_EQ(read(ready[0], &answer, 1), 1) << "the host did not start";
+  const bool serves = read(ready[0], &answer, 1) == 1;
   close(ready[0]);
-  return host;
+  if (serves) return process;
+  waitpid(process, nullptr, 0);
+  throw std::runtime_error("the host does not serve " + path);
 }
 
 void WriteKernelFile(const TestHome& home, int key_base) {

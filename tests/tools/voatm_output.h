@@ -4,24 +4,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 #include <string>
 
-struct Answer {
-  int code;
-  std::string text;  // data and talk
-};
-
-inline Answer Shell(const std::string& command) {
-  FILE* pipe = popen(command.c_str(), "r");  // NOLINT(bugprone-command-processor)
-  std::string text;
-  for (int c = fgetc(pipe); c != EOF; c = fgetc(pipe)) text += static_cast<char>(c);
-  const int status = pclose(pipe);
-  return {WEXITSTATUS(status), text};
-}
+#include "support/shell.h"
 
 // What the arguments redirect is not in the text.
 inline Answer Voatm(const std::string& arguments) {
