@@ -1,7 +1,6 @@
 // voatm: the operator's command. The one file that knows the library which takes command lines
 // apart.
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <exception>
 #include <memory>
 #include <string>
@@ -145,9 +144,9 @@ ExitCode Run(CLI::App* voatm, const ParsedVerbs& verbs, int argc, char** argv) {
     }
     throw UsageError("a verb is required");
   } catch (const CLI::CallForHelp&) {
-    std::printf("%s", voatm->help().c_str());
+    PrintAsIs(voatm->help());
   } catch (const CLI::CallForVersion& version) {
-    std::printf("%s\n", version.what());
+    PrintLine(version.what());
   } catch (const CLI::ParseError& error) {
     return RefuseUsage(voatm, error.what());
   } catch (const UsageError& error) {

@@ -1,6 +1,7 @@
 #include "show/output.h"
 
 #include <libsmartcols/libsmartcols.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -9,25 +10,58 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <sstream>
 #include <stdexcept>
 
 namespace {
 
 constexpr const char* kAlarmColor = "\033[31m";
 constexpr const char* kPlainColor = "\033[0m";
+constexpr const char* kClear = "\033[H\033[2J";
+constexpr std::size_t kUsualWidth = 80;
+constexpr std::size_t kNarrowest = 20;  // a width that leaves room behind an indent
 constexpr int kIndent = 2;
 constexpr int kOneLine = -1;
 
-bool UseColor() {
-  const char* refused = std::getenv("NO_COLOR");
-  return (refused == nullptr || *refused == '\0') && UsesTerminal();
+bool IsSet(const char* variable) {
+  const char* const value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
 }
 
-// A byte that is no UTF-8 is replaced: the configuration and the tables may hold any.
-constexpr auto kReplaced = Json::error_handler_t::replace;
+// Whether standard output obeys escape sequences.
+bool HasControls() {
+  return UsesTerminal() && IsSet("TERM") && std::strcmp(std::getenv("TERM"), "dumb") != 0;
+}
 
-void PrintJsonIn(const Json& json, int indent) {
-  std::printf("%s\n", json.dump(indent, ' ', false, kReplaced).c_str());
+bool UseColor() { return HasControls() && !IsSet("NO_COLOR"); }
+
+// The characters of a line; 0 when there is no limit.
+std::size_t Width() {
+  if (!UsesTerminal()) return 0;
+  winsize size{};
+  const bool told = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return told ? std::max<std::size_t>(size.ws_col, kNarrowest) : kUsualWidth;
+}
+
+// Breaks a line at blanks, or where there is none, so that no part is wider than `width`.
+std::string Folded(std::string line, std::size_t width, std::size_t indent) {
+  std::string folded;
+  indent = std::min(indent, width / 2);
+  while (width > 0 && line.size() > width) {
+    const std::size_t blank = line.find_last_of(' ', width);
+    const bool has_blank =
+        blank != std::string::npos && blank > indent && line.find_first_not_of(' ') < blank;
+    const std::size_t end = has_blank ? blank : width;
+    folded += line.substr(0, end) + "\n";
+    line = std::string(indent, ' ') + line.substr(has_blank ? end + 1 : end);
+  }
+  return folded + line;
+}
+
+// In ASCII, for a terminal obeys other characters too. A byte that is no UTF-8 is replaced: the
+// configuration and the tables may hold any.
+std::string Dumped(const Json& json, int indent) {
+  return json.dump(indent, ' ', true, Json::error_handler_t::replace);
 }
 
 }  // namespace
@@ -40,40 +74,71 @@ std::string Alarm(const std::string& text) {
 
 std::string Readable(std::string_view text) {
   std::string readable;
+  readable.reserve(text.size());
   for (const char c : text) {
-    char escaped[5] = {c};
-    if (c < ' ' || c > '~') {
-      std::snprintf(escaped, sizeof escaped, "\\x%02x", static_cast<unsigned char>(c));
+    if (c >= ' ' && c <= '~') {
+      readable += c;
+      continue;
     }
+    char escaped[5];
+    std::snprintf(escaped, sizeof escaped, "\\x%02x", static_cast<unsigned char>(c));
     readable += escaped;
   }
   return readable;
 }
 
-void PrintJson(const Json& json) { PrintJsonIn(json, kIndent); }
+void PrintLine(std::string_view text, Tone tone, std::size_t indent) {
+  const std::string line = Folded(Readable(text), Width(), indent);
+  PrintAsIs((tone == Tone::kAlarm ? Alarm(line) : line) + "\n");
+}
 
-void PrintJsonLine(const Json& json) { PrintJsonIn(json, kOneLine); }
+void PrintAsIs(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
+
+void PrintFacts(const std::string& title, const NamedTexts& facts, Tone title_tone) {
+  if (!title.empty()) PrintLine(title, title_tone);
+  const std::string before(title.empty() ? 0 : kIndent, ' ');
+  std::size_t widest = 0;
+  for (const auto& [name, value] : facts) widest = std::max(widest, name.size());
+  for (const auto& [name, value] : facts) {
+    if (value.empty()) continue;
+    const std::string start = before + name + std::string(widest - name.size() + kIndent, ' ');
+    PrintLine(start + value, Tone::kPlain, start.size());
+  }
+}
+
+void ClearScreen() {
+  if (HasControls()) PrintAsIs(kClear);
+}
+
+void PrintJson(const Json& json) { PrintAsIs(Dumped(json, kIndent) + "\n"); }
+
+void PrintJsonLine(const Json& json) { PrintAsIs(Dumped(json, kOneLine) + "\n"); }
 
 JsonList::JsonList(const Json& head) {
   std::string opening = "[";
   if (!head.is_null()) {
-    opening = head.dump();
+    opening = Dumped(head, kOneLine);
     opening.replace(opening.size() - 1, 1, ",\"rows\":[");
     end_ = "]}";
   }
-  std::printf("%s", opening.c_str());
+  PrintAsIs(opening);
 }
 
 void JsonList::Add(const Json& item) {
-  std::printf("%s\n  %s", separator_, item.dump(-1, ' ', false, kReplaced).c_str());
+  PrintAsIs(separator_ + ("\n  " + Dumped(item, kOneLine)));
   separator_ = ",";
 }
 
-void JsonList::Close() { std::printf("%s%s\n", *separator_ == '\0' ? "" : "\n", end_); }
+void JsonList::Close() {
+  PrintAsIs((*separator_ == '\0' ? "" : "\n") + std::string(end_) + "\n");
+}
 
 void Say(const std::string& text) {
   std::fflush(stdout);
-  std::fprintf(stderr, "voatm: %s\n", text.c_str());
+  std::istringstream lines(text);
+  std::string said;
+  for (std::string line; std::getline(lines, line);) said += Readable(line) + "\n";
+  std::fprintf(stderr, "voatm: %s", said.c_str());
 }
 
 void FlushOutput() {
@@ -87,6 +152,10 @@ void TextTable::Release::operator()(struct libscols_table* table) const {
 
 TextTable::TextTable(const std::vector<Column>& columns) : table_(scols_new_table()) {
   if (table_ == nullptr) throw std::bad_alloc();
+  const std::size_t width = Width();
+  scols_table_set_termforce(table_.get(),
+                            width > 0 ? SCOLS_TERMFORCE_ALWAYS : SCOLS_TERMFORCE_NEVER);
+  if (width > 0) scols_table_set_termwidth(table_.get(), width);
   scols_table_enable_colors(table_.get(), UseColor() ? 1 : 0);
   scols_table_enable_noencoding(table_.get(), 1);
   const bool two_lines = std::any_of(columns.begin(), columns.end(), [](const Column& column) {
@@ -100,7 +169,7 @@ TextTable::TextTable(const std::vector<Column>& columns) : table_(scols_new_tabl
     upper.push_back(one_line ? "" : column.heading.substr(0, newline));
     lower.push_back(column.heading.substr(one_line ? 0 : newline + 1));
     scols_table_new_column(table_.get(), two_lines ? "" : lower.back().c_str(), 0,
-                           column.number ? int{SCOLS_FL_RIGHT} : 0);
+                           column.number ? int{SCOLS_FL_RIGHT} : int{SCOLS_FL_WRAP});
   }
   if (!two_lines) return;
   AddRow(upper);

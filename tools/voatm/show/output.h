@@ -1,4 +1,9 @@
-// How the verbs print: tables for people, JSON for programs, talk beside them.
+// How the verbs print: lines, facts and tables for people, JSON for programs, talk beside them.
+// Nothing else writes to standard output or standard error, so nothing that a table, a file or a
+// log holds reaches a terminal as it is.
+//
+// On a terminal a long line is folded, and a table's cells are, to the terminal's width, or 80
+// when it tells none. Elsewhere a row is a line, however long.
 #ifndef TOOLS_VOATM_SHOW_OUTPUT_H
 #define TOOLS_VOATM_SHOW_OUTPUT_H
 
@@ -6,19 +11,36 @@
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 using Json = nlohmann::ordered_json;
 
+// What is wrong has a colour, on a terminal that has colours, unless NO_COLOR is set.
+enum class Tone { kPlain, kAlarm };
+
 // Whether standard output is a terminal.
 bool UsesTerminal();
 
-// The text in the colour of what is wrong; without colour when standard output is no terminal, or
-// when NO_COLOR is set.
+// The text in the colour of what is wrong, for what prints itself.
 std::string Alarm(const std::string& text);
 
 // The text with what is no ASCII character, or controls a terminal, as \xHH.
 std::string Readable(std::string_view text);
+
+// Prints a line, made readable; where it is folded it goes on behind `indent` blanks.
+void PrintLine(std::string_view text, Tone tone = Tone::kPlain, std::size_t indent = 2);
+
+// Prints a text of our own as it is: help, a script.
+void PrintAsIs(const std::string& text);
+
+// Names in a column, each with its value beside it; one without a value is left out. The title
+// stands above them and moves them in, unless it is empty.
+using NamedTexts = std::vector<std::pair<std::string, std::string>>;
+void PrintFacts(const std::string& title, const NamedTexts& facts, Tone title_tone = Tone::kPlain);
+
+// Clears a terminal for the next look; elsewhere nothing.
+void ClearScreen();
 
 // Prints to standard output, in as many lines as it takes to read it, or in one.
 void PrintJson(const Json& json);

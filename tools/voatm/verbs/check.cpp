@@ -1,6 +1,5 @@
 // voatm check: what is wrong with the configuration of a home.
 #include <algorithm>
-#include <cstdio>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -22,10 +21,11 @@ struct Options {
 const char* NameOf(Severity severity) { return severity == Severity::kError ? "error" : "warning"; }
 
 void PrintFinding(const ConfigurationFinding& finding) {
-  const std::string text = std::string(NameOf(finding.severity)) + ": " + Readable(finding.text);
-  std::printf("%s:%zu:%zu: %s [%s]\n", Readable(finding.path).c_str(), finding.line, finding.column,
-              finding.severity == Severity::kError ? Alarm(text).c_str() : text.c_str(),
-              finding.rule.c_str());
+  const bool is_error = finding.severity == Severity::kError;
+  PrintLine(finding.path + ":" + std::to_string(finding.line) + ":" +
+                std::to_string(finding.column) + ": " + NameOf(finding.severity) + ": " +
+                finding.text + " [" + finding.rule + "]",
+            is_error ? Tone::kAlarm : Tone::kPlain);
 }
 
 Json ReportJson(const ConfigurationReport& report, std::ptrdiff_t errors) {

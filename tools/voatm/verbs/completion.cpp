@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "show/commands.h"
+#include "show/output.h"
 #include "verbs/verbs.h"
 
 namespace {
@@ -51,58 +52,58 @@ std::string Quoted(const std::string& text) {
   return quoted + "'";
 }
 
-void PrintBash(const std::vector<Command>& all) {
-  std::printf(
+std::string BashScript(const std::vector<Command>& all) {
+  std::string script =
       "_voatm() {\n"
       "  local verb='' word words current=${COMP_WORDS[COMP_CWORD]}\n"
       "  for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
-      "    case \"${verb:+$verb }$word\" in\n"
-      "      %s) verb=\"${verb:+$verb }$word\" ;;\n"
+      "    case \"${verb:+$verb }$word\" in\n      " +
+      PathPatterns(all) +
+      ") verb=\"${verb:+$verb }$word\" ;;\n"
       "    esac\n"
       "  done\n"
       "  case ${COMP_WORDS[COMP_CWORD-1]} in\n"
       "    --home) mapfile -t COMPREPLY < <(compgen -d -- \"$current\"); return ;;\n"
       "  esac\n"
-      "  case $verb in\n",
-      PathPatterns(all).c_str());
+      "  case $verb in\n";
   for (const Command& command : all) {
-    std::string words;
-    for (const Word& word : WordsOf(command, all)) words += (words.empty() ? "" : " ") + word.first;
-    std::printf("    '%s') words='%s' ;;\n", command.path.c_str(), words.c_str());
+    script += "    '" + command.path + "') words='";
+    for (const Word& word : WordsOf(command, all)) script += word.first + " ";
+    script += "' ;;\n";
   }
-  std::printf(
-      "  esac\n"
-      "  mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$current\")\n"
-      "}\n"
-      "complete -o default -F _voatm voatm\n");
+  return script +
+         "  esac\n"
+         "  mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$current\")\n"
+         "}\n"
+         "complete -o default -F _voatm voatm\n";
 }
 
-void PrintZsh(const std::vector<Command>& all) {
-  std::printf(
+std::string ZshScript(const std::vector<Command>& all) {
+  std::string script =
       "#compdef voatm\n"
       "_voatm() {\n"
       "  local verb='' word\n"
       "  local -a choices\n"
       "  for word in \"${(@)words[2,CURRENT-1]}\"; do\n"
-      "    case \"${verb:+$verb }$word\" in\n"
-      "      (%s) verb=\"${verb:+$verb }$word\" ;;\n"
+      "    case \"${verb:+$verb }$word\" in\n      (" +
+      PathPatterns(all) +
+      ") verb=\"${verb:+$verb }$word\" ;;\n"
       "    esac\n"
       "  done\n"
       "  if [[ ${words[CURRENT-1]} == --home ]]; then _files -/; return; fi\n"
-      "  case \"$verb\" in\n",
-      PathPatterns(all).c_str());
+      "  case \"$verb\" in\n";
   for (const Command& command : all) {
-    std::printf("    ('%s') choices=(", command.path.c_str());
+    script += "    ('" + command.path + "') choices=(";
     for (const Word& word : WordsOf(command, all)) {
-      std::printf("%s ", Quoted(word.first + ":" + word.second).c_str());
+      script += Quoted(word.first + ":" + word.second) + " ";
     }
-    std::printf(") ;;\n");
+    script += ") ;;\n";
   }
-  std::printf(
-      "  esac\n"
-      "  _describe -o voatm choices || _files\n"
-      "}\n"
-      "if [[ $funcstack[1] == _voatm ]]; then _voatm \"$@\"; else compdef _voatm voatm; fi\n");
+  return script +
+         "  esac\n"
+         "  _describe -o voatm choices || _files\n"
+         "}\n"
+         "if [[ $funcstack[1] == _voatm ]]; then _voatm \"$@\"; else compdef _voatm voatm; fi\n";
 }
 
 // The condition that the words before the cursor make a command.
@@ -122,16 +123,18 @@ std::string FishCondition(const Command& command, const std::vector<Command>& al
          below;
 }
 
-void PrintFish(const std::vector<Command>& all) {
+std::string FishScript(const std::vector<Command>& all) {
+  std::string script;
   for (const Command& command : all) {
     const std::string condition = FishCondition(command, all);
     for (const auto& [word, description] : WordsOf(command, all)) {
-      const bool option = word[0] == '-';
-      std::printf("complete -c voatm -n '%s' %s %s -d %s\n", condition.c_str(),
-                  option ? "-l" : "-f -a", word.c_str() + (option ? 2 : 0),
-                  Quoted(description).c_str());
+      const std::size_t dashes = word.find_first_not_of('-');
+      constexpr const char* kKinds[] = {" -f -a ", " -s ", " -l "};
+      script += "complete -c voatm -n '" + condition + "'" + kKinds[dashes] + word.substr(dashes) +
+                " -d " + Quoted(description) + "\n";
     }
   }
+  return script;
 }
 
 std::vector<Command> AllCommands() {
@@ -140,9 +143,7 @@ std::vector<Command> AllCommands() {
 
 ExitCode Complete(const std::string& shell) {
   const std::vector<Command> all = AllCommands();
-  if (shell == "bash") PrintBash(all);
-  if (shell == "zsh") PrintZsh(all);
-  if (shell == "fish") PrintFish(all);
+  PrintAsIs(shell == "bash" ? BashScript(all) : shell == "zsh" ? ZshScript(all) : FishScript(all));
   return kDone;
 }
 
