@@ -7,7 +7,6 @@
 #include <iterator>
 #include <limits>
 #include <map>
-#include <regex>
 #include <set>
 #include <stdexcept>
 #include <tuple>
@@ -16,43 +15,31 @@
 #include "common/config_file.h"
 #include "devhost/system_call.h"
 #include "home/configuration_entries.h"
-#include "statetable/layered_file.h"
+#include "tables/locate.h"
 #include "vocfgutil.h"
 
 namespace {
 
 constexpr std::size_t kLongestKey = voatm::kKeySize - 1;
-constexpr std::size_t kLongestFixedPath = voatm::kFixedPathSize - 1;
-constexpr std::size_t kLongestLayeredPath = voatm::kLayeredPathSize - 1;
 constexpr std::size_t kShownText = 40;  // characters of a value that a finding quotes
 
 struct FaultText {
   const char* rule;
-  const char* text;
+  std::string text;
 };
+
+const std::string kTooLong = "more than " + std::to_string(VoCfgUtil::kMaxField) + " characters ";
 
 // In the order of EntryFault.
-constexpr FaultText kFaultTexts[] = {
-    {nullptr, nullptr},
+const FaultText kFaultTexts[] = {
+    {nullptr, ""},
     {"unclosed-quote", "the quote that begins here is not closed; the entry is unreadable"},
     {"text-after-quote", "text straight after a closing quote makes the entry unreadable"},
-    {"field-too-long", "more than 150 characters make the entry unreadable"},
+    {"field-too-long", kTooLong + "make the entry unreadable"},
     {"nul-character", "a NUL cuts off what follows it"},
     {"open-header", "a group header without ] hides the entries below it"},
-    {"header-too-long", "a group name of more than 150 characters hides the entries below it"},
+    {"header-too-long", kTooLong + "of a group's name hide the entries below it"},
 };
-
-bool Matches(const char* pattern, const std::string& text) {
-  static std::map<std::string, std::regex> compiled;
-  const auto entry = compiled.find(pattern);
-  const std::regex& expression =
-      entry != compiled.end() ? entry->second : compiled.emplace(pattern, pattern).first->second;
-  return std::regex_match(text, expression);
-}
-
-bool EndsIn(const std::string& text, const std::string& end) {
-  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
 
 std::string Below(const std::string& directory, const std::string& name) {
   std::string path = directory;
@@ -79,11 +66,10 @@ class FileCheck {
       : kind_(kind), path_(std::move(path)), report_(report) {}
 
   void Run() {
-    const std::size_t longest =
-        kind_.place == Place::kFixed ? kLongestFixedPath : kLongestLayeredPath;
-    if (path_.size() > longest) {
+    if (path_.size() > kind_.LongestPath()) {
       Report(1, 1, Severity::kError, "path-too-long",
-             "a path of more than " + std::to_string(longest) + " characters does not open");
+             "a path of more than " + std::to_string(kind_.LongestPath()) +
+                 " characters does not open");
       return;
     }
     if (VoCfgUtil().cfg_open(path_.c_str()) < 0) {
@@ -142,7 +128,8 @@ class FileCheck {
     if (key == nullptr) return;
     if (entry.key.size() > kLongestKey) {
       Report(entry.line, entry.column, Severity::kError, "key-too-long",
-             entry.key + " is never found: keys are cut at 50 characters");
+             entry.key + " is never found: keys are cut at " + std::to_string(kLongestKey) +
+                 " characters");
       return;
     }
     CheckCount(*key, entry);
@@ -209,8 +196,9 @@ class FileCheck {
   }
 
   static long LargestOf(const FieldRule& rule) {
-    return rule.largest == Largest::kSemaphoresOfASet ? devhost::MostSemaphoresOfASet()
-                                                      : std::numeric_limits<int>::max();
+    constexpr long kMost = std::numeric_limits<int>::max();
+    if (rule.largest == Largest::kChannelKey) return kMost - voatm::kChannelKeyDistance;
+    return rule.largest == Largest::kSemaphoresOfASet ? devhost::MostSemaphoresOfASet() : kMost;
   }
 
   static bool IsTooLarge(const FieldRule& rule, const std::string& text) {
@@ -241,7 +229,7 @@ class HomeCheck {
     for (const char* directory : {"cfg", "inf"}) Walk(directory);
     for (const FileKind& kind : FileKinds()) {
       if (kind.need != Need::kRequired || seen_.count(&kind) > 0) continue;
-      Report(std::string(kind.directory) + "/" + kind.shown, Severity::kError, "missing-file",
+      Report(std::string(kind.directory) + "/" + kind.name, Severity::kError, "missing-file",
              "drivers need it to start");
     }
     std::sort(report_.files.begin(), report_.files.end());
@@ -284,7 +272,7 @@ class HomeCheck {
   bool CheckKnown(const std::string& directory, const std::string& name, bool is_directory) {
     for (const FileKind& kind : FileKinds()) {
       const bool folder_of_any_file = is_directory && kind.scope == Scope::kGroupsOnly;
-      if (directory != kind.directory || folder_of_any_file || !Matches(kind.pattern, name)) {
+      if (directory != kind.directory || folder_of_any_file || !kind.Opens(name)) {
         continue;
       }
       seen_.insert(&kind);
@@ -296,16 +284,16 @@ class HomeCheck {
 
   void CheckStray(const std::string& directory, const std::string& name) {
     for (const FileKind& kind : FileKinds()) {
-      if (kind.suffix == nullptr) continue;
+      const bool here = directory == kind.directory;
       const std::string file = Below(directory, name);
-      if (directory == kind.directory && kind.place == Place::kLayered) {
+      if (here && kind.names != Name::kFixed && kind.names != Name::kAny) {
         Report(file, Severity::kWarning, "unopened-file",
-               std::string("no scope opens it: names here are ") + kind.shown);
+               "no scope opens it: names here are " + kind.Shown());
         return;
       }
-      if (directory != kind.directory && EndsIn(name, kind.suffix)) {
+      if (!here && kind.Claims(name)) {
         Report(file, Severity::kWarning, "unopened-file",
-               std::string("no scope opens it here: its folder is ") + kind.directory);
+               std::string("nothing opens it here: its folder is ") + kind.directory);
         return;
       }
     }

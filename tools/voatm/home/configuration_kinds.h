@@ -1,4 +1,5 @@
-// What the library reads below a home: each kind of file, its keys, and the shape of their fields.
+// What the library reads below a home. Where a kind of file stands, what its names end in and what
+// has to fit comes from the library; what its keys and fields should look like is said here.
 #ifndef TOOLS_VOATM_HOME_CONFIGURATION_KINDS_H
 #define TOOLS_VOATM_HOME_CONFIGURATION_KINDS_H
 
@@ -9,14 +10,14 @@
 enum class Severity { kWarning, kError };
 
 // The largest number a field may hold.
-enum class Largest { kNoNumber, kAnyInteger, kSemaphoresOfASet };
+enum class Largest { kNoNumber, kAnyInteger, kChannelKey, kSemaphoresOfASet };
 
 // One thing that a field must be.
 struct FieldRule {
-  const char* pattern;  // ECMAScript, of the whole field
+  std::string pattern;  // ECMAScript, of the whole field
   const char* rule;
   Severity severity;
-  const char* expected;
+  std::string expected;
   Largest largest = Largest::kNoNumber;
 };
 
@@ -42,20 +43,36 @@ enum class Scope {
   kGroupsOnly,  // its groups are counted
 };
 
-// Whether the file's name is fixed or tells its scope. A layered kind has its folder for itself.
-enum class Place { kFixed, kLayered };
+// What the file's name tells. All but a fixed name have their folder for themselves.
+enum class Name {
+  kFixed,
+  kScope,     // <scope>_<name>
+  kTemplate,  // <scope>_<template>_<number><name>
+  kAny,
+};
 
 struct FileKind {
   const char* directory;
-  const char* pattern;  // of the names that can be opened
-  const char* shown;
-  const char* suffix;  // what names that only belong here end in; null: none does
+  const char* name;  // or what it ends in
+  Name names;
+  bool has_default;  // of kScope: "DEFAULT" is a scope that the library tries
   Scope scope;
   Need need;
-  Place place;
   std::vector<KeyKind> keys;
+
+  // Whether the library opens a file of this name.
+  bool Opens(const std::string& file) const;
+
+  // Whether a file of this name can only be meant for the kind's folder.
+  bool Claims(const std::string& file) const;
+
+  std::string Shown() const;        // its names, for people
+  std::size_t LongestPath() const;  // that opens
 };
 
 const std::vector<FileKind>& FileKinds();
+
+// Whether an ECMAScript pattern matches the whole text.
+bool Matches(const std::string& pattern, const std::string& text);
 
 #endif  // TOOLS_VOATM_HOME_CONFIGURATION_KINDS_H
