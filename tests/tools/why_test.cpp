@@ -1,12 +1,14 @@
-#include <gtest/gtest.h>
-
+#include <csignal>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <regex>
 #include <set>
 
-#include "tools/voatm/ask/why_catalogue.h"
+#include "support/served_home.h"
+#include "tools/voatm/ask/trace_line.h"
+#include "tools/voatm_output.h"
 
 namespace {
 
@@ -37,6 +39,130 @@ TEST(Why, KnowsEveryTextOfTheSourcesOnce) {
   EXPECT_GT(said.size(), 90U);
   for (const std::string& text : said) EXPECT_EQ(known.count(text), 1U) << text;
   for (const std::string& text : known) EXPECT_EQ(said.count(text), 1U) << "gone: " << text;
+}
+
+// A text with each conversion as it might be printed, and what was printed.
+std::string Printed(std::string text, std::vector<std::string>* values) {
+  static const std::regex conversion("%[0-9]*([sdc])");
+  for (std::smatch match; std::regex_search(text, match, conversion);) {
+    const char kind = *match[1].first;
+    const bool empty = kind == 's' && values->size() % 3 == 2;
+    values->push_back(kind == 'd' ? "-7" : kind == 'c' ? "Q" : empty ? "" : "A[ B/c");
+    text = match.prefix().str() + values->back() + match.suffix().str();
+  }
+  return text;
+}
+
+// clang-format off
+const struct {
+  std::string text, time, process;
+} kPrefixes[] = {
+    {"", "", ""},
+    {"2026-11-21 09:30:05.123456 [12345] 2 ", "2026-11-21 09:30:05.123456", "12345"},
+    {"<13>Nov  1 09:30:05 host driver[77]: ", "<13>Nov 1 09:30:05", "77"},
+    {"[2026-11-21T09:30:05+01:00] INFO:", "2026-11-21T09:30:05+01:00", ""},
+};
+// clang-format on
+
+TEST(Why, ReadsEveryTextBehindAnyPrefix) {
+  TraceReader reader;
+  for (const TraceText& row : TraceTexts()) {
+    if (row.text[0] == '%') continue;
+    for (const auto& prefix : kPrefixes) {
+      for (const std::string error : {"", " SysErr[ Out of [ ] ErrNo[ 43 ]"}) {
+        std::vector<std::string> values;
+        const std::string line = prefix.text + Printed(row.text, &values) + error;
+        const TraceLine& read = reader.Read(line);
+        ASSERT_FALSE(read.matches.empty()) << line;
+        const TraceMatch& match = read.matches.front();
+        const bool blank_lost = !error.empty() || std::string(row.text).back() == '\n';
+        if (!blank_lost || read.matches.size() == 1) ASSERT_STREQ(match.row->text, row.text);
+        EXPECT_EQ(std::vector<std::string>(match.printed.begin(), match.printed.end()), values)
+            << line;
+        EXPECT_EQ(read.time, prefix.time) << line;
+        EXPECT_EQ(read.process, prefix.process) << line;
+        EXPECT_EQ(read.error_number, error.empty() ? "" : "43") << line;
+      }
+    }
+  }
+}
+
+// clang-format off
+const struct {
+  std::string line, means;
+} kMeanings[] = {
+    {"Error in opening file[ " + std::string(40000, 'x') + " ]", std::string(40000, 'x') + " did not open."},
+    {"a Test", ""},
+    {"a: Test\r", "The notes paid are those that were sent."},
+    {"Denom Id[ C ] is Highest", ""},
+    {"Count [x]", ""},
+    {"Denom Id[ C ]  is\tHigh\\n", "Cassette C stands in the way: its notes are too large."},
+    {"Error in opening file[ {1} ]", "{1} did not open."},
+    {"Error in Searching K from file[ {1} ]", "{1} has no readable K."},
+    {"Error in Searching CurrencyCode[978] in VoAtmProperty Table", "No property row is for currency 978 there; 0 is tried next."},
+    {"Error in Searching CurrencyCode[0] in VoAtmProperty Table", "No property row is for currency 0 there; nothing wider is left to try."},
+    {"Error in Searching InstTerminalGroup[*] in VoAtmProperty Table", "No property row is for institution group *; nothing wider is left to try."},
+};
+// clang-format on
+
+TEST(Why, SaysWhatALineMeans) {
+  TraceReader reader;
+  for (const auto& [line, means] : kMeanings) {
+    const TraceLine& read = reader.Read(line);
+    EXPECT_EQ(read.matches.empty() ? "" : read.matches.front().Means(), means);
+  }
+  EXPECT_EQ(MeaningOfError("43000000000000000000000"), nullptr);
+}
+
+TEST(Why, SumsUpALogOfAnyLines) {
+  const TestHome home;
+  std::string log = "no text\n" + std::string(3 << 20, 'x') + " Test\n";
+  for (int i = 0; i < 300; ++i) {
+    const std::string stamp = "2026-11-21 09:30:05.000" + std::to_string(100 + i) + " [";
+    log +=
+        stamp + std::to_string(i) + "] 2 Error in Locating Memory[ T" + std::to_string(i) + " ]\n";
+  }
+  log += "Lts Verified\nLts Verified\nError in Semop for AtmFit SysErr[ x ] ErrNo[ 43 ]";
+  home.Write("log", log);
+  const std::string why = "why --file " + home.path() + "/log ";
+  ExpectTranscript(
+      "$ " + why +
+      R"(--json | grep -e '":' | grep -v -e cause -e next -e text | tr -d ' \n' | fold -w 90
+)" + "=> 0\n");
+  ExpectTranscript("$ why -x <" + home.path() + R"(/log | tail -n 6
+=> 0
+)");
+}
+
+// The lines of a file that grows, is cut and is replaced.
+TEST(Why, FollowsAFile) {
+  const TestHome home;
+  const auto write = [&](const char* name, const char* mode, int line) {
+    FILE* const file = fopen((home.path() + name).c_str(), mode);
+    fprintf(file, "Count [%d]\n", line);
+    fclose(file);
+  };
+  write("/log", "w", 1);
+  const std::string command =
+      "echo $$; exec " BUILD_DIRECTORY "/voatm why --follow --json --file " + home.path() + "/log";
+  FILE* const pipe = popen(command.c_str(), "r");  // NOLINT(bugprone-command-processor)
+  char line[1000] = {};
+  const int process = atoi(fgets(line, sizeof line, pipe));
+  const auto expect = [&](int count) {
+    ASSERT_NE(fgets(line, sizeof line, pipe), nullptr);
+    EXPECT_EQ(std::string(line).rfind("{\"line\":\"Count [" + std::to_string(count) + "]\"", 0), 0U)
+        << line;
+  };
+  expect(1);
+  write("/log", "a", 22);
+  expect(22);
+  write("/log", "w", 3);
+  expect(3);
+  write("/new", "w", 4);
+  std::filesystem::rename(home.path() + "/new", home.path() + "/log");
+  expect(4);
+  kill(process, SIGTERM);
+  pclose(pipe);
 }
 
 }  // namespace

@@ -7,7 +7,8 @@ namespace {
 
 // ---- Causes that texts share ----
 
-constexpr TraceAdvice kNormal = {"Nothing is wrong.", "Nothing; look at the lines around it."};
+constexpr TraceAdvice kNormal = {"Nothing is wrong.", "Nothing; look at the lines around it.",
+                                 Weight::kNormal};
 constexpr TraceAdvice kHome = {
     "VODIR_HOME is not set or names another directory, or the file is missing or not readable.",
     "voatm check"};
@@ -34,13 +35,13 @@ constexpr TraceAdvice kSemop = {
     "voatm tables; then voatm locks, as the slot may still be held"};
 constexpr TraceAdvice kNoProperty = {
     "No row has the values, nor the wildcard, together with the keys that were settled before.",
-    "voatm explain property"};
+    "voatm explain property", Weight::kNotice};
 constexpr TraceAdvice kNoAction = {
     "No row has the values, nor the wildcard, together with the keys that were settled before.",
-    "voatm explain action"};
+    "voatm explain action", Weight::kNotice};
 constexpr TraceAdvice kLayered = {
     "No file exists for the scopes, nor for the fallback name; it is the last one tried.",
-    "voatm explain with the operation's scopes; voatm check"};
+    "voatm explain with the operation's scopes; voatm check", Weight::kNotice};
 constexpr TraceAdvice kNoEntry = {
     "The first file that opened lacks the key or the field, or a fault makes the entry unreadable; "
     "wider files are not asked.",
@@ -49,7 +50,7 @@ constexpr TraceAdvice kTemplate = {
     "The template that counts lacks the key, or the entry is unreadable.",
     "voatm check; voatm explain oar"};
 constexpr TraceAdvice kCardless = {"CARDLESS_TXN.cfg has no entry for the key.",
-                                   "voatm check; voatm explain cardless"};
+                                   "voatm check; voatm explain cardless", Weight::kNotice};
 constexpr TraceAdvice kModel = {"The driver gave a model other than NDC+ATM and D912ATM.",
                                 "Correct the ATM's model where the driver has it from."};
 constexpr TraceAdvice kNoteMapping = {
@@ -59,10 +60,11 @@ constexpr TraceAdvice kLogicFault = {
     "A count of the dispense logic holds something else than digits.",
     "voatm explain displogic; voatm check"};
 constexpr TraceAdvice kPlan = {
-    "The configured logic does not suit the request, so another one is planned.", "voatm plan"};
+    "The configured logic does not suit the request, so another one is planned.", "voatm plan",
+    Weight::kNotice};
 constexpr TraceAdvice kInTheWay = {
     "The cassettes that are usable cannot make the amount within the note limit.",
-    "voatm plan; voatm plan --sweep"};
+    "voatm plan; voatm plan --sweep", Weight::kNotice};
 constexpr TraceAdvice kReversal = {
     "The ATM and the switch do not agree about the last withdrawal.",
     "Compare the ATM's journal with the trace numbers in the lines before."};
@@ -138,37 +140,38 @@ constexpr TraceText kTraceTexts[] = {
      "CurrencyCode[%d]",
      "The property request as rows hold it.", &kNormal},
     {"Error in Searching InstTerminalGroup[%s] in VoAtmProperty Table",
-     "No property row is for institution group {1}; at level 2 there is no wildcard row either.",
-     &kNoProperty},
+     "No property row is for institution group {1}; * is tried next.", &kNoProperty, "*"},
     {"Error in Searching InstTerminalGroup[%s] AtmLogicalGroup[%s] in VoAtmProperty Table",
-     "No property row is for logical group {2} there; * is tried next.", &kNoProperty},
+     "No property row is for logical group {2} there; * is tried next.", &kNoProperty, "*"},
     {"Error in Searching InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] in VoAtmProperty "
      "Table",
-     "No property row is for ATM {3} there; * is tried next.", &kNoProperty},
+     "No property row is for ATM {3} there; * is tried next.", &kNoProperty, "*"},
     {"Error in Searching InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] TxnCode[%s] in "
      "VoAtmProperty Table",
-     "No property row is for transaction {4} there; its class and * are tried next.", &kNoProperty},
+     "No property row is for transaction {4} there; its class or * is tried next.", &kNoProperty,
+     "*"},
     {"Error in Searching InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] TxnCode[%s] "
      "RespCode[%s] in VoAtmProperty Table",
-     "No property row is for response {5} there; * is tried next.", &kNoProperty},
+     "No property row is for response {5} there; * is tried next.", &kNoProperty, "*"},
     {"Error in Searching CurrencyCode[%d] in VoAtmProperty Table",
-     "No property row is for currency {1} there; 0 is tried next.", &kNoProperty},
+     "No property row is for currency {1} there; 0 is tried next.", &kNoProperty, "0"},
     {"voatmproperty tableoffset[%d]", "The property row lies in slot {1}.", &kNormal},
     {"Copied voatmproperty[%d]", "Property row number {1} is the answer.", &kNormal},
     {"Error in Searching InstTerminalGroup[%s] in VoAtmActionProperty Table",
-     "No action row is for institution group {1}; * is tried next.", &kNoAction},
+     "No action row is for institution group {1}; * is tried next.", &kNoAction, "*"},
     {"Error in Searching InstTerminalGroup[%s] AtmLogicalGroup[%s] in VoAtmActionProperty Table",
-     "No action row is for logical group {2} there; * is tried next.", &kNoAction},
+     "No action row is for logical group {2} there; * is tried next.", &kNoAction, "*"},
     {"Error in Searching InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] in "
      "VoAtmActionProperty Table",
-     "No action row is for ATM {3} there; * is tried next.", &kNoAction},
+     "No action row is for ATM {3} there; * is tried next.", &kNoAction, "*"},
     {"Error in Reading InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] StatusBuf[%s] from "
      "VoAtmActionProperty Table",
      "No row behind the ATM's first one gives an action for the statuses {4}.", &kNoAction},
     {"Error in Searching StatusMsg in VoAtmActionProperty Table",
      "No row behind the ATM's first one gives a transaction value for the statuses.", &kNoAction},
     {"Error in Searching TxnCode[%s] in VoAtmActionProperty Table",
-     "No row from the status's row on is for transaction {1}.", &kNoAction},
+     "No row from the status's row on is for transaction {1}; its class or * is tried next.",
+     &kNoAction, "*"},
     {"inside tableoffset[%d]", "The action row lies in slot {1}.", &kNormal},
 
     // Configuration

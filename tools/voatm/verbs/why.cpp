@@ -1,15 +1,15 @@
-// voatm why: what a line of a trace means.
+// voatm why: what a line of a trace means, and what a whole log says.
+#include <strings.h>
+#include <unistd.h>
+
 #include <algorithm>
-#include <cstdio>
-#include <iterator>
 #include <memory>
-#include <regex>
-#include <sstream>
 #include <string>
-#include <utility>
+#include <string_view>
 #include <vector>
 
-#include "ask/why_catalogue.h"
+#include "ask/trace_line.h"
+#include "ask/trace_log.h"
 #include "show/output.h"
 #include "verbs/verbs.h"
 
@@ -17,150 +17,189 @@ namespace {
 
 struct Options {
   std::vector<std::string> words;
+  std::string file;
+  bool follow = false;
+  bool each_line = false;
   bool json = false;
 };
 
-// A row whose pattern the text matches.
-struct Match {
-  const TraceText* row;
-  std::vector<std::string> printed;  // by the conversions
-  std::size_t literals = 0;          // characters that are no conversion's
-};
-
-constexpr const char* kConversion = "%[0-9]*[sdc]";
-constexpr const char* kStamp =
-    "^\\s*(\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\S* )?(\\[\\d+\\] )?([0-7-] )?\\s*";
-constexpr const char* kSystemError = "(.*) SysErr\\[ (.*) \\] ErrNo\\[ (\\d+) \\]";
-
-std::string Trimmed(const std::string& text) {
-  static const std::regex kEdges(R"(^\s+|(\s|\\n)+$)");
-  return std::regex_replace(text, kEdges, "");
+const char* NameOf(Weight weight) {
+  constexpr const char* kNames[] = {"error", "notice", "normal"};
+  return kNames[static_cast<std::size_t>(weight)];
 }
 
-// The regular expression of what a printf pattern prints.
-std::string ExpressionOf(const std::string& pattern) {
-  static const std::regex kSpecial(R"([.*+?^$()\[\]{}|\\])");
-  static const std::regex kSpace("\\s+");
-  static const std::regex kText("%s");
-  static const std::regex kNumber("%[0-9]*d");
-  static const std::regex kCharacter("%c");
-  std::string expression = std::regex_replace(Trimmed(pattern), kSpecial, "\\$&");
-  expression = std::regex_replace(expression, kSpace, "\\s+");
-  expression = std::regex_replace(expression, kText, "(.*)");
-  expression = std::regex_replace(expression, kNumber, "(-?[0-9]+)");
-  return std::regex_replace(expression, kCharacter, "(.)");
+Json TextJson(const TraceText& row, const std::string& means) {
+  return {{"text", row.text},
+          {"means", means},
+          {"cause", row.advice->cause},
+          {"next", row.advice->next}};
 }
 
-// The rows that match the text and say the most of it, a blank more or less; `before` may stand in
-// front of it.
-std::vector<Match> FindMatches(const std::string& text, const std::string& before) {
-  static const std::regex kConversions(kConversion);
-  std::vector<Match> matches;
-  std::size_t most = 0;
-  for (const TraceText& row : TraceTexts()) {
-    std::smatch printed;
-    if (!std::regex_match(text, printed, std::regex(before + ExpressionOf(row.text)))) continue;
-    Match match = {&row, {std::next(printed.begin()), printed.end()}, 0};
-    match.literals = std::regex_replace(std::string(row.text), kConversions, "").size();
-    most = std::max(most, match.literals);
-    matches.push_back(std::move(match));
-  }
-  matches.erase(std::remove_if(matches.begin(), matches.end(),
-                               [&](const Match& match) { return match.literals + 1 < most; }),
-                matches.end());
-  return matches;
-}
-
-std::vector<Match> Explain(const std::string& line) {
-  const std::string text = Trimmed(std::regex_replace(line, std::regex(kStamp), ""));
-  const std::vector<Match> matches = FindMatches(text, "");
-  return matches.empty() ? FindMatches(text, "(?:.*\\s)?") : matches;
-}
-
-std::string Filled(std::string text, const std::vector<std::string>& printed) {
-  for (std::size_t i = 0; i < printed.size(); ++i) {
-    const std::string mark = "{" + std::to_string(i + 1) + "}";
-    const std::size_t at = text.find(mark);
-    if (at != std::string::npos) text.replace(at, mark.size(), printed[i]);
-  }
-  return text;
-}
-
-Json MatchJson(const Match& match) {
-  return {{"text", match.row->text},
-          {"means", Filled(match.row->means, match.printed)},
-          {"cause", match.row->advice->cause},
-          {"next", match.row->advice->next}};
-}
-
-Json ErrorJson(const std::string& number, const std::string& name) {
-  Json json = {{"number", std::stol(number)}, {"name", name}, {"means", nullptr}};
-  for (const SystemError& error : SystemErrors()) {
-    if (std::to_string(error.number) == number) json["means"] = error.means;
-  }
-  return json;
+Json ErrorJson(std::string_view number, std::string_view name) {
+  if (number.empty()) return nullptr;
+  const char* const means = MeaningOfError(number);
+  const auto value = ReadNumber(std::string(number));
+  return {{"number", value ? Json(*value) : Json()},
+          {"name", name},
+          {"means", means != nullptr ? Json(means) : Json()}};
 }
 
 // The texts that a line may be, and the system's error when it has one.
-Json AnswerJson(const std::string& line) {
-  Json json = {{"texts", Json::array()}, {"system_error", nullptr}};
-  std::smatch parts;
-  const bool failed = std::regex_match(line, parts, std::regex(kSystemError + std::string("\\s*")));
-  if (failed) json["system_error"] = ErrorJson(parts[3], parts[2]);
-  for (const Match& match : Explain(failed ? parts[1].str() : line)) {
-    json["texts"].push_back(MatchJson(match));
+Json AnswerJson(const TraceLine& line) {
+  Json texts = Json::array();
+  for (const TraceMatch& match : line.matches) texts.push_back(TextJson(*match.row, match.Means()));
+  return {{"texts", std::move(texts)},
+          {"system_error", ErrorJson(line.error_number, line.error_name)}};
+}
+
+bool Contains(const char* text, const std::string& words) {
+  return strcasestr(text, words.c_str()) != nullptr;
+}
+
+// Every text that contains the words, or whose meaning does.
+Json TextsWith(const std::string& words) {
+  Json texts = Json::array();
+  for (const TraceText& row : TraceTexts()) {
+    if (!Contains(row.text, words) && !Contains(row.means, words)) continue;
+    texts.push_back(TextJson(row, TraceMatch{&row, {}}.Means()));
   }
-  return json;
+  return {{"texts", std::move(texts)}, {"system_error", nullptr}};
 }
 
-Json WholeCatalogue() {
-  Json json = {{"texts", Json::array()}, {"system_error", nullptr}};
-  for (const TraceText& row : TraceTexts()) json["texts"].push_back(MatchJson({&row, {}, 0}));
-  return json;
+std::string ErrorText(const Json& error) {
+  return error.is_object() && error["means"].is_string() ? error["means"].get<std::string>() : "";
 }
 
-// Words in lines of at most 78 characters, the text below itself.
-void PrintFolded(const char* name, const std::string& text) {
-  constexpr std::size_t kName = 7;
-  constexpr std::size_t kLongestLine = 78;
-  std::istringstream words(text);
-  std::string line = name;
-  line.resize(kName - 1, ' ');
-  for (std::string word; words >> word;) {
-    if (line.size() + 1 + word.size() > kLongestLine) {
-      std::printf("%s\n", line.c_str());
-      line.assign(kName - 1, ' ');
-    }
-    line += " " + Readable(word);
+void PrintAnswer(const Json& answer) {
+  for (const Json& text : answer["texts"]) {
+    PrintFacts("", {{"text", text["text"]},
+                    {"means", text["means"]},
+                    {"cause", text["cause"]},
+                    {"next", text["next"]}});
   }
-  std::printf("%s\n", line.c_str());
+  PrintFacts("", {{"error", ErrorText(answer["system_error"])}});
 }
 
-void PrintText(const Json& json) {
-  for (const Json& text : json["texts"]) {
-    for (const char* const part : {"text", "means", "cause", "next"}) PrintFolded(part, text[part]);
+ExitCode ExplainText(const Options& options) {
+  std::string words;
+  for (const std::string& word : options.words) words += (words.empty() ? "" : " ") + word;
+  TraceReader reader;
+  const TraceLine& line = reader.Read(words);
+  const bool is_line = !line.matches.empty() || !line.error_number.empty();
+  const Json answer = is_line ? AnswerJson(line) : TextsWith(words);
+  const bool known = !answer["texts"].empty();
+  if (!known) Say("no trace text of the library: " + words);
+  options.json ? PrintJson(answer) : PrintAnswer(answer);
+  return known ? kDone : kFindings;
+}
+
+void PrintExplained(std::string_view text, const TraceLine& line) {
+  constexpr std::size_t kBelow = 4;
+  const std::string below(kBelow, ' ');
+  const bool is_error =
+      !line.matches.empty() && line.matches.front().row->advice->weight == Weight::kError;
+  PrintLine(text, is_error ? Tone::kAlarm : Tone::kPlain);
+  if (line.matches.empty()) return;
+  const TraceMatch& match = line.matches.front();
+  PrintLine(below + match.Means(), Tone::kPlain, kBelow);
+  const char* const error = MeaningOfError(line.error_number);
+  if (error != nullptr) PrintLine(below + "Error: " + error, Tone::kPlain, kBelow);
+  const TraceAdvice& advice = *match.row->advice;
+  if (advice.weight != Weight::kNormal) {
+    PrintLine(below + "Next: " + advice.next, Tone::kPlain, kBelow);
   }
-  const Json& error = json["system_error"];
-  if (error.is_object() && error["means"].is_string()) PrintFolded("error", error["means"]);
 }
 
-ExitCode Why(const Options& options) {
-  std::string line;
-  for (const std::string& word : options.words) line += (line.empty() ? "" : " ") + word;
-  const Json json = line.empty() ? WholeCatalogue() : AnswerJson(line);
-  if (json["texts"].empty()) Say("no trace text of the library: " + line);
+Json MessageJson(const LogMessage& message) {
+  return {{"text", message.row->text},
+          {"weight", NameOf(message.row->advice->weight)},
+          {"count", message.count},
+          {"first", message.first},
+          {"last", message.last},
+          {"processes", message.processes},
+          {"more_processes", message.more_processes},
+          {"means", message.means},
+          {"more_means", message.more_means},
+          {"cause", message.row->advice->cause},
+          {"next", message.row->advice->next},
+          {"system_error", ErrorJson(message.error_number, "")}};
+}
+
+void PrintMessage(const LogMessage& message) {
+  const TraceAdvice& advice = *message.row->advice;
+  const std::string times =
+      message.first + (message.last == message.first ? "" : " to " + message.last);
+  std::string processes;
+  for (const std::string& process : message.processes) {
+    processes += (processes.empty() ? "" : ", ") + process;
+  }
+  NamedTexts facts = {{"time", times},
+                      {"process", processes + (message.more_processes ? " and others" : "")}};
+  for (const std::string& means : message.means) facts.emplace_back("means", means);
+  if (message.more_means) facts.emplace_back("", "and of other values");
+  const char* const error = MeaningOfError(message.error_number);
+  if (error != nullptr) facts.emplace_back("error", message.error_number + ", " + error);
+  facts.emplace_back("cause", advice.weight == Weight::kNormal ? "" : advice.cause);
+  facts.emplace_back("next", advice.weight == Weight::kNormal ? "" : advice.next);
+  PrintFacts(std::to_string(message.count) + " x " + message.row->text, facts,
+             advice.weight == Weight::kError ? Tone::kAlarm : Tone::kPlain);
+}
+
+ExitCode Summarize(const LogSummary& summary, const Options& options) {
+  const std::vector<LogMessage> messages = summary.Messages();
+  const bool wrong = !messages.empty() && messages.front().row->advice->weight == Weight::kError;
+  if (options.each_line) return wrong ? kFindings : kDone;
   if (options.json) {
+    Json json = {
+        {"lines", summary.lines()}, {"unknown", summary.unknown()}, {"messages", Json::array()}};
+    for (const LogMessage& message : messages) json["messages"].push_back(MessageJson(message));
     PrintJson(json);
   } else {
-    PrintText(json);
+    for (const LogMessage& message : messages) PrintMessage(message);
+    Say("lines: " + std::to_string(summary.lines()) + ", of them no text of the library: " +
+        std::to_string(summary.unknown()) + ", messages: " + std::to_string(messages.size()));
   }
-  return json["texts"].empty() ? kFindings : kDone;
+  return wrong ? kFindings : kDone;
+}
+
+ExitCode ReadLog(const Options& options) {
+  LogLines lines(options.file);
+  if (options.follow) lines.Follow(FlushOutput);
+  TraceReader reader;
+  LogSummary summary;
+  while (const auto text = lines.Next()) {
+    const TraceLine& line = reader.Read(*text);
+    summary.Add(line);
+    if (options.each_line && options.json) {
+      Json json = {{"line", *text}};
+      json.update(AnswerJson(line));
+      PrintJsonLine(json);
+    } else if (options.each_line) {
+      PrintExplained(*text, line);
+    }
+  }
+  return Summarize(summary, options);
+}
+
+ExitCode Why(Options options) {
+  const bool wants_log = !options.file.empty() || options.follow || options.each_line;
+  if (!options.words.empty()) {
+    if (wants_log) throw UsageError("--file, --follow and -x are of no use beside TEXT");
+    return ExplainText(options);
+  }
+  if (options.follow && options.file.empty()) throw UsageError("--follow needs --file");
+  options.each_line = options.each_line || options.follow;
+  if (wants_log || isatty(STDIN_FILENO) == 0) return ReadLog(options);
+  return ExplainText(options);
 }
 
 Action Declare(OptionList* list) {
   const auto options = std::make_shared<Options>();
   list->Texts("TEXT", "", OptionRow::kAnyNumber, &options->words,
-              "A line of a trace, with or without what stands before");
+              "A line of a trace, with or without what stands before, or words of texts");
+  list->Text("--file", "FILE", &options->file, "A log; else standard input, unless a terminal");
+  list->Flag("-x", &options->each_line, "Print each line of the log and below it what it means");
+  list->Flag("--follow", &options->follow, "As -x, and wait for more lines of the file");
   list->Flag("--json", &options->json, "Print JSON");
   return [options] { return Why(*options); };
 }
@@ -168,11 +207,18 @@ Action Declare(OptionList* list) {
 }  // namespace
 
 const Verb kWhy = {
-    "why", "Explain a trace text",
+    "why", "Explain trace texts and logs",
     "Prints for a line of a driver's trace what it means, the likely cause and what to run next;\n"
-    "for a failed system call the error's part in it as well. Date, process and level in front of\n"
-    "the text may stay. Without a text it prints the whole catalogue.\n\n"
-    "Exit status: 0 explained, 1 it is no text of the library.\n\n"
+    "for a failed system call the error's part in it as well. Whatever a log writes in front of\n"
+    "the text may stay. Words that are no such line find the texts that contain them; \"\" finds\n"
+    "all.\n\n"
+    "Without TEXT it reads a log and sums it up: each text of the library with its count, first\n"
+    "and last time, processes, up to four meanings, cause and next command, errors first. With\n"
+    "-x it prints every line with its meaning. A log may be of any size.\n\n"
+    "Exit status: 0 explained, or a log without errors; 1 it is no text of the library, or the\n"
+    "log has errors; 2 the log cannot be read.\n\n"
     "JSON: {texts: [{text, means, cause, next}], system_error: {number, name, means}};\n"
-    "system_error is null when there is none.",
-    "voatm why \"Error in Locating Memory[ ATMFITMEMORY ]\"", Declare};
+    "system_error is null when there is none. Of a log {lines, unknown, messages: [{text, weight,\n"
+    "count, first, last, processes, more_processes, means, more_means, cause, next,\n"
+    "system_error}]}; with -x a line each: {line, texts, system_error}.",
+    "voatm why -x --file driver.log", Declare};

@@ -1,0 +1,223 @@
+#include "ask/trace_line.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "options.h"
+
+namespace {
+
+constexpr std::string_view kEscapedNewline = "\\n";
+// A text of few words is believed only at the beginning of a line, or behind what ends a prefix.
+constexpr std::size_t kFewWords = 8;
+
+bool IsBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+bool StartsWith(std::string_view text, std::string_view start) {
+  return text.size() >= start.size() && std::memcmp(text.data(), start.data(), start.size()) == 0;
+}
+
+bool EndsWith(std::string_view text, std::string_view end) {
+  return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
+}
+
+// Blanks at the ends are left out, others are made one; so is the newline that a trace escapes.
+void Collapse(std::string_view line, std::string* text) {
+  text->clear();
+  for (std::size_t at = 0; at < line.size();) {
+    std::size_t end = at;
+    while (end < line.size() && !IsBlank(line[end])) ++end;
+    if (end > at && !text->empty()) *text += ' ';
+    text->append(line.substr(at, end - at));
+    for (at = end; at < line.size() && IsBlank(line[at]);) ++at;
+  }
+  while (EndsWith(*text, kEscapedNewline)) {
+    text->resize(text->size() - kEscapedNewline.size());
+    while (!text->empty() && text->back() == ' ') text->pop_back();
+  }
+}
+
+// Whether a text may begin behind this character.
+bool EndsPrefix(char c) { return c == ' ' || std::strchr(":]>)|=,;\"'", c) != nullptr; }
+
+// Whether a prefix ends in what only a prefix ends in: punctuation, or the level of a trace.
+bool IsWholePrefix(std::string_view prefix) {
+  while (!prefix.empty() && prefix.back() == ' ') prefix.remove_suffix(1);
+  if (prefix.empty() || EndsPrefix(prefix.back())) return true;
+  const std::size_t size = prefix.size();
+  return size > 2 && prefix[size - 2] == ' ' && prefix[size - 3] == ']';
+}
+
+// How many characters at the start of a text a conversion printed, or npos. `before` is the literal
+// in front of it and `behind` the one behind it, which ends the text when it is the last.
+std::size_t PrintedBy(char conversion, std::string_view text, std::string_view behind, bool last) {
+  if (conversion == 'c') return text.empty() ? std::string_view::npos : 1;
+  if (conversion == 'd') {
+    std::size_t end = !text.empty() && text.front() == '-' ? 1 : 0;
+    const std::size_t first = end;
+    while (end < text.size() && IsDigit(text[end])) ++end;
+    return end > first ? end : std::string_view::npos;
+  }
+  if (!last) return text.find(behind);
+  return EndsWith(text, behind) ? text.size() - behind.size() : std::string_view::npos;
+}
+
+// The start of what says the time in a prefix: the word with the clock, and the date before it.
+std::size_t StartOfTime(std::string_view prefix, std::size_t clock) {
+  const auto word_before = [&](std::size_t at) {
+    const std::size_t blank = at < 2 ? std::string_view::npos : prefix.rfind(' ', at - 2);
+    return blank == std::string_view::npos ? 0 : blank + 1;
+  };
+  std::size_t start = prefix.rfind(' ', clock);
+  start = start == std::string_view::npos ? 0 : start + 1;
+  const std::size_t day = word_before(start);
+  if (day < start && IsDigit(prefix[day])) start = start - day > 3 ? day : word_before(day);
+  while (start < clock && std::strchr("[<(\"", prefix[start]) != nullptr) ++start;
+  return start;
+}
+
+}  // namespace
+
+std::string TraceMatch::Means() const {
+  std::string_view form = row->means;
+  const bool widest = row->widest != nullptr && !printed.empty() && printed.back() == row->widest;
+  if (widest) form = form.substr(0, form.rfind(';'));
+  std::string text;
+  for (std::size_t at = 0; at < form.size(); ++at) {
+    if (form[at] != '{') {
+      text += form[at];
+      continue;
+    }
+    const auto place = static_cast<std::size_t>(form[at + 1] - '1');
+    text += place < printed.size() ? printed[place] : "...";
+    at += 2;  // "1}"
+  }
+  return widest ? text + "; nothing wider is left to try." : text;
+}
+
+TraceReader::TraceReader() {
+  for (const TraceText& row : TraceTexts()) {
+    Pattern pattern = Compile(row);
+    // A text that begins with any text cannot be told from others.
+    if (pattern.head.empty()) continue;
+    patterns_[static_cast<unsigned char>(pattern.head.front())].push_back(std::move(pattern));
+  }
+}
+
+TraceReader::Pattern TraceReader::Compile(const TraceText& row) {
+  Pattern pattern = {&row, {}, {}, 0, IsBlank(std::string_view(row.text).back())};
+  std::string text;
+  Collapse(row.text, &text);
+  std::string* literal = &pattern.head;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (text[at] != '%') {
+      *literal += text[at];
+      ++pattern.words;
+      continue;
+    }
+    at = text.find_first_of("sdc", at);
+    pattern.pieces.push_back({text[at], {}});
+    literal = &pattern.pieces.back().literal;
+  }
+  return pattern;
+}
+
+bool TraceReader::Takes(const Pattern& pattern, std::string_view text,
+                        std::vector<std::string_view>* printed) {
+  if (!StartsWith(text, pattern.head)) return false;
+  text.remove_prefix(pattern.head.size());
+  printed->clear();
+  std::string_view before = pattern.head;
+  for (const Piece& piece : pattern.pieces) {
+    std::string_view behind = piece.literal;
+    const bool last = &piece == &pattern.pieces.back();
+    // Of an empty text between two blanks only one blank is left.
+    const bool joined =
+        EndsWith(before, " ") && StartsWith(behind, " ") && StartsWith(text, behind.substr(1));
+    if (joined) behind.remove_prefix(1);
+    const std::size_t size = joined ? 0 : PrintedBy(piece.conversion, text, behind, last);
+    if (size == std::string_view::npos || !StartsWith(text.substr(size), behind)) return false;
+    printed->push_back(text.substr(0, size));
+    text.remove_prefix(size + behind.size());
+    before = piece.literal;
+  }
+  return text.empty();
+}
+
+// "said SysErr[ name ] ErrNo[ number ]"
+void TraceReader::SplitError() {
+  constexpr std::string_view kName = " SysErr[ ", kNumber = " ] ErrNo[ ", kEnd = " ]";
+  said_ = text_;
+  if (!EndsWith(said_, kEnd)) return;
+  const std::string_view text = said_.substr(0, said_.size() - kEnd.size());
+  const std::size_t number = text.rfind(kNumber);
+  const std::size_t name = number == std::string_view::npos ? number : text.rfind(kName, number);
+  if (name == std::string_view::npos || name + kName.size() > number) return;
+  const std::string_view digits = text.substr(number + kNumber.size());
+  if (digits.empty() || !std::all_of(digits.begin(), digits.end(), IsDigit)) return;
+  line_.error_number = digits;
+  line_.error_name = text.substr(name + kName.size(), number - name - kName.size());
+  said_ = text.substr(0, name);
+}
+
+bool TraceReader::FindAt(std::size_t at, bool ends_blank) {
+  const std::string_view text = said_.substr(at);
+  std::size_t most = 0;
+  for (const Pattern& pattern : patterns_[static_cast<unsigned char>(text.front())]) {
+    if (pattern.words < most || !Takes(pattern, text, &printed_)) continue;
+    if (pattern.words < kFewWords && !IsWholePrefix(said_.substr(0, at))) continue;
+    if (pattern.words > most) line_.matches.clear();
+    most = pattern.words;
+    const bool first = pattern.ends_blank == ends_blank;
+    line_.matches.insert(first ? line_.matches.begin() : line_.matches.end(),
+                         TraceMatch{pattern.row, printed_});
+  }
+  return most > 0;
+}
+
+// "2026-11-21 09:30:05.123456 [12345] 7 ", "Nov 21 09:30:05 host name[12345]: " and the like.
+void TraceReader::ReadPrefix(std::string_view prefix) {
+  for (std::size_t colon = prefix.find(':'); colon != std::string_view::npos;
+       colon = prefix.find(':', colon + 1)) {
+    const std::size_t clock = colon < 2 ? 0 : colon - 2;
+    const bool is_clock = colon >= 2 && colon + 5 < prefix.size() && IsDigit(prefix[clock]) &&
+                          IsDigit(prefix[colon - 1]) && IsDigit(prefix[colon + 1]) &&
+                          prefix[colon + 3] == ':' && IsDigit(prefix[colon + 5]);
+    if (!is_clock) continue;
+    const std::size_t end = prefix.find_first_of(" ]>)\"", colon);
+    const std::size_t start = StartOfTime(prefix, clock);
+    line_.time = prefix.substr(start, std::min(end, prefix.size()) - start);
+    break;
+  }
+  for (std::size_t open = prefix.find('['); open != std::string_view::npos;
+       open = prefix.find('[', open + 1)) {
+    const std::size_t close = prefix.find_first_not_of("0123456789", open + 1);
+    if (close == std::string_view::npos || close == open + 1 || prefix[close] != ']') continue;
+    line_.process = prefix.substr(open + 1, close - open - 1);
+    break;
+  }
+}
+
+const TraceLine& TraceReader::Read(std::string_view line) {
+  line_.matches.clear();
+  line_.time = line_.process = line_.error_name = line_.error_number = {};
+  Collapse(line, &text_);
+  SplitError();
+  const bool ends_blank = !line.empty() && IsBlank(line.back());
+  for (std::size_t at = 0; at < said_.size(); ++at) {
+    if (patterns_[static_cast<unsigned char>(said_[at])].empty()) continue;
+    if ((at > 0 && !EndsPrefix(said_[at - 1])) || !FindAt(at, ends_blank)) continue;
+    ReadPrefix(said_.substr(0, at));
+    break;
+  }
+  return line_;
+}
+
+const char* MeaningOfError(std::string_view number) {
+  const auto value = ReadNumber(std::string(number));
+  for (const SystemError& error : SystemErrors()) {
+    if (error.number == value) return error.means;
+  }
+  return nullptr;
+}
