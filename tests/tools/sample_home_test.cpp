@@ -1,3 +1,7 @@
+#include <algorithm>
+#include <regex>
+#include <sstream>
+
 #include "support/served_home.h"
 #include "tools/voatm_output.h"
 
@@ -5,13 +9,49 @@ namespace {
 
 TEST(SampleHome, AnswersAsInTheTranscript) { ExpectTranscript(Transcript("sample_home")); }
 
+// What a file holds reaches a terminal as text only: as a row, as a line, as talk and as JSON.
 TEST(ControlCharacters, AreShownAsNumbersWhereverTheyStand) {
   const TestHome home;
-  home.Write("cfg/atm/CARDLESS_TXN.cfg", "[OPKEYMAP]\nA \033[2J\xe9 A\nDEFAULT B\n");
-  ExpectTranscript(R"($ explain cardless A | grep Track2Data
-Track2Data \x1b[2J\xe9
-=> 0
-)");
+  home.Write("cfg/atm/CARDLESS_TXN.cfg", "[OPKEYMAP]\nA \033[2J\xe9 \xc2\x9b\nDEFAULT B\n");
+  for (const char* const command :
+       {"explain cardless A", "explain cardless A --json", "explain cardless '\033[2J'", "check",
+        "check --json", "check --home '\033[2J'", "why '\033[2J'", "why '\033[2J' --json",
+        "why -x --file cfg/atm/CARDLESS_TXN.cfg", "shwo '\033[2J'"}) {
+    const std::string text =
+        Shell("cd " + home.path() + "; VODIR_HOME=. " BUILD_DIRECTORY "/voatm " + command + " 2>&1")
+            .text;
+    EXPECT_NE(text, "") << command;
+    for (const char c : text) ASSERT_TRUE(c == '\n' || (c >= ' ' && c <= '~')) << command << text;
+  }
+}
+
+TEST(Terminal, GetsLinesOfItsWidthInColoursThatItHas) {
+  const struct {
+    const char *settings, *command;
+    std::size_t width;
+    bool colored;
+  } kTerminals[] = {
+      {"stty cols 41; TERM=xterm", "explain txn-code A A B C D E", 41, true},
+      {"stty cols 0; TERM=xterm", "why 'Error in Semop for AtmFit'", 80, false},
+      {"stty cols 41; TERM=xterm NO_COLOR=1", "why -x --file log", 41, false},
+      {"stty cols 41; TERM=xterm NO_COLOR=", "why -x --file log", 41, true},
+      {"stty cols 41; TERM=dumb", "why --file log", 41, false},
+      {"stty cols 1; unset TERM; ", "why --file log", 20, false},
+  };
+  const TestHome home;
+  home.Write("log", "Error in opening file[ /a/long/path/without/a/blank/to/break/at ]\n");
+  for (const auto& [settings, command, width, colored] : kTerminals) {
+    const std::string text =
+        Shell("cd " + home.path() + "; VODIR_HOME=. script -qec \"" + settings +
+              " " BUILD_DIRECTORY "/voatm " + command + " 2>/dev/null\" /dev/null")
+            .text;
+    EXPECT_EQ(text.find("\033[31m") != std::string::npos, colored) << settings << text;
+    std::size_t widest = 0;
+    std::istringstream lines(std::regex_replace(text, std::regex("\033\\[[0-9]*m|\r"), ""));
+    for (std::string line; std::getline(lines, line);) widest = std::max(widest, line.size());
+    EXPECT_LE(widest, width) << text;
+    EXPECT_GT(widest, width / 2) << text;
+  }
 }
 
 }  // namespace
