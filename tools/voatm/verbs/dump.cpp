@@ -1,5 +1,4 @@
 // voatm dump: a table as a seed file.
-#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -42,7 +41,8 @@ ExitCode Dump(const Options& options) {
     return kDone;
   }
   // Without its end nobody takes it for the table.
-  std::printf("\n// %s\n", table.Shortage().c_str());
+  PrintAsIs("\n");
+  PrintLine("// " + table.Shortage());
   Say(table.Shortage());
   return kFindings;
 }

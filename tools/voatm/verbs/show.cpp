@@ -1,5 +1,4 @@
 // voatm show: a record of a table whole.
-#include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,10 +25,13 @@ struct Options : DataOptions {
 };
 
 void PrintWhole(const RecordTable& table, int slot, const char* record) {
-  std::printf("%s slot %d%s\n", table.name, slot, IsFree(table, record) ? ", free" : "");
+  NamedTexts fields;
   for (const RecordField& field : table) {
-    std::printf("  %-18s %s\n", field.name, WholeText(table, field, record).c_str());
+    fields.emplace_back(field.name, WholeText(table, field, record));
   }
+  PrintFacts(table.name + (" slot " + std::to_string(slot)) +
+                 (IsFree(table, record) ? ", free" : ""),
+             fields);
 }
 
 std::vector<int> FindId(TableReader& table, const Options& options) {
