@@ -73,7 +73,9 @@ std::size_t StartOfTime(std::string_view prefix, std::size_t clock) {
   start = start == std::string_view::npos ? 0 : start + 1;
   const std::size_t day = word_before(start);
   if (day < start && IsDigit(prefix[day])) start = start - day > 3 ? day : word_before(day);
-  while (start < clock && std::strchr("[<(\"", prefix[start]) != nullptr) ++start;
+  const std::size_t priority_end = prefix.find('>', start);  // of "<13>"
+  if (prefix[start] == '<' && priority_end < clock) start = priority_end + 1;
+  while (start < clock && std::strchr("[(\"", prefix[start]) != nullptr) ++start;
   return start;
 }
 

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "common/config_file.h"
+#include "devhost/plan.h"
 #include "devhost/system_call.h"
 #include "home/configuration_entries.h"
 #include "tables/locate.h"
@@ -232,6 +233,7 @@ class HomeCheck {
       Report(std::string(kind.directory) + "/" + kind.name, Severity::kError, "missing-file",
              "drivers need it to start");
     }
+    CheckSeeds();
     std::sort(report_.files.begin(), report_.files.end());
     std::sort(report_.findings.begin(), report_.findings.end(),
               [](const ConfigurationFinding& a, const ConfigurationFinding& b) {
@@ -244,6 +246,18 @@ class HomeCheck {
  private:
   void Report(const std::string& file, Severity severity, const char* rule, std::string text) {
     report_.findings.push_back({home_ + "/" + file, 1, 1, severity, std::move(text), rule});
+  }
+
+  // The rows that the development host would load.
+  void CheckSeeds() {
+    for (const records::RecordTable& table : records::kRecordTables) {
+      const std::string path = Below(home_, Below("tables", table.seed_file));
+      if (std::filesystem::exists(path)) report_.files.push_back(path);
+    }
+    for (const devhost::SeedError& error : devhost::CheckSeeds(home_)) {
+      report_.findings.push_back(
+          {error.path, error.line, error.column, Severity::kError, error.text, "seed-refused"});
+    }
   }
 
   void Walk(const std::string& directory) {

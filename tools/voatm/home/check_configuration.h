@@ -22,7 +22,7 @@ struct ConfigurationReport {
   std::vector<std::string> files;              // read, by path
 };
 
-// Reads cfg/ and inf/ of a home as the library would.
+// Reads cfg/ and inf/ of a home as the library would, and tables/ as the development host would.
 ConfigurationReport CheckConfiguration(const std::string& home);
 
 #endif  // TOOLS_VOATM_HOME_CHECK_CONFIGURATION_H

@@ -86,11 +86,10 @@ Action Declare(OptionList* list) {
 
 const Verb kCheck = {
     "check", "Check the configuration files of a home",
-    "Reads cfg/ and inf/ as the library would and prints a line a fault:\n"
-    "path:line:column: severity: text [rule]. An error keeps an operation from working or makes "
-    "it\n"
-    "answer something else; a warning is text that nothing reads or that is probably not meant.\n"
-    "Needs no tables and changes nothing.\n\n"
+    "Reads cfg/ and inf/ as the library would, and the rows below tables/ as voatm serve would,\n"
+    "and prints a line a fault: path:line:column: severity: text [rule]. An error keeps an\n"
+    "operation from working or makes it answer something else; a warning is text that nothing\n"
+    "reads or that is probably not meant. Needs no tables in memory and changes nothing.\n\n"
     "Exit status: 0 no errors (with --strict: no warnings either), 1 there are, 2 no such home.\n\n"
     "JSON: {errors, warnings, findings: [{path, line, column, severity, text, rule}], files}.",
     "voatm check --strict --home examples/home", Declare};

@@ -2,9 +2,9 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <string>
 #include <utility>
 
 #include "devhost/host.h"
@@ -45,12 +45,14 @@ void Print(const Options& options, const HostPlan& plan, bool ready) {
     return;
   }
   if (plan.refusals.empty()) {
-    std::printf("%-24s %10s %7s %6s %10s\n", "table", "key", "slots", "rows", "bytes");
+    TextTable text({{"TABLE"}, {"KEY", true}, {"SLOTS", true}, {"ROWS", true}, {"BYTES", true}});
     for (const PlannedTable& table : plan.tables) {
-      std::printf("%-24s %10d %7d %6d %10zu\n", table.record->name, table.key, table.image.slots,
-                  table.image.rows, table.Segment().size);
+      text.AddRow({table.record->name, std::to_string(table.key), std::to_string(table.image.slots),
+                   std::to_string(table.image.rows), std::to_string(table.Segment().size)});
     }
-    std::printf("%-24s %10d\n%s", "queue", plan.queue_key, ready ? "ready\n" : "");
+    text.AddRow({"queue", std::to_string(plan.queue_key), "", "", ""});
+    text.Print();
+    if (ready) PrintLine("ready");
   }
   for (const std::string& refusal : plan.refusals) Say(refusal);
 }
