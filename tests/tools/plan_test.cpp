@@ -1,6 +1,8 @@
+#include <algorithm>
+
 #include "support/random_cases.h"
 #include "support/served_home.h"
-#include "tools/voatm/ask/cash_plan.h"
+#include "tools/voatm/ask/empty_sweep.h"
 #include "tools/voatm/ask/observation.h"
 #include "tools/voatm_output.h"
 #include "vodebugutil.h"
@@ -32,6 +34,34 @@ TEST(Plan, PaidMeansTheWholeAmountInASweepToo) {
   }
 }
 
+// Each combination says of each amount what a request without these cassettes says.
+TEST(Plan, EmptyCassettesPayAsThoseThatCannotBeUsed) {
+  RandomCases random;
+  for (int i = 0; i < 50; ++i) {
+    CashRequest request{"D912ATM", 978, 40, {}};
+    SetCassettes(&request, {"A:20:978:Y", "C:10:978:Y", "D:5:840:Y", "E:10:978:N", "H:50:978:Y"});
+    const LogicOf logic_of = [](int) { return "0100000000000000"; };
+    const int from = 10 * (1 + random.Below(30));
+    const EmptySweep sweep = SweepEmpty(request, logic_of, from, from + 25, 5);
+    ASSERT_EQ(sweep.cases.size(), 8U);
+    const auto& each = sweep.cases[static_cast<std::size_t>(random.Below(8))];
+    for (const char letter : each.empty) {
+      request.cassettes[static_cast<std::size_t>(letter - 'A')].Status = 'N';
+    }
+    int paid = 0;
+    for (std::size_t amount = 0; amount < 6; ++amount) {
+      const Payment fate = Pay(request, logic_of, sweep.amounts[amount]).payment;
+      EXPECT_EQ(each.fates[amount], fate) << each.empty << sweep.amounts[amount];
+      paid += fate == Payment::kPaid ? 1 : 0;
+      const bool was_paid = sweep.cases.front().fates[amount] == Payment::kPaid;
+      EXPECT_EQ(std::count(each.lost.begin(), each.lost.end(), sweep.amounts[amount]),
+                was_paid && fate != Payment::kPaid ? 1 : 0);
+    }
+    EXPECT_EQ(each.paid, paid);
+  }
+  EXPECT_EQ(RunsOf({10, 20, 40, 60, 70, 80}, 10), "10, 20, 40, 60-80");
+}
+
 constexpr char kGiven[] = " --model NDC+ATM --max-notes 40 A:20:036:Y B:50:036:Y D:10:36:N";
 
 // Numbers are decimal digits, on the command line and in a file; what cannot count is refused.
@@ -51,6 +81,10 @@ TEST(Plan, TakesDecimalNumbersAndWhatGoesTogether) {
            {"--currency 36 --amount 4294967366", 2},
            {"--currency 36 --amount 70 --sweep 10:70:10", 2},
            {"--currency 36 --sweep 70:10", 2},
+           {"--currency 36 --amount 70 --empty", 2},
+           {"--currency 36 --sweep 20:50:30 --html page", 2},
+           {"--currency 36 --sweep 20:50:30 --empty", 0},
+           {"--currency 36 --sweep 20:50 --empty", 1},
            {"--currency 36 --sweep 20:50:30", 0},
            {"--currency 36 --amount 70 --scope A B C COMMON", 2},
            {"--currency 36 --amount 70 --index 7", 2},

@@ -1,7 +1,5 @@
 #include "show/finding.h"
 
-#include <cstdio>
-
 namespace {
 
 struct Part {
@@ -29,11 +27,11 @@ Json FindingsJson(const std::vector<Finding>& findings) {
 
 void PrintFindings(const std::vector<Finding>& findings) {
   for (const Finding& finding : findings) {
-    std::printf("\n%s\n", Alarm(Readable(finding.what)).c_str());
+    NamedTexts parts;
     for (const Part& part : kParts) {
-      const std::string& text = finding.*part.text;
-      if (&text == &finding.what || text.empty()) continue;
-      std::printf("  %-7s %s\n", part.name, Readable(text).c_str());
+      if (part.text != &Finding::what) parts.emplace_back(part.name, finding.*part.text);
     }
+    PrintLine("");
+    PrintFacts(finding.what, parts, Tone::kAlarm);
   }
 }

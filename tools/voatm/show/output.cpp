@@ -68,10 +68,6 @@ std::string Dumped(const Json& json, int indent) {
 
 bool UsesTerminal() { return isatty(STDOUT_FILENO) != 0; }
 
-std::string Alarm(const std::string& text) {
-  return UseColor() ? kAlarmColor + text + kPlainColor : text;
-}
-
 std::string Readable(std::string_view text) {
   std::string readable;
   readable.reserve(text.size());
@@ -89,7 +85,8 @@ std::string Readable(std::string_view text) {
 
 void PrintLine(std::string_view text, Tone tone, std::size_t indent) {
   const std::string line = Folded(Readable(text), Width(), indent);
-  PrintAsIs((tone == Tone::kAlarm ? Alarm(line) : line) + "\n");
+  const bool colored = tone == Tone::kAlarm && UseColor();
+  PrintAsIs(colored ? kAlarmColor + line + kPlainColor + "\n" : line + "\n");
 }
 
 void PrintAsIs(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
@@ -129,9 +126,7 @@ void JsonList::Add(const Json& item) {
   separator_ = ",";
 }
 
-void JsonList::Close() {
-  PrintAsIs((*separator_ == '\0' ? "" : "\n") + std::string(end_) + "\n");
-}
+void JsonList::Close() { PrintAsIs((*separator_ == '\0' ? "" : "\n") + std::string(end_) + "\n"); }
 
 void Say(const std::string& text) {
   std::fflush(stdout);

@@ -22,9 +22,6 @@ enum class Tone { kPlain, kAlarm };
 // Whether standard output is a terminal.
 bool UsesTerminal();
 
-// The text in the colour of what is wrong, for what prints itself.
-std::string Alarm(const std::string& text);
-
 // The text with what is no ASCII character, or controls a terminal, as \xHH.
 std::string Readable(std::string_view text);
 

@@ -1,5 +1,4 @@
 // voatm explain: which row or file decides an answer, and why.
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
@@ -68,9 +67,14 @@ std::string InOneLine(const Facts& facts) {
   return line;
 }
 
-void PrintFacts(const Facts& facts) {
+void PrintTitle(const std::string& title) {
+  PrintLine("");
+  PrintLine(title);
+}
+
+void PrintAnswer(const Facts& facts) {
   if (facts.empty()) return;
-  std::printf("\nAnswer\n");
+  PrintTitle("Answer");
   TextTable table({{"FIELD"}, {"VALUE"}});
   for (const Fact& fact : facts) table.AddRow({fact.name, fact.value});
   table.Print();
@@ -78,7 +82,7 @@ void PrintFacts(const Facts& facts) {
 
 void PrintTries(const std::vector<Try>& tries) {
   if (tries.empty()) return;
-  std::printf("\nTries\n");
+  PrintTitle("Tries");
   TextTable table({{"LEVEL"}, {"TRIED"}, {"RESULT"}});
   for (const Try& each : tries) table.AddRow({each.level, each.tried, each.result});
   table.Print();
@@ -86,7 +90,7 @@ void PrintTries(const std::vector<Try>& tries) {
 
 void PrintPlaced(const char* title, const std::vector<Placed>& all) {
   if (all.empty()) return;
-  std::printf("\n%s\n", title);
+  PrintTitle(title);
   TextTable table({{"WHERE"}, {"ANSWER"}});
   for (const Placed& each : all) table.AddRow({each.where, InOneLine(each.answer.facts)});
   table.Print();
@@ -95,22 +99,22 @@ void PrintPlaced(const char* title, const std::vector<Placed>& all) {
 void PrintText(const Question& question, const Explanation& explanation, const Options& options) {
   const Answer& answer = explanation.taken.answer;
   if (question.ground != Ground::kNothing) {
-    std::printf("%s\n", answer.found ? ("found: " + Readable(explanation.taken.where)).c_str()
-                                     : Alarm("not found").c_str());
+    answer.found ? PrintLine("found: " + explanation.taken.where)
+                 : PrintLine("not found", Tone::kAlarm);
   }
-  PrintFacts(answer.facts);
+  PrintAnswer(answer.facts);
   PrintTries(explanation.tries);
   PrintPlaced("Behind it, each when those before are gone", explanation.behind);
   PrintPlaced("Never reached, though each would do alone", explanation.alone);
-  if (question.note != nullptr) std::printf("\nNote: %s.\n", question.note);
+  if (question.note != nullptr) PrintTitle("Note: " + std::string(question.note) + ".");
   if (options.locks && explanation.cost) {
-    std::printf("\nUnder locks: %d slots, %d semaphore calls\n", explanation.cost->slots,
-                explanation.cost->calls);
+    PrintTitle("Under locks: " + std::to_string(explanation.cost->slots) + " slots, " +
+               std::to_string(explanation.cost->calls) + " semaphore calls");
   }
   if (!options.trace) return;
-  std::printf("\nTrace\n");
-  for (const std::string& line : explanation.trace) std::printf("%s\n", Readable(line).c_str());
-  if (explanation.trace.empty()) std::printf("nothing was traced\n");
+  PrintTitle("Trace");
+  for (const std::string& line : explanation.trace) PrintLine(line);
+  if (explanation.trace.empty()) PrintLine("nothing was traced");
 }
 
 Explanation Explain(const Options& options, const Question& question, const Inputs& inputs) {

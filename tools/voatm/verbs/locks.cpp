@@ -1,7 +1,6 @@
 // voatm locks: who holds a slot.
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -17,7 +16,6 @@
 namespace {
 
 constexpr auto kWatchInterval = std::chrono::seconds(1);
-constexpr const char* kClearScreen = "\033[H\033[2J";
 
 struct Options : DataOptions {
   bool watch = false;
@@ -63,7 +61,7 @@ Json SnapshotJson(const Snapshot& snapshot) {
 }
 
 void PrintText(const Snapshot& snapshot) {
-  if (snapshot.locks.empty() && snapshot.IsSound()) std::printf("every slot is at rest\n");
+  if (snapshot.locks.empty() && snapshot.IsSound()) PrintLine("every slot is at rest");
   if (!snapshot.locks.empty()) {
     TextTable text({{"TABLE"},
                     {"SLOT", true},
@@ -99,7 +97,7 @@ Snapshot LookAgain(const std::string& home) {
 // Prints until a signal ends the process.
 [[noreturn]] void Watch(const Options& options) {
   while (true) {
-    if (!options.json && UsesTerminal()) std::printf("%s", kClearScreen);
+    if (!options.json) ClearScreen();
     const Snapshot snapshot = LookAgain(options.home);
     options.json ? PrintJsonLine(SnapshotJson(snapshot)) : PrintText(snapshot);
     FlushOutput();

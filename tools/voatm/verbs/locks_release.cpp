@@ -1,5 +1,4 @@
 // voatm locks release: brings a slot back to rest when nobody can be in the middle of it.
-#include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,9 +27,11 @@ std::vector<char> RecordOf(const TableState& table, int slot) {
 
 void PrintRecord(const records::RecordTable& table, const std::vector<char>& record) {
   if (record.empty()) return;
+  NamedTexts fields;
   for (const records::RecordField& field : table) {
-    std::printf("  %-18s %s\n", field.name, FieldText(field, record.data()).c_str());
+    fields.emplace_back(field.name, FieldText(field, record.data()));
   }
+  PrintFacts("", fields);
 }
 
 // What to look at once a slot is free whose holder died: it may have been writing.
@@ -65,13 +66,13 @@ ExitCode DoRelease(const Options& options) {
                {"record", record.empty() ? Json() : RecordJson(*options.table, record.data())},
                {"next", next}});
   } else if (release.done) {
-    std::printf("%s\n", release.text.c_str());
+    PrintLine(release.text);
   } else {
     Say(release.text);
   }
   if (!options.json && !next.empty()) {
-    std::printf("its holder may have died while writing the record above:\n");
-    for (const std::string& step : next) std::printf("  %s\n", step.c_str());
+    PrintLine("its holder may have died while writing the record above:");
+    for (const std::string& step : next) PrintLine("  " + step);
   }
   return release.done ? kDone : kFindings;
 }

@@ -1,5 +1,4 @@
 // voatm plan: what the cassettes pay.
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -12,11 +11,13 @@
 #include "ask/experiment.h"
 #include "json_file.h"
 #include "show/output.h"
+#include "verbs/plan_empty.h"
 #include "verbs/verbs.h"
 
 namespace {
 
 constexpr const char* kPays = "pays";  // the fate of a configured logic that is dispensed
+constexpr std::size_t kValues = 12;    // the column of values in a report
 constexpr const char* kModels[] = {"NDC+ATM", "D912ATM"};
 
 struct Options : DataOptions {
@@ -31,6 +32,8 @@ struct Options : DataOptions {
   std::vector<std::string> scope;
   std::optional<int> index;
   std::string sweep;
+  bool empty = false;
+  std::string html;
 };
 
 // What the command line does not say, the file may.
@@ -150,23 +153,24 @@ void PrintReport(const CashRequest& request, const Report& report) {
   const CashOutcome& outcome = report.outcome;
   if (report.configured) {
     const std::string from = report.source.empty() ? "" : ", " + report.source;
-    std::printf("configured  %s: %s%s\n", report.configured->c_str(),
-                DescribeLogic(request, *report.configured).c_str(), from.c_str());
-    if (report.fate != kPays) std::printf("            %s\n", report.fate.c_str());
+    PrintLine("configured  " + *report.configured + ": " +
+                  DescribeLogic(request, *report.configured) + from,
+              Tone::kPlain, kValues);
+    if (report.fate != kPays) PrintLine(std::string(kValues, ' ') + report.fate);
   }
   if (outcome.code == 0 && !outcome.logic.empty()) {
-    std::printf("%s  %s: %s\n", report.fate == kPays ? "dispensed " : "planned   ",
-                outcome.logic.c_str(), DescribeLogic(request, outcome.logic).c_str());
+    PrintLine((report.fate == kPays ? "dispensed   " : "planned     ") + outcome.logic + ": " +
+                  DescribeLogic(request, outcome.logic),
+              Tone::kPlain, kValues);
   }
   const bool paid = outcome.payment == Payment::kPaid;
   const std::string name = NameOf(outcome.payment);
   const std::string code = outcome.code == 0 ? "" : ", code " + std::to_string(outcome.code);
   const std::string why = outcome.meaning.empty() ? "" : ": " + outcome.meaning;
-  std::printf("outcome     %s%s%s\n", (paid ? name : Alarm(name)).c_str(), code.c_str(),
-              why.c_str());
+  PrintLine("outcome     " + name + code + why, paid ? Tone::kPlain : Tone::kAlarm, kValues);
   std::string nearby;
   for (const int amount : report.nearby) nearby += " " + std::to_string(amount);
-  std::printf("in full    %s\n", nearby.empty() ? " nothing near by" : nearby.c_str());
+  PrintLine("in full    " + (nearby.empty() ? " nothing near by" : nearby), Tone::kPlain, kValues);
 }
 
 struct Range {
@@ -224,13 +228,26 @@ ExitCode SweepAndPrint(const Options& options, const CashRequest& request) {
   return unpaid == 0 ? kDone : kFindings;
 }
 
+ExitCode SweepAndPrintEmpty(const Options& options, const CashRequest& request) {
+  const Range range = RangeOf(options.sweep);
+  std::string about = "Cassettes (letter, face value, currency, status):";
+  for (const std::string& cassette : options.cassettes) about += " " + cassette;
+  about += ". Amounts " + options.sweep + " in currency " + std::to_string(request.currency) +
+           ", at most " + std::to_string(request.max_notes) + " notes.";
+  return ShowEmpty(
+      SweepEmpty(request, LogicSource(options, request), range.from, range.to, range.step),
+      {range.step, options.json, options.html, request.model, about});
+}
+
 ExitCode Plan(Options options) {
   ReadFile(&options);
   const CashRequest request = RequestOf(options);
   CheckLogicOptions(options, request);
+  if (options.sweep.empty() && options.empty) throw UsageError("--empty needs --sweep");
+  if (!options.html.empty() && !options.empty) throw UsageError("--html needs --empty");
   if (!options.sweep.empty()) {
     if (options.amount) throw UsageError("--sweep and an amount exclude each other");
-    return SweepAndPrint(options, request);
+    return options.empty ? SweepAndPrintEmpty(options, request) : SweepAndPrint(options, request);
   }
   const Report report = ReportOf(options, request);
   if (options.json) {
@@ -256,6 +273,8 @@ Action DeclarePlan(OptionList* list) {
   list->Number("--index", 0, INT_MAX, &options->index,
                "Its amount index, if that is not the amount");
   list->Text("--sweep", "FROM:TO[:STEP]", &options->sweep, "Try every amount of a range");
+  list->Flag("--empty", &options->empty, "Sweep with every combination of empty cassettes");
+  list->Text("--html", "FILE", &options->html, "Draw what --empty finds, as a page of its own");
   list->Text("--file", "FILE", &options->file, "JSON with what the command line leaves out");
   AddDataOptions(list, options.get());
   return [options] { return Plan(*options); };
@@ -271,10 +290,13 @@ const Verb kPlan = {
     "logic does, PLANNED what a new plan does. With --logic-name an amount without a logic (none)\n"
     "is not paid, as the driver has nothing to ask with; without a logic at all every amount is\n"
     "planned. A cassette's status is Y for usable, N for not, @ for outside the logic.\n\n"
+    "With --sweep and --empty each combination of cassettes that ran out is a row: how many of\n"
+    "the amounts are paid then, and which ones are lost. --html draws it, for any browser.\n\n"
     "The file is JSON: {model, amount, currency, max_notes, logic, cassettes: [text]}.\n\n"
-    "Exit status: 1 when an amount is not paid in full.\n\n"
+    "Exit status: 1 when an amount is not paid in full, with --empty by all cassettes together.\n\n"
     "JSON: {amount, configured: {logic, notes, source, fate} or null, outcome, code, meaning,\n"
     "logic, notes, nearby: [amount]}; with --sweep {amounts, unpaid, runs: [{from, to, amounts,\n"
-    "paid, configured, planned}]}.",
+    "paid, configured, planned}]}; with --empty {amounts, combinations: [{empty, paid, share,\n"
+    "lost: [amount]}]}.",
     "voatm plan --model NDC+ATM --amount 30 --currency 978 --max-notes 40 A:20:978:Y B:50:978:Y",
     DeclarePlan};

@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
-#include <cstdio>
 
 #include "devhost/host.h"
 #include "devhost/settings.h"
@@ -119,11 +118,11 @@ void ServedTable::Print(int slot, const std::vector<FieldChange>& changes) {
     List().Add({{"slot", slot}, {"changes", ChangesJson(changes)}});
     return;
   }
-  std::printf("%s slot %d\n", options_.table->name, slot);
+  NamedTexts texts;
   for (const FieldChange& change : changes) {
-    std::printf("  %-18s %s -> %s\n", change.field->name, change.before.c_str(),
-                change.after.c_str());
+    texts.emplace_back(change.field->name, change.before + " -> " + change.after);
   }
+  PrintFacts(options_.table->name + (" slot " + std::to_string(slot)), texts);
 }
 
 // Begun late, so that a refusal has no JSON before it.

@@ -29,9 +29,9 @@ void PrintWhole(const RecordTable& table, int slot, const char* record) {
   for (const RecordField& field : table) {
     fields.emplace_back(field.name, WholeText(table, field, record));
   }
-  PrintFacts(table.name + (" slot " + std::to_string(slot)) +
-                 (IsFree(table, record) ? ", free" : ""),
-             fields);
+  PrintFacts(
+      table.name + (" slot " + std::to_string(slot)) + (IsFree(table, record) ? ", free" : ""),
+      fields);
 }
 
 std::vector<int> FindId(TableReader& table, const Options& options) {

@@ -1,7 +1,6 @@
 // voatm tables: the six tables, and what is wrong with them.
 #include <pwd.h>
 
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -102,7 +101,7 @@ ExitCode ShowTables(const DataOptions& options) {
   if (options.json) {
     PrintJson(json);
   } else {
-    std::printf("home %s, queue key %d\n", Readable(survey.home).c_str(), survey.queue_key);
+    PrintLine("home " + survey.home + ", queue key " + std::to_string(survey.queue_key));
     PrintText(json["tables"]);
     PrintFindings(all);
   }
