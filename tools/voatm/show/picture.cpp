@@ -15,8 +15,9 @@ constexpr const char* kHead = R"(<meta charset="utf-8">
 body { font: 16px/1.5 system-ui, sans-serif; color: var(--ink); background: var(--paper);
   max-width: 72rem; margin: 0 auto; padding: 1rem; }
 h1 { font-size: 1.4rem; }
-.row { display: grid; grid-template-columns: minmax(3.5rem, 7rem) 1fr 3.5rem; gap: .5rem;
-  align-items: center; margin: 2px 0; }
+.row { display: grid; grid-template-columns: 6rem 1fr 3.5rem; gap: .5rem; align-items: center;
+  margin: 2px 0; }
+@media (max-width: 40rem) { .row { grid-template-columns: 3.2rem 1fr 3.2rem; } }
 .row > :first-child, .row > :last-child { font-size: .85rem; overflow-wrap: anywhere; }
 .row > :last-child { text-align: right; font-variant-numeric: tabular-nums; }
 .bar { display: flex; height: 1.5rem; border: 1px solid var(--line); }

@@ -124,7 +124,7 @@ Json DifferenceJson(const Difference& difference) {
 
 void PrintText(const Difference& difference) {
   if (!difference.rows.empty()) {
-    std::printf("Rows\n");
+    PrintLine("Rows");
     TextTable table({{"TABLE"}, {"ID"}, {"FIELD"}, {"A"}, {"B"}});
     for (const RowChange& row : difference.rows) {
       if (row.fields.empty()) table.AddRow({row.table->name, row.id, row.change, "", ""});
@@ -135,7 +135,7 @@ void PrintText(const Difference& difference) {
     table.Print();
   }
   if (!difference.entries.empty()) {
-    std::printf("Entries\n");
+    PrintLine("Entries");
     TextTable table({{"FILE"}, {"KEY"}, {"A"}, {"B"}});
     for (const EntryChange& entry : difference.entries) {
       table.AddRow({entry.file, entry.key, entry.a, entry.b});
@@ -143,8 +143,7 @@ void PrintText(const Difference& difference) {
     table.Print();
   }
   for (const AtmChanges& changes : difference.atms) {
-    std::printf("Answers for %s of %s, %s\n", changes.atm->s3.c_str(), changes.atm->s2.c_str(),
-                changes.atm->s1.c_str());
+    PrintLine("Answers for " + changes.atm->s3 + " of " + changes.atm->s2 + ", " + changes.atm->s1);
     TextTable table({{"REQUEST"}, {"A"}, {"FROM"}, {"B"}, {"FROM"}});
     for (const AnswerChange& answer : changes.answers) {
       table.AddRow({answer.request, InOneLine(answer.a), answer.a.where, InOneLine(answer.b),

@@ -232,8 +232,10 @@ ExitCode SweepAndPrintEmpty(const Options& options, const CashRequest& request) 
   const Range range = RangeOf(options.sweep);
   std::string about = "Cassettes (letter, face value, currency, status):";
   for (const std::string& cassette : options.cassettes) about += " " + cassette;
-  about += ". Amounts " + options.sweep + " in currency " + std::to_string(request.currency) +
-           ", at most " + std::to_string(request.max_notes) + " notes.";
+  about += ". Amounts from " + std::to_string(range.from) + " to " + std::to_string(range.to) +
+           " in steps of " + std::to_string(range.step) + ", currency " +
+           std::to_string(request.currency) + ", at most " + std::to_string(request.max_notes) +
+           " notes.";
   return ShowEmpty(
       SweepEmpty(request, LogicSource(options, request), range.from, range.to, range.step),
       {range.step, options.json, options.html, request.model, about});
