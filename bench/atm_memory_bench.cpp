@@ -3,8 +3,8 @@
 #include <emmintrin.h>
 #include <sys/sem.h>
 
-#include <chrono>
 #include <cstdint>
+#include <ctime>
 
 #include "bench/support.h"
 
@@ -12,20 +12,32 @@ namespace {
 
 using Table = PrivateTable<AtmMemoryTable>;
 
-void Fill(const Table& table) {
-  for (int slot = 0; slot < table.count(); ++slot) {
-    memset(&table[slot], 0, sizeof table[slot]);
-    SetId(table[slot].AtmId, slot);
-  }
+constexpr int kSlots = 32000;
+
+// One table for all, of which a benchmark uses the first slots: to fill it takes long.
+const Table& Atms() {
+  static const Table table(kSlots);
+  static const bool filled = [] {
+    for (int slot = 0; slot < kSlots; ++slot) SetId(table[slot].AtmId, slot);
+    return true;
+  }();
+  static_cast<void>(filled);
+  return table;
 }
 
 // Puts every slot's first bytes out of all caches.
-void Cool(const Table& table) {
-  for (int slot = 0; slot < table.count(); ++slot) {
+void Cool(const Table& table, int slots) {
+  for (int slot = 0; slot < slots; ++slot) {
     _mm_clflush(&table[slot]);
     _mm_clflush(table[slot].AtmId + sizeof table[slot].AtmId - 1);
   }
   _mm_mfence();
+}
+
+double CpuSeconds() {
+  timespec now;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
 // Times one call a pass, after `prepare`, which is not timed.
@@ -33,16 +45,14 @@ template <typename Prepare, typename Call>
 void TimeCalls(benchmark::State& state, Prepare prepare, Call call) {
   for (auto _ : state) {
     prepare();
-    const auto start = std::chrono::steady_clock::now();
+    const double start = CpuSeconds();
     call();
-    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
-    state.SetIterationTime(passed.count());
+    state.SetIterationTime(CpuSeconds() - start);
   }
 }
 
 void Lookup(benchmark::State& state, int slots, bool cold) {
-  const Table table(slots);
-  Fill(table);
+  const Table& table = Atms();
   QuietDriver driver;
   driver.util.AtmMemoryPtr = table.records();
   driver.util.MaxAtm = slots;
@@ -51,19 +61,18 @@ void Lookup(benchmark::State& state, int slots, bool cold) {
   TimeCalls(
       state,
       [&] {
-        if (cold) Cool(table);
+        if (cold) Cool(table, slots);
       },
       [&] { benchmark::DoNotOptimize(driver.util.verifyAtmMemory(last)); });
   if (driver.util.verifyAtmMemory(last) != 1) state.SkipWithError("the ATM was not found");
 }
 
 void TouchSlots(benchmark::State& state, int slots, bool cold) {
-  const Table table(slots);
-  Fill(table);
+  const Table& table = Atms();
   TimeCalls(
       state,
       [&] {
-        if (cold) Cool(table);
+        if (cold) Cool(table, slots);
       },
       [&] {
         std::uint64_t sum = 0;
@@ -87,26 +96,9 @@ BENCHMARK_CAPTURE(TouchSlots, c32, 32000, true)->Name("atm_cold_32k/base")->UseM
 
 constexpr int kLockedSlots = 64;
 
-// A set of its own, every semaphore at 2, removed with the object.
-class PrivateSet {
- public:
-  PrivateSet() : id_(semget(IPC_PRIVATE, kLockedSlots, IPC_CREAT | 0600)) {
-    for (int slot = 0; slot < kLockedSlots; ++slot) semctl(id_, slot, SETVAL, 2);
-  }
-  ~PrivateSet() { semctl(id_, 0, IPC_RMID); }
-  PrivateSet(const PrivateSet&) = delete;
-  PrivateSet& operator=(const PrivateSet&) = delete;
-
-  int id() const { return id_; }
-
- private:
-  int id_;
-};
-
 void LockedLookup(benchmark::State& state) {
-  const Table table(kLockedSlots);
-  Fill(table);
-  const PrivateSet set;
+  const Table& table = Atms();
+  const PrivateSet set(kLockedSlots);
   QuietDriver driver;
   driver.util.LockFlag = true;
   driver.util.AtmMemoryPtr = table.records();
@@ -119,7 +111,7 @@ void LockedLookup(benchmark::State& state) {
 }
 
 void BarePairs(benchmark::State& state) {
-  const PrivateSet set;
+  const PrivateSet set(kLockedSlots);
   for (auto _ : state) {
     for (int slot = 0; slot < kLockedSlots; ++slot) {
       for (const short units : {short{-2}, short{2}}) {

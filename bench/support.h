@@ -3,12 +3,14 @@
 #define BENCH_SUPPORT_H
 
 #include <sys/ipc.h>
+#include <sys/sem.h>
 #include <sys/shm.h>
 
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 #include "voatmutil.h"
 #include "vodebugutil.h"
@@ -36,6 +38,23 @@ class PrivateTable {
  private:
   int count_;
   Record* records_;
+};
+
+// A semaphore set, every semaphore at 2, removed with the object.
+class PrivateSet {
+ public:
+  explicit PrivateSet(int count) : id_(semget(IPC_PRIVATE, count, IPC_CREAT | 0600)) {
+    std::vector<unsigned short> values(static_cast<std::size_t>(count), 2);
+    if (id_ < 0 || semctl(id_, 0, SETALL, values.data()) != 0) abort();
+  }
+  ~PrivateSet() { semctl(id_, 0, IPC_RMID); }
+  PrivateSet(const PrivateSet&) = delete;
+  PrivateSet& operator=(const PrivateSet&) = delete;
+
+  int id() const { return id_; }
+
+ private:
+  int id_;
 };
 
 // An object that traces nothing but errors, and those to nowhere.
