@@ -44,16 +44,17 @@ flags() { PKG_CONFIG_LIBDIR=$(libraries "$1")/pkgconfig pkg-config --cflags --li
 
 # The example of a driver's tests, copied out of the tree.
 with_driver_tests() {
-  local flags
+  local flags libraries
+  libraries=$(libraries "$prefix")
   cp -r "$tree/examples/driver_test" tests
   read -ra flags < <(flags "$prefix")
   read -ra flags < <(echo "${flags[@]} $(pkg-config --cflags --libs gtest_main)")
   quietly g++ tests/*_test.cpp -o by-pkg-config -DVOATM="\"$prefix/bin/voatm\"" "${flags[@]}" \
-    "-Wl,-rpath,$prefix/lib"
+    "-Wl,-rpath,$libraries"
   quietly cmake -S tests -B by-find-package "${common[@]}" -DCMAKE_PREFIX_PATH="$prefix"
   quietly cmake --build by-find-package
-  quietly env LD_LIBRARY_PATH="$prefix/lib" ./by-pkg-config
-  quietly env LD_LIBRARY_PATH="$prefix/lib" ./by-find-package/driver_test
+  quietly env LD_LIBRARY_PATH="$libraries" ./by-pkg-config
+  quietly env LD_LIBRARY_PATH="$libraries" ./by-find-package/driver_test
 }
 
 with_installed_release() {
