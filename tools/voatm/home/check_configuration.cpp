@@ -29,7 +29,7 @@ struct FaultText {
   std::string text;
 };
 
-const std::string kTooLong = "more than " + std::to_string(VoCfgUtil::kMaxField) + " characters ";
+const std::string kTooLong = "more than " + std::to_string(voatm::kValueSize - 1) + " characters ";
 
 // In the order of EntryFault.
 const FaultText kFaultTexts[] = {
