@@ -91,6 +91,14 @@ CashOutcome PayWith(const CashRequest& request, int amount, const std::string& c
   return outcome;
 }
 
+CashOutcome PayConfigured(const CashRequest& request, const std::optional<std::string>& logic,
+                          int amount) {
+  if (logic) return PayWith(request, amount, *logic);
+  CashOutcome outcome;
+  outcome.meaning = "no logic is configured for the amount";
+  return outcome;
+}
+
 // What all amounts that can be paid are multiples of.
 int UnitOf(const CashRequest& request) {
   int unit = 0;
@@ -185,11 +193,7 @@ LogicOf NoLogic(const CashRequest& request) {
 }
 
 CashOutcome Pay(const CashRequest& request, const LogicOf& logic_of, int amount) {
-  const std::optional<std::string> logic = logic_of(amount);
-  if (logic) return PayWith(request, amount, *logic);
-  CashOutcome outcome;
-  outcome.meaning = "no logic is configured for the amount";
-  return outcome;
+  return PayConfigured(request, logic_of(amount), amount);
 }
 
 const char* FateOf(const std::optional<std::string>& configured, const CashOutcome& outcome) {
@@ -225,8 +229,7 @@ std::vector<SweepRun> Sweep(const CashRequest& request, const LogicOf& logic_of,
   for (long long at = from; at <= to; at += step) {
     const int amount = static_cast<int>(at);
     const std::optional<std::string> logic = logic_of(amount);
-    const CashOutcome outcome = Pay(
-        request, [&](int) { return logic; }, amount);
+    const CashOutcome outcome = PayConfigured(request, logic, amount);
     const CashOutcome plan = Pay(request, NoLogic(request), amount);
     SweepRun run = {
         amount,           amount, 1, outcome.payment == Payment::kPaid, FateOf(logic, outcome),
