@@ -34,7 +34,7 @@ std::map<const VoCfgUtil*, std::string>& OpenFiles() {
   return files;
 }
 
-void NoteText(int level, const char* format, va_list arguments) {
+[[gnu::format(printf, 2, 0)]] void NoteText(int level, const char* format, va_list arguments) {
   Observation* const observation = Observation::Current();
   if (observation == nullptr) return;
   va_list again;

@@ -21,6 +21,10 @@ std::string PlaceOf(const std::string& path, const std::string& text, std::size_
   return path + ":" + std::to_string(line) + ":" + std::to_string(column);
 }
 
+std::runtime_error Unknown(const std::string& member, const std::string& path) {
+  return std::runtime_error("unknown member \"" + member + "\": " + path);
+}
+
 Json ReadJson(const std::string& path) {
   std::ifstream stream(path);
   const std::string text{std::istreambuf_iterator<char>(stream), {}};
@@ -43,7 +47,7 @@ JsonFile::JsonFile(const std::string& path, const std::vector<std::string>& know
   if (!json_.is_object()) throw std::runtime_error("not an object of JSON: " + path);
   for (const auto& [name, value] : json_.items()) {
     if (std::find(known.begin(), known.end(), name) != known.end()) continue;
-    throw std::runtime_error("unknown member \"" + name + "\": " + path);
+    throw Unknown(name, path);
   }
 }
 

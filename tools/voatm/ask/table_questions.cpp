@@ -111,7 +111,7 @@ std::string IndirectState(VoATMUtil& util, const Inputs& inputs) {
 Answer AskIndirectState(VoATMUtil& util, const Inputs& inputs) {
   const std::string state = IndirectState(util, inputs);
   if (state.empty()) return {};
-  return {true, {{"IndirectNextState", state.c_str()}}};
+  return {true, {{"IndirectNextState", state.substr(0, state.find('\0'))}}};
 }
 
 void MarkIndirectState(void* row, int digit) {
