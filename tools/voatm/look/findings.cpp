@@ -10,6 +10,7 @@
 namespace {
 
 constexpr const char* kNoStart = "do not start";
+constexpr const char* kStartOwner = "start the process that owns the table, then the drivers";
 
 std::string Configured(const TableState& table) {
   const records::CountSource& count = table.record->count;
@@ -35,10 +36,16 @@ std::string CreatedBy(const SegmentState& segment) {
 // The findings of one table, as they are found.
 class TableCheck {
  public:
-  TableCheck(const Survey& survey, const TableState& table) : survey_(survey), table_(table) {}
+  TableCheck(const std::vector<TableState>& all, const TableState& table)
+      : all_(all), table_(table) {}
 
   std::vector<Finding> Run() {
     if (!CheckKey()) return findings_;
+    if (table_.segment.error == ENOENT && table_.set.error == ENOENT) {
+      findings_.push_back({"it does not exist, nor does its set", table_.DescribeSegment(), "",
+                           kNoStart, kStartOwner});
+      return findings_;
+    }
     if (CheckObject(table_.segment, table_.DescribeSegment())) CheckSegment();
     if (CheckObject(table_.set, table_.DescribeSet())) CheckSet();
     return findings_;
@@ -58,7 +65,7 @@ class TableCheck {
                            "", kNoStart, "give the table a key of its own there"});
       return false;
     }
-    for (const TableState& other : survey_.tables) {
+    for (const TableState& other : all_) {
       if (&other == &table_ || other.key != table_.key) continue;
       findings_.push_back(
           {std::string("VoChannelMgr gives ") + other.record->name + " the same key",
@@ -71,8 +78,7 @@ class TableCheck {
   // Returns whether it is there and may be looked at.
   bool CheckObject(const IpcState& object, const std::string& description) {
     if (object.error == ENOENT) {
-      findings_.push_back({"it does not exist", description, "", kNoStart,
-                           "start the process that owns the table, then the drivers"});
+      findings_.push_back({"it does not exist", description, "", kNoStart, kStartOwner});
     } else if (!object.there()) {
       findings_.push_back({std::string(std::strerror(object.error)), description, "", "",
                            "look again as the drivers' user"});
@@ -113,7 +119,7 @@ class TableCheck {
                              std::to_string(table_.slots) + " semaphores, all at 2"});
   }
 
-  const Survey& survey_;
+  const std::vector<TableState>& all_;
   const TableState& table_;
   std::vector<Finding> findings_;
 };
@@ -154,8 +160,8 @@ Finding NeverInitialised(const TableState& table) {
 
 }  // namespace
 
-std::vector<Finding> CheckTable(const Survey& survey, const TableState& table) {
-  return TableCheck(survey, table).Run();
+std::vector<Finding> CheckTable(const std::vector<TableState>& all, const TableState& table) {
+  return TableCheck(all, table).Run();
 }
 
 std::vector<Finding> CheckLocks(const TableState& table) {

@@ -7,9 +7,9 @@
 #include "look/survey.h"
 #include "show/finding.h"
 
-// Compares what is configured for a table with its segment and set, and its key with those of the
-// other tables.
-std::vector<Finding> CheckTable(const Survey& survey, const TableState& table);
+// Compares what is configured for a table, one of all, with its segment and set, and its key with
+// those of the other ones.
+std::vector<Finding> CheckTable(const std::vector<TableState>& all, const TableState& table);
 
 // A set that was never initialised, and the slots that will not come to rest by themselves: those
 // next to each other that are alike count as one. Throws std::runtime_error when the set is removed

@@ -99,6 +99,11 @@ const char* NameOf(ProcessState state) {
   return "";
 }
 
+std::string DescribeProcess(const Process& process) {
+  const std::string text = "process " + std::to_string(process.id);
+  return process.state == ProcessState::kAlive ? text + " (" + process.command + ")" : text;
+}
+
 bool IsGone(ProcessState state) {
   return state == ProcessState::kDead || state == ProcessState::kReused;
 }

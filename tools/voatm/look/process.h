@@ -27,6 +27,9 @@ Process LookAt(pid_t id, std::time_t last_change);
 
 const char* NameOf(ProcessState state);
 
+// "process 4711 (voatm list atm)"
+std::string DescribeProcess(const Process& process);
+
 // Whether it is certain that the process cannot go on.
 bool IsGone(ProcessState state);
 

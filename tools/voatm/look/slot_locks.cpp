@@ -94,9 +94,3 @@ Json LockJson(const SlotLock& lock) {
       {"command", lock.last.command}, {"waiting", lock.waiting}, {"last_change", lock.last_change},
       {"stuck", lock.IsStuck()}};
 }
-
-std::string DescribeProcess(const Process& process) {
-  std::string text = "process " + std::to_string(process.id);
-  if (process.state == ProcessState::kAlive) text += " (" + process.command + ")";
-  return text;
-}

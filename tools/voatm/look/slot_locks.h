@@ -37,7 +37,4 @@ SlotLock LookAtSlot(const TableState& table, int slot);
 
 Json LockJson(const SlotLock& lock);
 
-// "process 4711 (voatm list atm)"
-std::string DescribeProcess(const Process& process);
-
 #endif  // TOOLS_VOATM_LOOK_SLOT_LOCKS_H

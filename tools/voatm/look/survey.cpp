@@ -51,19 +51,6 @@ std::string Describe(const TableState& table, IpcKind kind) {
   return devhost::DescribeIpc(kind, table.record->name, table.key.value_or(0));
 }
 
-TableState LookAtTable(const std::string& home, const records::RecordTable& record,
-                       const Locator& locator) {
-  TableState table{&record, devhost::ReadSlotCount(home, record), {}, {}, {}};
-  table.key = locator.Ask(record.name);
-  if (table.key.has_value() && *table.key != IPC_PRIVATE) {
-    table.segment = LookAtSegment(*table.key);
-    table.set = LookAtSet(*table.key);
-  } else {
-    table.segment.error = table.set.error = ENOENT;
-  }
-  return table;
-}
-
 std::runtime_error NoSegment(const TableState& table) {
   if (!table.key.has_value()) {
     return std::runtime_error(std::string("VoChannelMgr does not know the table ") +
@@ -93,6 +80,17 @@ SetState LookAtSet(int key) {
   return set;
 }
 
+TableState LookAtTable(const records::RecordTable& record, int slots, std::optional<int> key) {
+  TableState table{&record, slots, key, {}, {}};
+  if (key.has_value() && *key != IPC_PRIVATE) {
+    table.segment = LookAtSegment(*key);
+    table.set = LookAtSet(*key);
+  } else {
+    table.segment.error = table.set.error = ENOENT;
+  }
+  return table;
+}
+
 int TableState::ReadableSlots() const {
   return static_cast<int>(std::min(HeldSlots(), static_cast<std::size_t>(slots)));
 }
@@ -109,15 +107,17 @@ Survey SurveyTables(const std::string& home) {
   RequireHome(home);
   Survey survey{home, devhost::ReadQueueKey(home), {}};
   const Locator locator(survey.queue_key);
-  for (std::size_t i = 0; i < records::kTableCount; ++i) {
-    survey.tables[i] = LookAtTable(home, records::kRecordTables[i], locator);
+  for (const records::RecordTable& record : records::kRecordTables) {
+    const int slots = devhost::ReadSlotCount(home, record);
+    survey.tables.push_back(LookAtTable(record, slots, locator.Ask(record.name)));
   }
   return survey;
 }
 
 TableState SurveyTable(const std::string& home, const records::RecordTable& record) {
   RequireHome(home);
-  return LookAtTable(home, record, Locator(devhost::ReadQueueKey(home)));
+  const int slots = devhost::ReadSlotCount(home, record);
+  return LookAtTable(record, slots, Locator(devhost::ReadQueueKey(home)).Ask(record.name));
 }
 
 Records::Records(const TableState& table)

@@ -5,7 +5,6 @@
 
 #include <sys/types.h>
 
-#include <array>
 #include <cstddef>
 #include <ctime>
 #include <optional>
@@ -54,10 +53,13 @@ struct TableState {
   std::string DescribeSet() const;
 };
 
+// The table's segment and set under a key.
+TableState LookAtTable(const records::RecordTable& record, int slots, std::optional<int> key);
+
 struct Survey {
   std::string home;
   int queue_key;
-  std::array<TableState, records::kTableCount> tables;  // in the order of kRecordTables
+  std::vector<TableState> tables;  // in the order of kRecordTables
 
   const TableState& Of(const records::RecordTable& record) const;
 };

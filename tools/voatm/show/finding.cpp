@@ -10,7 +10,7 @@ struct Part {
 constexpr Part kParts[] = {{"what", &Finding::what},
                            {"where", &Finding::where},
                            {"since", &Finding::since},
-                           {"effect", &Finding::effect},
+                           {"drivers", &Finding::effect},
                            {"next", &Finding::next}};
 
 }  // namespace

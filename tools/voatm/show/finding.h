@@ -12,7 +12,7 @@ struct Finding {
   std::string what;
   std::string where;
   std::string since;   // or by whom
-  std::string effect;  // on drivers
+  std::string effect;  // what drivers do then
   std::string next;    // the command to type, or what to do
 };
 

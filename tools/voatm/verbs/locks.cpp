@@ -1,21 +1,20 @@
 // voatm locks: who holds a slot.
 #include <algorithm>
-#include <chrono>
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "look/findings.h"
 #include "look/slot_locks.h"
 #include "look/survey.h"
 #include "show/output.h"
+#include "show/watch.h"
 #include "verbs/verbs.h"
 
 namespace {
 
-constexpr auto kWatchInterval = std::chrono::seconds(1);
+constexpr int kWatchSeconds = 1;
 
 struct Options : DataOptions {
   bool watch = false;
@@ -94,20 +93,15 @@ Snapshot LookAgain(const std::string& home) {
   }
 }
 
-// Prints until a signal ends the process.
-[[noreturn]] void Watch(const Options& options) {
-  while (true) {
-    if (!options.json) ClearScreen();
-    const Snapshot snapshot = LookAgain(options.home);
-    options.json ? PrintJsonLine(SnapshotJson(snapshot)) : PrintText(snapshot);
-    FlushOutput();
-    std::this_thread::sleep_for(kWatchInterval);
-  }
-}
-
 ExitCode ShowLocks(const Options& options) {
   const Snapshot snapshot = TakeSnapshot(SurveyTables(options.home));
-  if (options.watch) Watch(options);
+  if (options.watch) {
+    Watch(kWatchSeconds, [&] {
+      const Snapshot again = LookAgain(options.home);
+      options.json ? PrintJsonLine(SnapshotJson(again)) : PrintText(again);
+    });
+    return kDone;
+  }
   options.json ? PrintJson(SnapshotJson(snapshot)) : PrintText(snapshot);
   return snapshot.IsSound() ? kDone : kFindings;
 }
@@ -115,7 +109,7 @@ ExitCode ShowLocks(const Options& options) {
 Action Declare(OptionList* list) {
   const auto options = std::make_shared<Options>();
   AddDataOptions(list, options.get());
-  list->Flag("--watch", &options->watch, "Look again every second until interrupted");
+  list->Flag("--watch", &options->watch, "Look again every second until q");
   return [options] { return ShowLocks(*options); };
 }
 
@@ -130,7 +124,7 @@ const Verb kLocks = {
     "Exit status: 1 when a slot will not come to rest by itself, because its holder is dead or\n"
     "unknown or its value is not 0, or when a set is missing; a living holder is no finding.\n\n"
     "JSON: {complete, locks: [{table, slot, id, value, process, state, command, waiting,\n"
-    "last_change, stuck}], findings: [{what, where, since, effect, next}]}, last_change being\n"
+    "last_change, stuck}], findings: [{what, where, since, drivers, next}]}, last_change being\n"
     "the second in which any slot of the set was taken or given back last; with --watch one such\n"
     "line a look.",
     "voatm locks --home examples/home", Declare};

@@ -83,7 +83,7 @@ void PrintText(const Json& tables) {
 }
 
 std::vector<Finding> FindingsOf(const Survey& survey, const TableState& table) {
-  std::vector<Finding> findings = CheckTable(survey, table);
+  std::vector<Finding> findings = CheckTable(survey.tables, table);
   if (!table.set.there()) return findings;
   for (Finding& finding : CheckLocks(table)) findings.push_back(std::move(finding));
   return findings;
@@ -126,5 +126,5 @@ const Verb kTables = {
     "Exit status: 0 all is well, 1 there are findings, 2 VoChannelMgr or cfg/ gave no answer.\n\n"
     "JSON: {home, queue_key, tables: [{table, name, key, slots, segment: {id, bytes, slots,\n"
     "defined, attached, owner, creator}, set: {id, semaphores}, findings: [{what, where, since,\n"
-    "effect, next}]}]}; key, segment and set are null when there is none.",
+    "drivers, next}]}]}; key, segment and set are null when there is none.",
     "voatm tables --home examples/home", Declare};

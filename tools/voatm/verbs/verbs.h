@@ -4,6 +4,7 @@
 
 #include "verb.h"
 
+extern const Verb kStatus;
 extern const Verb kServe;
 extern const Verb kTables;
 extern const Verb kList;
@@ -26,8 +27,8 @@ inline constexpr char kSummary[] =
 
 // A verb below another stands behind it.
 inline constexpr const Verb* kVerbs[] = {
-    &kServe,        &kTables, &kList,    &kShow, &kDump, &kSet, &kLoad,       &kLocks,
-    &kLocksRelease, &kCheck,  &kExplain, &kPlan, &kDiff, &kWhy, &kCompletion, &kManual,
+    &kStatus,       &kServe, &kTables,  &kList, &kShow, &kDump, &kSet,        &kLoad,   &kLocks,
+    &kLocksRelease, &kCheck, &kExplain, &kPlan, &kDiff, &kWhy,  &kCompletion, &kManual,
 };
 
 #endif  // TOOLS_VOATM_VERBS_VERBS_H

@@ -1,0 +1,188 @@
+// What voatm status finds wrong in what a host serves.
+#include <sys/sem.h>
+#include <sys/shm.h>
+
+#include <csignal>
+#include <cstring>
+#include <nlohmann/json.hpp>
+
+#include "support/served_home.h"
+#include "tools/voatm_output.h"
+#include "voatmutil.h"
+
+namespace {
+
+using Json = nlohmann::json;
+
+class StatusTest : public testing::Test {
+ protected:
+  StatusTest() { setenv("XDG_STATE_HOME", home_.path().c_str(), 1); }
+  ~StatusTest() override { unsetenv("XDG_STATE_HOME"); }
+
+  int Key(int table) const { return home_.key_base() + 10 + table; }
+
+  template <typename Record>
+  void Put(int table, const std::vector<Record>& rows) const {
+    void* const records = shmat(shmget(Key(table), 0, 0), nullptr, 0);
+    memcpy(records, rows.data(), rows.size() * sizeof(Record));
+    shmdt(records);
+  }
+
+  static Json Ask(const std::string& arguments = "") {
+    return Json::parse(Voatm("status --json 2>/dev/null " + arguments).text);
+  }
+
+  static std::string Found(const std::string& arguments = "") {
+    std::string found;
+    const Json status = Ask(arguments);
+    for (const Json& finding : status["findings"]) {
+      found +=
+          finding["where"].get<std::string>() + ": " + finding["what"].get<std::string>() + "\n";
+    }
+    return found;
+  }
+
+  ServedHome home_;
+};
+
+VoAtmProperty Property(const char* inst, const char* group, const char* atm, const char* txn,
+                       const char* resp, int currency, char first_switch = 'Y') {
+  VoAtmProperty row{};
+  strcpy(row.InstTerminalGroup, inst);
+  strcpy(row.AtmLogicalGroup, group);
+  strcpy(row.AtmId, atm);
+  strcpy(row.TxnCode, txn);
+  strcpy(row.RespCode, resp);
+  row.CurrencyCode = currency;
+  VoATMUtil().resetAtmProperty(&row);
+  row.PropertySwitch1 = first_switch;
+  return row;
+}
+
+VoAtmActionProperty Action(const char* atm, const char* status, const char* txn = "*") {
+  VoAtmActionProperty row{};
+  strcpy(row.InstTerminalGroup, "I");
+  strcpy(row.AtmLogicalGroup, "G");
+  strcpy(row.AtmId, atm);
+  strcpy(row.StatusCode, status);
+  strcpy(row.TxnCode, txn);
+  row.ActionFlag = row.TxnFlag = 'Y';
+  return row;
+}
+
+TEST_F(StatusTest, SaysInOneLineThatAllIsWell) {
+  Put(3, std::vector{Property("I", "G", "A", "010000", "000", 978),
+                     Property("I", "G", "*", "01", "*", 0), Property("I", "G", "*", "*", "*", 0),
+                     Property("*", "*", "*", "*", "*", 0, 'N')});
+  Put(4, std::vector{Action("A", "X", "010000"), Action("A", "X", "01"), Action("*", "X")});
+  Put(1, std::vector{AtmFit{"ONE", "K", "", "", "4567FFFFFF", {}, 'C'},
+                     AtmFit{"ALL", "K", "", "", "FFFFFFFFFF", {}, 'D'}});
+  const Answer status = Voatm("status");
+  EXPECT_EQ(status.code, 0);
+  EXPECT_EQ(status.text.substr(19), " " + home_.path() + ": all is well\n");
+  EXPECT_EQ(Ask()["sound"], true);
+}
+
+TEST_F(StatusTest, JudgesRecordsByAskingTheLibrary) {
+  AtmMemoryTable atm{};
+  strcpy(atm.AtmId, "ATM1");
+  AtmMemoryTable nameless = atm;
+  nameless.AtmId[0] = '\0';
+  Put(0, std::vector{atm, nameless, atm});
+  Put(1, std::vector{AtmFit{"TWO", "K", "", "", "45", {}, 'C'},
+                     AtmFit{"BAD", "K", "", "", "45A7FFFFFF", {}, 'C'}});
+  VoAtmProperty endless = Property("I", "H", "*", "*", "*", 0);
+  memset(endless.AtmLogicalGroup, 'H', sizeof endless.AtmLogicalGroup);
+  Put(3, std::vector{Property("I", "G", "A", "010000", "000", 978),
+                     Property("I", "G", "A", "010000", "000", 978),
+                     Property("I", "G", "B", "10000", "000", 978),
+                     Property("I", "G", "C", "*", "1", 978), Property("I", "*", "*", "*", "*", 0),
+                     Property("*", "*", "*", "*", "*", 0, '1'), endless});
+  Put(4, std::vector{Action("A", "X"), Action("B", "Y"), Action("B", "Y"), Action("C", "Z", "1")});
+  Put(5, std::vector<VoAtmStatus>(4));
+  EXPECT_EQ(Voatm("status >/dev/null").code, 1);
+  EXPECT_EQ(Found(), R"(ATMMEMORY slot 1: its id is empty
+ATMMEMORY slot 2: a lower slot has its id
+ATMFITMEMORY slot 0, 1: no card matches its CardPrefix
+ATMPROPERTYMEMORY slot 5: PropertySwitch1 is neither Y nor N
+ATMPROPERTYMEMORY slot 6: AtmLogicalGroup does not end
+ATMPROPERTYMEMORY slot 0: its group has no row for all, but its institution has
+ATMPROPERTYMEMORY slot 1, 6: no request is answered with it
+ATMPROPERTYMEMORY slot 2: no request can equal its TxnCode
+ATMPROPERTYMEMORY slot 3: no request can equal its RespCode
+ATMACTIONPROPERTYMEMORY slot 1, 3: requests of an ATM above are answered with it
+ATMACTIONPROPERTYMEMORY slot 2: no request is answered with it
+ATMACTIONPROPERTYMEMORY slot 3: no request can equal its TxnCode
+ATMSTATUSMEMORY: all its bytes are 0
+)");
+}
+
+TEST_F(StatusTest, KnowsWhoIsAttachedAndWhoToWhatWasRemoved) {
+  void* const records = shmat(shmget(Key(1), 0, 0), nullptr, 0);
+  const Json before = Ask()["tables"][1];
+  EXPECT_EQ(before["attached"], 1);
+  EXPECT_EQ(before["processes"][0]["process"], getpid());
+  EXPECT_NE(Voatm("status --all").text.find(std::to_string(getpid()) + " "), std::string::npos);
+  shmctl(shmget(Key(1), 0, 0), IPC_RMID, nullptr);
+  const int again = shmget(Key(1), 6 * sizeof(AtmFit), IPC_CREAT | 0600);
+  const Json status = Ask();
+  EXPECT_EQ(status["tables"][1]["processes"].size(), 0U);
+  EXPECT_EQ(status["findings"][0]["since"].get<std::string>().find("process " +
+                                                                   std::to_string(getpid()) + " ("),
+            0U);
+  EXPECT_EQ(status["findings"][1]["what"], "all its bytes are 0");
+  EXPECT_EQ(status["findings"].size(), 2U);
+  shmdt(records);
+  shmctl(again, IPC_RMID, nullptr);
+}
+
+TEST_F(StatusTest, LooksWithoutVoChannelMgr) {
+  kill(home_.host(), SIGSTOP);
+  EXPECT_EQ(Ask()["tables"].size(), 0U) << "no keys are known";
+  EXPECT_EQ(Ask("--key fit=" + std::to_string(Key(1)))["tables"].size(), 1U);
+  kill(home_.host(), SIGCONT);
+  EXPECT_EQ(Found(), "");
+  kill(home_.host(), SIGSTOP);
+  semctl(semget(Key(3), 0, 0), 0, IPC_RMID);
+  const Json status = Ask("--key atm=" + std::to_string(Key(5)));
+  kill(home_.host(), SIGCONT);
+  const Json& findings = status["findings"];
+  EXPECT_EQ(findings.size(), 5U) << findings;  // of a key that two tables have, three
+  EXPECT_EQ(findings[0]["since"].get<std::string>().find("looked with the keys of its last"), 0U);
+  EXPECT_EQ(status["tables"][0]["key"], Key(5));
+  EXPECT_EQ(Voatm("status --key atm").code, 2);
+  EXPECT_EQ(Voatm("status --home none").code, 2);
+}
+
+TEST_F(StatusTest, OneBrokenPartHidesNoOther) {
+  home_.Write("cfg/vosecurity.cfg", "MAXSECURITY many\n");
+  home_.Write("cfg/atm/CARDLESS_TXN.cfg", "[OPKEYMAP]\nA \"B\n");
+  semctl(semget(Key(5), 0, 0), 1, SETVAL, 7);
+  const Json findings = Ask()["findings"];
+  ASSERT_EQ(findings.size(), 3U) << findings;
+  EXPECT_NE(findings[0]["what"].get<std::string>().find("MAXSECURITY"), std::string::npos);
+  EXPECT_EQ(findings[1]["next"], "voatm locks release status 1 --reset");
+  EXPECT_EQ(findings[2]["next"], "voatm check --home " + home_.path());
+}
+
+TEST_F(StatusTest, AWatchMarksWhatIsNew) {
+  const std::string command = "exec " BUILD_DIRECTORY "/voatm status --watch 1 </dev/null";
+  FILE* const watch = popen(command.c_str(), "r");  // NOLINT(bugprone-command-processor)
+  const auto sees = [&](const char* expected) {
+    char line[4096] = {};
+    for (int i = 0; i < 20 && fgets(line, sizeof line, watch) != nullptr; ++i) {
+      if (strstr(line, expected) != nullptr) return true;
+    }
+    return false;
+  };
+  EXPECT_TRUE(sees("all is well"));
+  semctl(semget(Key(5), 0, 0), 1, SETVAL, 7);
+  EXPECT_TRUE(sees("NEW its value is 7"));
+  EXPECT_TRUE(sees("1 findings"));
+  EXPECT_TRUE(sees("its value is 7"));
+  semctl(semget(Key(5), 0, 0), 1, SETVAL, 2);
+  EXPECT_TRUE(sees("all is well"));
+  fclose(watch);
+}
+
+}  // namespace

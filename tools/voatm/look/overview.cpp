@@ -1,0 +1,125 @@
+#include "look/overview.h"
+
+#include <algorithm>
+#include <ctime>
+#include <functional>
+#include <stdexcept>
+#include <utility>
+
+#include "ask/dead_rows.h"
+#include "devhost/settings.h"
+#include "home/check_configuration.h"
+#include "look/findings.h"
+#include "look/locate.h"
+#include "look/row_faults.h"
+#include "verb.h"
+
+namespace {
+
+using records::RecordTable;
+
+class HomeLook {
+ public:
+  HomeLook(const std::string& home, const TableKeys& given) : home_(home), given_(given) {}
+
+  Overview Run() {
+    FindKeys();
+    for (const RecordTable& record : records::kRecordTables) LookAt(record);
+    overview_.users = FindSegmentUsers();
+    for (const TableState& table : overview_.tables) Judge(table);
+    JudgeConfiguration();
+    return std::move(overview_);
+  }
+
+ private:
+  void Add(std::vector<Finding> findings) {
+    for (Finding& finding : findings) overview_.findings.push_back(std::move(finding));
+  }
+
+  // Does something; what it throws is a finding, which the others parts are of.
+  void Try(const Finding& failed, const std::function<void()>& act) {
+    try {
+      act();
+    } catch (const std::runtime_error& error) {
+      Finding finding = failed;
+      finding.what = error.what();
+      const auto is_same = [&](const Finding& each) { return each.what == finding.what; };
+      const auto& found = overview_.findings;
+      if (std::none_of(found.begin(), found.end(), is_same)) Add({finding});
+    }
+  }
+
+  void FindKeys() {
+    const RememberedKeys remembered = RecallKeys(home_);
+    Finding silent{"", "VoChannelMgr", "", "do not start", "start it, or correct what is named"};
+    if (remembered.keys.empty()) {
+      silent.next += "; give --key TABLE=KEY to look at the tables meanwhile";
+    } else {
+      silent.since = "looked with the keys of its last answer, " +
+                     std::to_string(std::time(nullptr) - remembered.since) + " seconds ago";
+    }
+    Try(silent, [&] {
+      const Locator locator(devhost::ReadQueueKey(home_));
+      for (const RecordTable& record : records::kRecordTables) {
+        if (const auto key = locator.Ask(record.name)) keys_[&record] = *key;
+      }
+      answered_ = true;
+    });
+    if (answered_) RememberKeys(home_, keys_);
+    if (!answered_) keys_ = remembered.keys;
+    for (const auto& [record, key] : given_) keys_[record] = key;
+  }
+
+  void LookAt(const RecordTable& record) {
+    const auto key = keys_.find(&record);
+    const bool is_known = key != keys_.end();
+    if (!is_known && !answered_) return;
+    TableState table =
+        LookAtTable(record, 0, is_known ? std::optional<int>(key->second) : std::nullopt);
+    table.slots = static_cast<int>(table.HeldSlots());  // unless the count can be read
+    Try({"", record.name, "", "do not start", "correct it; see voatm check"},
+        [&] { table.slots = devhost::ReadSlotCount(home_, record); });
+    overview_.tables.push_back(table);
+  }
+
+  void Judge(const TableState& table) {
+    const RecordTable& record = *table.record;
+    Add(CheckTable(overview_.tables, table));
+    Add(JudgeUsers(table, overview_.users));
+    const Finding failed{"", record.name, "", "", "look again as the drivers' user"};
+    if (table.set.there()) Try(failed, [&] { Add(CheckLocks(table)); });
+    if (!table.segment.there()) return;
+    Try(failed, [&] {
+      Rows rows{&record, CopyRecords(table)};
+      Add(JudgeRecords(record, rows.bytes.data(), rows.count()));
+      Add(FindDeadRows(&rows));
+    });
+  }
+
+  void JudgeConfiguration() {
+    const ConfigurationReport report = CheckConfiguration(home_);
+    const auto& found = report.findings;
+    const auto is_error = [](const ConfigurationFinding& each) {
+      return each.severity == Severity::kError;
+    };
+    const auto first = std::find_if(found.begin(), found.end(), is_error);
+    if (first == found.end()) return;
+    const auto errors = std::count_if(found.begin(), found.end(), is_error);
+    Add({{first->text + (errors > 1 ? ", and " + std::to_string(errors - 1) + " more errors" : ""),
+          first->path + ":" + std::to_string(first->line), "", "read it as it stands",
+          "voatm check --home " + home_}});
+  }
+
+  const std::string& home_;
+  const TableKeys& given_;
+  TableKeys keys_;
+  bool answered_ = false;
+  Overview overview_;
+};
+
+}  // namespace
+
+Overview LookAtHome(const std::string& home, const TableKeys& given) {
+  RequireHome(home);
+  return HomeLook(home, given).Run();
+}

@@ -1,0 +1,24 @@
+// Which processes have a table's segment attached, or one that was removed.
+#ifndef TOOLS_VOATM_LOOK_USERS_H
+#define TOOLS_VOATM_LOOK_USERS_H
+
+#include <string>
+#include <vector>
+
+#include "look/process.h"
+#include "look/survey.h"
+#include "show/finding.h"
+
+struct SegmentUser {
+  Process process;
+  int key;      // under which the segment was created
+  int segment;  // its id
+};
+
+// All attached segments of all processes that this user may look into, by process.
+std::vector<SegmentUser> FindSegmentUsers();
+
+// What is wrong with those of one table: who still uses a segment that was removed.
+std::vector<Finding> JudgeUsers(const TableState& table, const std::vector<SegmentUser>& users);
+
+#endif  // TOOLS_VOATM_LOOK_USERS_H

@@ -1,0 +1,62 @@
+#include "show/watch.h"
+
+#include <poll.h>
+#include <sys/signalfd.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+
+#include "show/output.h"
+
+namespace {
+
+// While it exists, keys are read as they are pressed, and a screen of its own is shown.
+class Screen {
+ public:
+  Screen() : has_keys_(tcgetattr(STDIN_FILENO, &before_) == 0), is_shown_(UsesTerminal()) {
+    termios keys = before_;
+    keys.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+    if (has_keys_) tcsetattr(STDIN_FILENO, TCSANOW, &keys);
+    if (is_shown_) std::printf("\033[?1049h");
+  }
+  ~Screen() {
+    if (is_shown_) std::printf("\033[?1049l");
+    std::fflush(stdout);
+    if (has_keys_) tcsetattr(STDIN_FILENO, TCSANOW, &before_);
+  }
+  Screen(const Screen&) = delete;
+  Screen& operator=(const Screen&) = delete;
+
+  // Waits so many seconds at most; true when q is pressed or a signal comes.
+  bool IsToEnd(int seconds, int signals) const {
+    pollfd sources[] = {{signals, POLLIN, 0}, {has_keys_ ? STDIN_FILENO : -1, POLLIN, 0}};
+    if (poll(sources, 2, seconds * 1000) <= 0) return false;
+    char key = 'q';  // so does the end of the input
+    if (sources[0].revents == 0 && read(STDIN_FILENO, &key, 1) < 0) return true;
+    return key == 'q';
+  }
+
+ private:
+  termios before_ = {};
+  bool has_keys_;
+  bool is_shown_;
+};
+
+}  // namespace
+
+void Watch(int seconds, const std::function<void()>& show_frame) {
+  sigset_t ends, before;
+  sigemptyset(&ends);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) sigaddset(&ends, signal);
+  sigprocmask(SIG_BLOCK, &ends, &before);
+  const int signals = signalfd(-1, &ends, SFD_CLOEXEC);
+  const Screen screen;
+  do {
+    ClearScreen();
+    show_frame();
+    FlushOutput();
+  } while (!screen.IsToEnd(seconds, signals));
+  close(signals);
+}
