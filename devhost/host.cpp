@@ -4,10 +4,10 @@
 #include <sys/shm.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <exception>
 #include <map>
 #include <stdexcept>
@@ -58,7 +58,8 @@ void Host::CreateTable(PlannedTable* table) {
     const int error = errno;
     throw SystemError(error, "cannot attach the " + segment.Describe());
   }
-  std::memcpy(records, table->image.records.data(), table->image.records.size());
+  const std::vector<char>& image = table->image.records;
+  std::copy(image.begin(), image.end(), static_cast<char*>(records));
   shmdt(records);
   table->image.records = {};
 
