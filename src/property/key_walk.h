@@ -3,6 +3,7 @@
 #define SRC_PROPERTY_KEY_WALK_H
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 
 #include "common/field_key.h"
@@ -77,6 +78,7 @@ class BestRow {
   BestRow(const WalkLevel (&levels)[Levels], Slots<Row> rows) : levels_(levels), rows_(rows) {
     choices_[0] = levels[0].count;
     for (int slot = NextCandidate(0); slot < rows.count; slot = NextCandidate(slot + 1)) {
+      assert(slot >= 0);
       if (IsBetter(rows.first[slot])) Take(slot);
     }
   }

@@ -26,7 +26,8 @@ void Stamp(Payload& payload) {
 template <typename Payload>
 Payload& StartManagerMessage(MessageCode code, MessageSubCode sub_code, const char* atm_id,
                              VoAtmMgrQMsg* msg) {
-  static_assert(sizeof(Payload) <= sizeof msg->MsgBuffer && alignof(Payload) == 1);
+  static_assert(sizeof(Payload) <= sizeof msg->MsgBuffer);
+  static_assert(alignof(Payload) == 1);
   memset(msg, 0, sizeof *msg);
   msg->MsgGroup = kManagerGroup;
   msg->MsgCode = code;
