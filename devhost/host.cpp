@@ -74,7 +74,7 @@ void Host::CreateTable(PlannedTable* table) {
 }
 
 void Host::Serve(const std::function<void()>& ready) {
-  std::map<std::string, int> keys = {{kHostName, getpid()}};
+  std::map<std::string, int> keys;
   for (const PlannedTable& table : plan_.tables) keys[table.record->name] = table.key;
   LocateService service(objects_.front().id(), std::move(keys));
   std::atomic<int> error{0};

@@ -12,9 +12,6 @@
 
 namespace devhost {
 
-// Asked for like a table, a host answers with its process id.
-constexpr const char* kHostName = "voatm serve";
-
 struct HostOptions {
   bool replace = false;                     // removes objects that are there already
   int mode = 0600;                          // the rights to what is created

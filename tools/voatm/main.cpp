@@ -13,9 +13,9 @@
 namespace {
 
 constexpr const char* kFooter =
-    "First: status. It hangs: tables, locks. It answers wrongly: explain, show, check. It does "
-    "not\n"
-    "pay: plan. It left a trace: why. Only serve, set, load and locks release write anything.\n\n"
+    "First: status. It hangs: tables, locks. It answers wrongly: explain, show, check.\n"
+    "It does not pay: plan. It left a trace: why. What changed: diff. Only serve and locks\n"
+    "release write anything.\n\n"
     "Exit status: 0 yes or fine, 1 no or findings, 2 could not look.\n\n"
     "Example:\n  voatm tables --home examples/home";
 

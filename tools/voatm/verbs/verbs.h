@@ -10,8 +10,6 @@ extern const Verb kTables;
 extern const Verb kList;
 extern const Verb kShow;
 extern const Verb kDump;
-extern const Verb kSet;
-extern const Verb kLoad;
 extern const Verb kLocks;
 extern const Verb kLocksRelease;
 extern const Verb kCheck;
@@ -27,8 +25,8 @@ inline constexpr char kSummary[] =
 
 // A verb below another stands behind it.
 inline constexpr const Verb* kVerbs[] = {
-    &kStatus,       &kServe, &kTables,  &kList, &kShow, &kDump, &kSet,        &kLoad,   &kLocks,
-    &kLocksRelease, &kCheck, &kExplain, &kPlan, &kDiff, &kWhy,  &kCompletion, &kManual,
+    &kStatus, &kServe,   &kTables, &kList, &kShow, &kDump,       &kLocks,  &kLocksRelease,
+    &kCheck,  &kExplain, &kPlan,   &kDiff, &kWhy,  &kCompletion, &kManual,
 };
 
 #endif  // TOOLS_VOATM_VERBS_VERBS_H
