@@ -1,6 +1,7 @@
 #include <cerrno>
 #include <sstream>
 
+#include "devhost/system_call.h"
 #include "faults/locked_operations.h"
 #include "support/call_fault.h"
 
@@ -40,7 +41,7 @@ TEST_P(SemaphoreCallTest, ThatFailsEndsItsOperationWithThePlacesWords) {
         EXPECT_TRUE(IsPainted()) << o.name << " call " << nth;
         EXPECT_EQ(util_.LastAtmIndex == 1, o.remembers && held == 1) << o.name << " call " << nth;
         EXPECT_EQ(LastTrace(), "2 Error in Semop for " + said + SysErr(error)) << o.name;
-        if (held >= 0) semctl(set, held, SETVAL, 2);
+        if (held >= 0) semctl(set, held, SETVAL, devhost::SemaphoreArgument{devhost::kAtRest});
       }
     }
   }

@@ -1,3 +1,4 @@
+#include "devhost/system_call.h"
 #include "support/call_fault.h"
 #include "support/driver_test.h"
 
@@ -119,7 +120,7 @@ TEST_P(StatusMessagesTest, HoldTheMatchingSlotWhileAppending) {
     Build("C3");
     EXPECT_EQ(fault.calls(), locked() ? nth : 0);
     EXPECT_EQ(semctl(util_.AtmStatusSemid, 2, GETVAL), locked() && nth == 6 ? 0 : 2);
-    semctl(util_.AtmStatusSemid, 2, SETVAL, 2);
+    semctl(util_.AtmStatusSemid, 2, SETVAL, devhost::SemaphoreArgument{devhost::kAtRest});
     EXPECT_STREQ(message_, locked() && nth == 5 ? "A1|" : "A1|C3|");
     EXPECT_EQ(trace_.Take(), locked() ? "2 Error in Semop for AtmStatus" + SysErr(EIDRM) : "");
   }

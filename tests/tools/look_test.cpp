@@ -89,7 +89,7 @@ TEST_F(LookTest, ALivingHolderIsRefusedAndADeadOneReleased) {
   EXPECT_EQ(Ask("tables")["tables"][1]["findings"].size(), 1U);
   ExpectTranscript("$ locks | tail -n 1 | grep -o '[0-9]* dead.*'\n" + process +
                    " dead        1 \n=> 0\n$ tables >/dev/null\n=> 1\n$ locks >/dev/null\n=> 1\n" +
-                   "$ locks release fit 2 | grep -v ' \"*$' | sed 's/00.*//'\n" +
+                   "$ locks release fit 2 | grep -v ' \"*$' | sed 's/00\\*.*//'\n" +
                    "FitId              NOTDEFINED\nUninterpreted      \n" +
                    "released slot 2 of ATMFITMEMORY: its holder, process " + process +
                    ", is dead\nits holder may have died while writing the record above:\n" +
