@@ -1,3 +1,4 @@
+#include "devhost/system_call.h"
 #include "support/child.h"
 #include "support/driver_test.h"
 
@@ -20,7 +21,9 @@ class SecondProcessTest : public DriverTest {
     return memcmp(atm.Rest, atm.Rest + 1, size) == 0 ? atm.Rest[0] : '?';
   }
 
-  int Semaphore(int command) const { return semctl(util_.AtmMemorySemid, 0, command, 2); }
+  int Semaphore(int command) const {
+    return semctl(util_.AtmMemorySemid, 0, command, devhost::SemaphoreArgument{devhost::kAtRest});
+  }
 };
 
 IN_BOTH_LOCK_MODES(SecondProcessTest);
