@@ -15,15 +15,10 @@ constexpr FieldKind KindOf() {
   return FieldKind::kText;
 }
 
-template <typename Member>
-constexpr RecordField Leaf(const char* name, std::size_t offset, FieldKind kind) {
-  return {name, offset, sizeof(Member), kind};
-}
-
 }  // namespace records
 
 #define LEAF(base, record, member, kind) \
-  Leaf<decltype(record::member)>(#member, (base) + offsetof(record, member), kind)
+  RecordField { #member, (base) + offsetof(record, member), sizeof(record::member), kind }
 
 // A member of a record that itself begins at `base`; its kind follows from its type.
 #define MEMBER_AT(base, record, member) \

@@ -58,7 +58,9 @@ struct RecordTable {
   const RecordField& id() const { return fields[0]; }  // what people call a record by
 };
 
-constexpr std::size_t kTableCount = 6;
+// Where a table stands among them.
+enum TableIndex : std::size_t { kAtm, kFit, kSecurity, kProperty, kAction, kStatus, kTableCount };
+
 constexpr const char* kFreeSlot = "NOTDEFINED";
 
 // The tables in the order in which a driver locates them.

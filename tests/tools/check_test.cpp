@@ -111,7 +111,7 @@ TEST(Check, ReadsEntriesAsTheReaderDoes) {
     std::set<std::string> keys;
     std::map<std::string, int> headers;
     for (const ConfigurationEntry& entry : ReadEntries(text)) {
-      if (entry.is_header && entry.fault == EntryFault::kNone) ++headers[entry.group];
+      if (entry.is_header && entry.fault == nullptr) ++headers[entry.group];
       if (entry.key.empty() || entry.hidden || !keys.insert(entry.key).second) continue;
       for (std::size_t field = 1; field <= entry.fields.size(); ++field) {
         char value[VoCfgUtil::kMaxField + 1];

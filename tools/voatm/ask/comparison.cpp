@@ -5,99 +5,126 @@
 #include <map>
 
 #include "ask/requests.h"
+#include "show/record_view.h"
 
 namespace {
 
-constexpr const char* kNone = "(none)";
-
 // The rows of a table by id, and the number among those of one id.
-std::map<std::pair<std::string, int>, const char*> RowsById(Rows* rows) {
+std::map<std::pair<std::string, int>, const char*> RowsById(const Rows& rows) {
   std::map<std::string, int> seen;
   std::map<std::pair<std::string, int>, const char*> by_id;
-  for (int slot = 0; slot < rows->count(); ++slot) {
-    const char* const record = (*rows)[slot];
-    if (IsFree(*rows->table, record)) continue;
-    const std::string id = IdText(*rows->table, record);
+  for (int slot = 0; slot < rows.count(); ++slot) {
+    const char* const record = rows[slot];
+    if (IsFree(*rows.table, record)) continue;
+    const std::string id = IdText(*rows.table, record);
     by_id[{id, seen[id]++}] = record;
   }
   return by_id;
 }
 
-void CompareTable(Rows* a, Rows* b, std::vector<RowChange>* changes) {
-  const records::RecordTable& table = *a->table;
+void CompareTable(const Rows& a, const Rows& b, Json* changes) {
+  const records::RecordTable& table = *a.table;
   const auto in_a = RowsById(a);
   const auto in_b = RowsById(b);
+  const auto add = [&](const std::string& id, const char* change, Json fields) {
+    changes->push_back(
+        {{"table", table.name}, {"id", id}, {"change", change}, {"fields", std::move(fields)}});
+  };
   for (const auto& [key, record] : in_a) {
     const auto other = in_b.find(key);
     if (other == in_b.end()) {
-      changes->push_back({&table, key.first, "removed", {}});
+      add(key.first, "removed", Json::array());
     } else if (std::memcmp(record, other->second, table.record_size) != 0) {
-      changes->push_back({&table, key.first, "changed", ChangesOf(table, record, other->second)});
+      add(key.first, "changed", ChangesJson(table, record, other->second));
     }
   }
   for (const auto& [key, record] : in_b) {
-    if (in_a.count(key) == 0) changes->push_back({&table, key.first, "added", {}});
+    if (in_a.count(key) == 0) add(key.first, "added", Json::array());
   }
 }
 
-// What one side answers: the question's facts, and where they stand without the side's own path.
-Placed AskSide(Side* side, const Request& request, bool where) {
-  if (request.question->ground == Ground::kRows) {
-    Rows* const rows = side->TableOf(request.question->Table());
-    if (rows == nullptr) return {};
-    RowsExperiment experiment(*request.question, request.inputs, rows);
-    Placed placed = {"", experiment.Ask()};
-    const int slot = where && placed.answer.found ? experiment.FindSlot() : -1;
-    if (slot >= 0) placed.where = rows->table->name + (" slot " + std::to_string(slot));
-    return placed;
+std::string InOneLine(const std::vector<std::string>& fields) {
+  std::string line;
+  for (const std::string& field : fields) line += (line.empty() ? "" : " ") + Quoted(field);
+  return line;
+}
+
+// What one side answers, and where that stands without the side's own path.
+Placed AskSide(Side* side, const Request& request) {
+  const Question& question = *request.question;
+  if (question.table != nullptr) {
+    return RowsExperiment(question, request.inputs, &side->tables.at(question.table)).Place();
   }
-  if (side->home.empty()) return {};
   setenv("VODIR_HOME", side->home.c_str(), 1);
-  Placed placed = AskFiles(*request.question, request.inputs);
+  Placed placed = AskFiles(question, request.inputs);
   if (placed.where.compare(0, side->home.size() + 1, side->home + "/") == 0) {
     placed.where.erase(0, side->home.size() + 1);
   }
   return placed;
 }
 
+// The answer alone, which costs less than where it stands.
+Answer AnswerOf(Side* side, const Request& request) {
+  const Question& question = *request.question;
+  if (question.table == nullptr) return AskSide(side, request).answer;
+  return RowsExperiment(question, request.inputs, &side->tables.at(question.table)).Ask();
+}
+
+Json FoundJson(const Placed& placed) {
+  Json json = {{"found", placed.answer.found}};
+  json.update(PlacedJson(placed));
+  return json;
+}
+
+bool CanAnswer(const Side& side, const Question& question) {
+  return question.table == nullptr ? !side.home.empty() : side.tables.count(question.table) > 0;
+}
+
 }  // namespace
 
-std::vector<RowChange> CompareRows(Side* a, Side* b) {
-  std::vector<RowChange> changes;
+Json CompareRows(const Side& a, const Side& b) {
+  Json changes = Json::array();
   for (const records::RecordTable& table : records::kRecordTables) {
-    Rows* const in_a = a->TableOf(table);
-    Rows* const in_b = b->TableOf(table);
-    if (in_a != nullptr && in_b != nullptr) CompareTable(in_a, in_b, &changes);
+    const auto in_a = a.tables.find(&table), in_b = b.tables.find(&table);
+    if (in_a == a.tables.end() || in_b == b.tables.end()) continue;
+    CompareTable(in_a->second, in_b->second, &changes);
   }
   return changes;
 }
 
-std::vector<EntryChange> CompareEntries(const Side& a, const Side& b) {
-  std::vector<EntryChange> changes;
+Json CompareEntries(const Side& a, const Side& b) {
+  Json changes = Json::array();
   if (a.home.empty() || b.home.empty()) return changes;
-  for (const auto& [place, entry] : a.entries) {
-    const auto other = b.entries.find(place);
-    if (other != b.entries.end() && other->second.fields == entry.fields) continue;
-    changes.push_back({place.first, place.second, entry.fields,
-                       other == b.entries.end() ? kNone : other->second.fields});
-  }
-  for (const auto& [place, entry] : b.entries) {
-    if (a.entries.count(place) > 0) continue;
-    changes.push_back({place.first, place.second, kNone, entry.fields});
+  Entries all = a.entries;
+  all.insert(b.entries.begin(), b.entries.end());
+  const auto shown = [](const Entries& entries, Entries::const_iterator entry) {
+    return entry == entries.end() ? "(none)" : InOneLine(entry->second);
+  };
+  for (const auto& [place, fields] : all) {
+    const auto in_a = a.entries.find(place), in_b = b.entries.find(place);
+    const bool in_both = in_a != a.entries.end() && in_b != b.entries.end();
+    if (in_both && in_a->second == in_b->second) continue;
+    changes.push_back({{"file", place.first},
+                       {"key", place.second},
+                       {"a", shown(a.entries, in_a)},
+                       {"b", shown(b.entries, in_b)}});
   }
   return changes;
 }
 
-std::vector<AnswerChange> CompareAnswers(
-    Side* a, Side* b, const Atm& atm,
-    const std::function<void(std::size_t asked, std::size_t all)>& progress) {
-  std::vector<AnswerChange> changes;
+Json CompareAnswers(Side* a, Side* b, const Atm& atm,
+                    const std::function<void(std::size_t asked, std::size_t all)>& progress) {
+  Json changes = Json::array();
   const std::vector<Request> requests = RequestsOf({a, b}, atm);
   std::size_t asked = 0;
   for (const Request& request : requests) {
     progress(asked++, requests.size());
-    if (AskSide(a, request, false).answer == AskSide(b, request, false).answer) continue;
-    changes.push_back({request.text, AskSide(a, request, true), AskSide(b, request, true)});
+    if (!CanAnswer(*a, *request.question) || !CanAnswer(*b, *request.question)) continue;
+    if (AnswerOf(a, request) == AnswerOf(b, request)) continue;
+    changes.push_back({{"atm", atm.s3},
+                       {"request", request.text},
+                       {"a", FoundJson(AskSide(a, request))},
+                       {"b", FoundJson(AskSide(b, request))}});
   }
   return changes;
 }

@@ -3,18 +3,11 @@
 #ifndef TOOLS_VOATM_ASK_EXPERIMENT_H
 #define TOOLS_VOATM_ASK_EXPERIMENT_H
 
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "ask/observation.h"
 #include "ask/question.h"
-
-struct Try {
-  std::string level;   // "file", "entry" or "scan"
-  std::string tried;   // the path, the key, or the slots
-  std::string result;  // where it was found, or "none"
-};
 
 // An answer and where it stands: "ATMFITMEMORY slot 3", or file:line of its first value.
 struct Placed {
@@ -22,21 +15,22 @@ struct Placed {
   Answer answer;
 };
 
-// What a driver under locks spends for the answer.
-struct Cost {
-  int slots;  // visited
-  int calls;  // of semop
-};
-
+// Lists are as voatm explain prints them.
 struct Explanation {
   Placed taken;
-  std::vector<Try> tries;
-  std::vector<Placed> behind;      // each would answer if those before it were gone
-  std::vector<Placed> alone;       // rows that are never reached, but would answer by themselves
-  std::vector<std::string> trace;  // the library's own: level, or '-', and text
-  std::optional<Cost> cost;        // of requests to tables
-  std::string unseen;              // what could not be looked at, with the cause; else empty
+  // {level: "file", "entry" or "scan", tried: the path, the key or the slots, result: where it was
+  // found, or "none"}
+  Json tries = Json::array();
+  Json behind = Json::array();  // {where, answer}; each would answer if those before it were gone
+  Json alone = Json::array();   // the same, rows that are never reached but would answer alone
+  Json trace = Json::array();   // the library's own: level, or '-', and text
+  Json locks;  // of requests to tables: {slots: visited by a driver under locks, calls: of semop}
+  std::string unseen;  // what could not be looked at, with the cause; else empty
 };
+
+inline Json PlacedJson(const Placed& placed) {
+  return {{"where", placed.where}, {"answer", placed.answer.facts}};
+}
 
 // The rows of a table, a copy of one's own.
 struct Rows {
@@ -44,9 +38,9 @@ struct Rows {
   std::vector<char> bytes;
 
   int count() const { return static_cast<int>(bytes.size() / table->record_size); }
-  char* operator[](int slot) {
-    return bytes.data() + static_cast<std::size_t>(slot) * table->record_size;
-  }
+  std::size_t At(int slot) const { return static_cast<std::size_t>(slot) * table->record_size; }
+  char* operator[](int slot) { return bytes.data() + At(slot); }
+  const char* operator[](int slot) const { return bytes.data() + At(slot); }
 };
 
 // Asks a question of a table. A lookup is one call of the library on the rows, without copies.
@@ -56,13 +50,16 @@ class RowsExperiment {
   RowsExperiment(const Question& question, const Inputs& inputs, Rows* rows);
 
   Answer Ask();
-  int FindSlot();  // of the row that answers, or -1
-  Answer AskAlone(int slot);
+  Placed Place();
   Explanation Explain();
 
  private:
   void Point(char* rows, int count);
+  int FindSlot();  // of the row that answers, or -1
+  int FindMarked();
   int AskMark();
+  void PutMark(int digit, char* record) const;
+  Answer AskAlone(int slot);
   std::vector<Event> AskLocked();
   void LookBehind(int taken, Explanation* explanation);
   std::string Where(int slot) const;

@@ -1,6 +1,4 @@
 // The requests that configuration files answer.
-#include <utility>
-
 #include "ask/question.h"
 
 namespace {
@@ -8,14 +6,12 @@ namespace {
 // Holds any output of the library that is read from a file.
 using Output = char[256];
 
-Answer FieldsWhen(bool found, Facts facts) { return {found, found ? std::move(facts) : Facts()}; }
-
 Answer AskTxnCode(VoATMUtil& util, const Inputs& inputs) {
   Output code = {}, amount = {}, currency = {}, printer = {}, request = {};
   const int result = util.LoadTxnCode(
       inputs.Chars("key1"), inputs.Chars("key2"), code, amount, currency, printer, request,
       inputs.Chars("s1"), inputs.Chars("s2"), inputs.Chars("s3"), inputs.Chars("fallback"));
-  return FieldsWhen(result == 0, {{"TxnCode", code},
+  return AnswerWhen(result == 0, {{"TxnCode", code},
                                   {"Amount", amount},
                                   {"CurrCode", currency},
                                   {"PrinterFlag", printer},
@@ -29,21 +25,20 @@ Answer AskResponse(VoATMUtil& util, const Inputs& inputs) {
   const int result =
       (util.*load)(inputs.Chars("key1"), inputs.Chars("key2"), state, screen, inputs.Chars("s1"),
                    inputs.Chars("s2"), inputs.Chars("s3"), inputs.Chars("fallback"));
-  return FieldsWhen(result == 1, {{"StateNo", state}, {"ScreenNo", screen}});
+  return AnswerWhen(result == 1, {{"StateNo", state}, {"ScreenNo", screen}});
 }
 
 Answer AskScreen(VoATMUtil& util, const Inputs& inputs) {
   Output screen = {};
   const int result = util.GetEmptyScreen(inputs.Chars("s1"), inputs.Chars("s2"), inputs.Chars("s3"),
                                          screen, inputs.Chars("fallback"));
-  return FieldsWhen(result == 1, {{"ScreenNo", screen}});
+  return AnswerWhen(result == 1, {{"ScreenNo", screen}});
 }
 
 // What one of the operations on a template says.
-void AddTo(Answer* answer, const char* operation, bool found, const Facts& facts) {
+void AddTo(Answer* answer, const char* operation, bool found, const Json& facts) {
   answer->found = answer->found && found;
-  if (!found) answer->facts.push_back({operation, "not found"});
-  if (found) answer->facts.insert(answer->facts.end(), facts.begin(), facts.end());
+  answer->facts.update(found ? facts : Json{{operation, "not found"}});
 }
 
 Answer AskTemplate(VoATMUtil& util, const Inputs& inputs) {
@@ -56,17 +51,18 @@ Answer AskTemplate(VoATMUtil& util, const Inputs& inputs) {
   OARDetails details{}, flags{};
   Output key_details = {}, time_out = {};
   const bool loaded = util.LoadOARTemplate(s1, s2, s3, name, number, &details, fallback) == 1;
-  Facts keys;
+  Json keys = Json::object();
   for (const OARKeyEntry& key : details.Keys) {
-    keys.push_back({std::string(1, key.KeyId), "type " + std::to_string(key.KeyType) + ", value " +
-                                                   std::to_string(key.KeyValue)});
+    AddFact(std::string(1, key.KeyId),
+            "type " + std::to_string(key.KeyType) + ", value " + std::to_string(key.KeyValue),
+            &keys);
   }
   const bool packed =
       util.PackKeyDetails(s1, s2, s3, name, number, key_details, &flags, fallback) == 1;
   const bool timed = util.GetOARTimeOut(s1, s2, s3, name, number, time_out, fallback) == 1;
   const int variables = util.GetTotalVar(s1, s2, s3, name, number, fallback);
 
-  Answer answer = {true, {}};
+  Answer answer = {true};
   AddTo(&answer, "LoadOARTemplate", loaded, keys);
   AddTo(&answer, "PackKeyDetails", packed, {{"KeyDetails", key_details}});
   AddTo(&answer, "GetOARTimeOut", timed, {{"TimeOut", time_out}});
@@ -79,7 +75,7 @@ Answer AskDispenseLogic(VoATMUtil& util, const Inputs& inputs) {
   const int result = util.GetDispLogic(inputs.Chars("logic"), inputs.Number("index"),
                                        inputs.Chars("s1"), inputs.Chars("s2"), inputs.Chars("s3"),
                                        logic, inputs.Chars("model"), inputs.Chars("fallback"));
-  return FieldsWhen(result == 1, {{"DispLogic", logic}});
+  return AnswerWhen(result == 1, {{"DispLogic", logic}});
 }
 
 Answer AskDeposit(VoATMUtil& util, const Inputs& inputs) {
@@ -88,7 +84,7 @@ Answer AskDeposit(VoATMUtil& util, const Inputs& inputs) {
   const int result =
       util.GetDepositAmount(inputs.Chars("s1"), inputs.Chars("s2"), inputs.Chars("s3"),
                             inputs.Chars("fallback"), deposit.data(), amount, map);
-  return FieldsWhen(result == 1, {{"Amount", amount}, {"Map", map}});
+  return AnswerWhen(result == 1, {{"Amount", amount}, {"Map", map}});
 }
 
 // The library answers "no" for a flag that is not there; the entry tells whether one is.
@@ -102,7 +98,7 @@ Answer AskFlag(VoATMUtil& util, const Inputs& inputs) {
 Answer AskCardless(VoATMUtil& util, const Inputs& inputs) {
   Output track2 = {};
   const int result = util.getCardlessTrack2Data(inputs.Chars("opkey"), track2);
-  return FieldsWhen(result == 1, {{"Track2Data", track2}});
+  return AnswerWhen(result == 1, {{"Track2Data", track2}});
 }
 
 constexpr Input kS1 = {"s1", "widest scope, the institution"};
@@ -110,66 +106,66 @@ constexpr Input kS2 = {"s2", "scope within it, the group"};
 constexpr Input kS3 = {"s3", "narrowest scope, the ATM"};
 constexpr Input kFallback = {"fallback", "name of the file for all others"};
 
-Question Layered(const char* name, const std::vector<Input>& inputs,
-                 Answer (*ask)(VoATMUtil&, const Inputs&), const char* note = nullptr) {
-  return {name, Ground::kLayered, nullptr, inputs, ask, {}, note};
-}
-
 }  // namespace
 
 const std::vector<Question>& FileQuestions() {
   static const std::vector<Question> kQuestions = {
-      Layered("txn-code",
-              {{"key1", "first part of the operation key"},
-               {"key2", "second part"},
-               kS1,
-               kS2,
-               kS3,
-               kFallback},
-              AskTxnCode),
-      Layered("response",
-              {{"response", "kind of response", "good bad"},
-               {"key1", "transaction code"},
-               {"key2", "response code"},
-               kS1,
-               kS2,
-               kS3,
-               kFallback},
-              AskResponse),
-      Layered("oar",
-              {kS1,
-               kS2,
-               kS3,
-               {"template", "template name"},
-               {"number", "template number", kWholeNumber},
-               kFallback},
-              AskTemplate, "KeyDetails has 0 for the eight key flags, which the driver sets"),
-      Layered("screen", {kS1, kS2, kS3, kFallback}, AskScreen),
-      Layered("displogic",
-              {{"logic", "logic name"},
-               {"index", "amount index", kWholeNumber},
-               kS1,
-               kS2,
-               kS3,
-               {"model", "ATM model", "D912ATM NDC+ATM"},
-               kFallback},
-              AskDispenseLogic),
-      Layered("deposit",
-              {kS1,
-               kS2,
-               kS3,
-               kFallback,
-               {"deposit",
-                "any character, then for each note type two characters and its count: A01020303 is "
-                "2 notes of type 01 and 3 of type 03; counts have three digits when the text "
-                "behind the first character is no multiple of 4 long"}},
-              AskDeposit),
+      {"txn-code",
+       Ground::kLayered,
+       {{"key1", "first part of the operation key"},
+        {"key2", "second part"},
+        kS1,
+        kS2,
+        kS3,
+        kFallback},
+       AskTxnCode},
+      {"response",
+       Ground::kLayered,
+       {{"response", "kind of response", "good bad"},
+        {"key1", "transaction code"},
+        {"key2", "response code"},
+        kS1,
+        kS2,
+        kS3,
+        kFallback},
+       AskResponse},
+      {"oar",
+       Ground::kLayered,
+       {kS1,
+        kS2,
+        kS3,
+        {"template", "template name"},
+        {"number", "template number", kWholeNumber},
+        kFallback},
+       AskTemplate,
+       "KeyDetails has 0 for the eight key flags, which the driver sets"},
+      {"screen", Ground::kLayered, {kS1, kS2, kS3, kFallback}, AskScreen},
+      {"displogic",
+       Ground::kLayered,
+       {{"logic", "logic name"},
+        {"index", "amount index", kWholeNumber},
+        kS1,
+        kS2,
+        kS3,
+        {"model", "ATM model", "D912ATM NDC+ATM"},
+        kFallback},
+       AskDispenseLogic},
+      {"deposit",
+       Ground::kLayered,
+       {kS1,
+        kS2,
+        kS3,
+        kFallback,
+        {"deposit",
+         "any character, then for each note type two characters and its count: A01020303 is "
+         "2 notes of type 01 and 3 of type 03; counts have three digits when the text "
+         "behind the first character is no multiple of 4 long"}},
+       AskDeposit},
       {"flags",
        Ground::kEntry,
-       nullptr,
        {{"flag", "which flag", "receipt utc"}, {"inst", "institution, for receipt", nullptr, ""}},
        AskFlag},
-      {"cardless", Ground::kEntry, nullptr, {{"opkey", "operation key"}}, AskCardless},
+      {"cardless", Ground::kEntry, {{"opkey", "operation key"}}, AskCardless},
   };
   return kQuestions;
 }

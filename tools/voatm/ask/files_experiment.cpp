@@ -33,7 +33,7 @@ class Calls {
     }
   }
 
-  const std::vector<Try>& tries() const { return tries_; }
+  const Json& tries() const { return tries_; }
   const std::string& opened() const { return opened_; }  // the file, or empty
   const std::string& key() const { return key_; }        // the first entry that was found, or empty
   const std::string& unseen() const { return unseen_; }
@@ -42,27 +42,26 @@ class Calls {
 
  private:
   // A request that needs several operations tries the same several times.
-  void Add(const Try& each) {
-    const auto same = [&](const Try& other) {
-      return other.level == each.level && other.tried == each.tried;
-    };
-    const auto found = std::find_if(tries_.begin(), tries_.end(), same);
+  void Add(const char* level, const std::string& tried, const std::string& result) {
+    const auto found = std::find_if(tries_.begin(), tries_.end(), [&](const Json& other) {
+      return other["level"] == level && other["tried"] == tried;
+    });
     if (found == tries_.end()) {
-      tries_.push_back(each);
-    } else if (found->level == "entry") {
-      found->result = each.result;
+      tries_.push_back({{"level", level}, {"tried", tried}, {"result", result}});
+    } else if (level == kEntry) {
+      (*found)["result"] = result;
     }
   }
 
   void AddOpen(const Event& event) {
     if (event.done) {
       opened_ = event.text;
-      Add({"file", event.text, "exists"});
+      Add(kFile, event.text, "exists");
       return;
     }
     const std::string why = WhyClosed(event.text);
     if (!why.empty() && unseen_.empty()) unseen_ = why + ": " + event.text;
-    Add({"file", event.text, why.empty() ? "none" : "not opened: " + why});
+    Add(kFile, event.text, why.empty() ? "none" : "not opened: " + why);
   }
 
   void AddSearch(const Event& event) {
@@ -75,15 +74,18 @@ class Calls {
         line_ = event.line;
       }
       values_ += (values_.empty() ? "" : " ") + event.value;
-      Add({"entry", event.text, place + values_});
+      Add(kEntry, event.text, place + values_);
       return;
     }
     const bool there = event.line > 0;
-    Add({"entry", event.text,
-         there ? place + "no readable field " + std::to_string(event.number) : "none"});
+    Add(kEntry, event.text,
+        there ? place + "no readable field " + std::to_string(event.number) : "none");
   }
 
-  std::vector<Try> tries_;
+  static constexpr const char* kFile = "file";
+  static constexpr const char* kEntry = "entry";
+
+  Json tries_ = Json::array();
   std::string opened_;
   std::string key_;
   std::string searched_;
@@ -126,7 +128,7 @@ Explanation ExplainFiles(const Question& question, const Inputs& inputs) {
       explanation.taken = placed;
       explanation.unseen = calls.unseen();
     } else if (placed.answer.found) {
-      explanation.behind.push_back(std::move(placed));
+      explanation.behind.push_back(PlacedJson(placed));
     }
     if (question.ground == Ground::kLayered) {
       if (calls.opened().empty()) return explanation;
@@ -144,8 +146,8 @@ Explanation ExplainText(const Question& question, const Inputs& inputs) {
   Answer answer = AskOnce(question, inputs);
   const std::vector<Event> events = observation.Take();
   explanation.trace = Said(events);
-  Facts facts = SaidFacts(events);
-  facts.insert(facts.end(), answer.facts.begin(), answer.facts.end());
+  Json facts = SaidFacts(events);
+  facts.update(answer.facts);
   explanation.taken = {"", {answer.found, std::move(facts)}};
   return explanation;
 }

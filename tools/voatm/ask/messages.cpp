@@ -13,36 +13,29 @@ constexpr std::size_t kPayload = offsetof(VoAtmMgrQMsg, MsgBuffer);
 constexpr std::size_t kAlertSize =
     offsetof(VoAlertMgrMsg, AlertText) + sizeof(VoAlertMgrMsg::AlertText);
 
-MessagePart Head() {
-  return {"VoAtmMgrQMsg",
-          0,
-          {MEMBER(VoAtmMgrQMsg, MsgGroup), MEMBER(VoAtmMgrQMsg, MsgCode),
-           MEMBER(VoAtmMgrQMsg, MsgSubCode), MEMBER(VoAtmMgrQMsg, AtmId)}};
-}
+const MessagePart kHead = {"VoAtmMgrQMsg",
+                           0,
+                           {MEMBER(VoAtmMgrQMsg, MsgGroup), MEMBER(VoAtmMgrQMsg, MsgCode),
+                            MEMBER(VoAtmMgrQMsg, MsgSubCode), MEMBER(VoAtmMgrQMsg, AtmId)}};
 
-MessagePart Status() {
-  return {"AtmStatusPayload",
-          kPayload,
-          {MEMBER(AtmStatusPayload, AtmId), MEMBER(AtmStatusPayload, StatusText),
-           MEMBER(AtmStatusPayload, ExtraText), MEMBER(AtmStatusPayload, Date),
-           MEMBER(AtmStatusPayload, Time)}};
-}
+const MessagePart kStatus = {"AtmStatusPayload",
+                             kPayload,
+                             {MEMBER(AtmStatusPayload, AtmId), MEMBER(AtmStatusPayload, StatusText),
+                              MEMBER(AtmStatusPayload, ExtraText), MEMBER(AtmStatusPayload, Date),
+                              MEMBER(AtmStatusPayload, Time)}};
 
-MessagePart Log() {
-  return {
-      "AtmLogPayload",
-      kPayload,
-      {MEMBER(AtmLogPayload, AtmId), MEMBER(AtmLogPayload, LogText), MEMBER(AtmLogPayload, Date),
-       MEMBER(AtmLogPayload, Time), MEMBER(AtmLogPayload, LogFlag)}};
-}
+const MessagePart kLog = {
+    "AtmLogPayload",
+    kPayload,
+    {MEMBER(AtmLogPayload, AtmId), MEMBER(AtmLogPayload, LogText), MEMBER(AtmLogPayload, Date),
+     MEMBER(AtmLogPayload, Time), MEMBER(AtmLogPayload, LogFlag)}};
 
-MessagePart TraceNo() {
-  return {"AtmTraceNoPayload",
-          kPayload,
-          {MEMBER(AtmTraceNoPayload, AtmId), MEMBER(AtmTraceNoPayload, TraceNo)}};
-}
+const MessagePart kTraceNo = {
+    "AtmTraceNoPayload",
+    kPayload,
+    {MEMBER(AtmTraceNoPayload, AtmId), MEMBER(AtmTraceNoPayload, TraceNo)}};
 
-MessagePart Denom() {
+MessagePart WithNotes() {
   MessagePart part = {"AtmDenomStatusMsg",
                       kPayload,
                       {MEMBER(AtmDenomStatusMsg, DenomText1), MEMBER(AtmDenomStatusMsg, DenomText2),
@@ -60,31 +53,31 @@ MessagePart Denom() {
   return part;
 }
 
-MessagePart Alert() {
-  return {"VoAlertMgrMsg",
-          0,
-          {MEMBER(VoAlertMgrMsg, MsgCode), MEMBER(VoAlertMgrMsg, AlertSource),
-           MEMBER(VoAlertMgrMsg, AlertText)}};
-}
+const MessagePart kDenom = WithNotes();
 
-MessagePart Transaction() {
-  return {"VoDevMsg or VoTxnMsg",
-          0,
-          {MEMBER(VoMsgLayout, MsgType), MEMBER(VoMsgLayout, TxnCode), MEMBER(VoMsgLayout, TraceNo),
-           MEMBER(VoMsgLayout, ReasonCode), MEMBER(VoMsgLayout, MemTraceNo)}};
-}
+const MessagePart kAlert = {"VoAlertMgrMsg",
+                            0,
+                            {MEMBER(VoAlertMgrMsg, MsgCode), MEMBER(VoAlertMgrMsg, AlertSource),
+                             MEMBER(VoAlertMgrMsg, AlertText)}};
+
+const MessagePart kTransaction = {
+    "VoDevMsg or VoTxnMsg",
+    0,
+    {MEMBER(VoMsgLayout, MsgType), MEMBER(VoMsgLayout, TxnCode), MEMBER(VoMsgLayout, TraceNo),
+     MEMBER(VoMsgLayout, ReasonCode), MEMBER(VoMsgLayout, MemTraceNo)}};
 
 // A payload, and the operation whose head tells it.
 struct Packing {
-  MessagePart (*payload)();
+  const MessagePart* payload;
   int (*pack)(VoATMUtil& util, VoAtmMgrQMsg* message);
 };
 
 constexpr Packing kPackings[] = {
-    {Status, [](VoATMUtil& util, VoAtmMgrQMsg* m) { return util.PackAtmStatusMsg("", "", "", m); }},
-    {Log, [](VoATMUtil& util, VoAtmMgrQMsg* m) { return util.PackAtmLogMsg("", "", ' ', m); }},
-    {TraceNo, [](VoATMUtil& util, VoAtmMgrQMsg* m) { return util.PackAtmTraceNoMsg("", 0, m); }},
-    {Denom,
+    {&kStatus,
+     [](VoATMUtil& util, VoAtmMgrQMsg* m) { return util.PackAtmStatusMsg("", "", "", m); }},
+    {&kLog, [](VoATMUtil& util, VoAtmMgrQMsg* m) { return util.PackAtmLogMsg("", "", ' ', m); }},
+    {&kTraceNo, [](VoATMUtil& util, VoAtmMgrQMsg* m) { return util.PackAtmTraceNoMsg("", 0, m); }},
+    {&kDenom,
      [](VoATMUtil& util, VoAtmMgrQMsg* m) {
        AtmDenomStatusMsg denom{};
        return util.PackAtmDenomMsg("", &denom, m);
@@ -94,13 +87,13 @@ constexpr Packing kPackings[] = {
 }  // namespace
 
 std::vector<MessagePart> TakeApart(VoATMUtil& util, const std::string& bytes) {
-  if (bytes.size() == sizeof(VoMsgLayout)) return {Transaction()};
+  if (bytes.size() == sizeof(VoMsgLayout)) return {kTransaction};
   if (bytes.size() == sizeof(VoAtmMgrQMsg)) {
     for (const Packing& packing : kPackings) {
       const auto packed = std::make_unique<VoAtmMgrQMsg>();
       packing.pack(util, packed.get());
       const bool same = std::memcmp(packed.get(), bytes.data(), offsetof(VoAtmMgrQMsg, AtmId)) == 0;
-      if (same) return {Head(), packing.payload()};
+      if (same) return {kHead, *packing.payload};
     }
     return {};
   }
@@ -109,5 +102,5 @@ std::vector<MessagePart> TakeApart(VoATMUtil& util, const std::string& bytes) {
   if (bytes.size() < kAlertSize || std::memcmp(&alert.MsgCode, bytes.data(), sizeof(int)) != 0) {
     return {};
   }
-  return {Alert()};
+  return {kAlert};
 }

@@ -23,13 +23,15 @@ bool IsAllowed(const std::string& value, const char* values) {
 
 }  // namespace
 
-int Inputs::Number(const char* name) const { return ReadNumber(Text(name)).value_or(0); }
-
-const records::RecordTable& Question::Table() const {
-  return *std::find_if(
-      records::kRecordTables.begin(), records::kRecordTables.end(),
-      [&](const records::RecordTable& each) { return std::string(each.short_name) == table; });
+void AddFact(const std::string& name, const std::string& value, Json* facts) {
+  std::string free_name = name;
+  for (int number = 2; facts->contains(free_name); ++number) {
+    free_name = name + " " + std::to_string(number);
+  }
+  (*facts)[free_name] = value;
 }
+
+int Inputs::Number(const char* name) const { return ReadNumber(Text(name)).value_or(0); }
 
 std::string Question::Usage() const {
   std::string usage = name;

@@ -4,29 +4,30 @@
 
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "records/record_tables.h"
+#include "show/output.h"
 #include "voatmutil.h"
 
-struct Fact {
-  std::string name;
-  std::string value;
-
-  bool operator==(const Fact& other) const { return name == other.name && value == other.value; }
-};
-
-using Facts = std::vector<Fact>;
-
-// What the library gave.
+// What the library gave: texts by name.
 struct Answer {
   bool found = false;
-  Facts facts;
+  Json facts = Json::object();
 
   bool operator==(const Answer& other) const {
     return found == other.found && facts == other.facts;
   }
 };
+
+// The facts count when something was found.
+inline Answer AnswerWhen(bool found, Json facts) {
+  return {found, found ? std::move(facts) : Json::object()};
+}
+
+// A name that is there already gets a number: "is", "is 2".
+void AddFact(const std::string& name, const std::string& value, Json* facts);
 
 // The inputs of a request by name.
 class Inputs {
@@ -49,12 +50,11 @@ struct Input {
 
 constexpr char kWholeNumber[] = "#";
 
-// How the row that answers is told when the answer itself does not say it: bytes that no search
-// compares carry a digit of the slot's number, which the answer brings along.
+// How the row that answers is told: fields that no search compares carry a digit of the slot's
+// number, and the answer has one of them among its facts.
 struct SlotMark {
-  int base;                                                     // digits that a row can carry
-  void (*put)(void* row, int digit);                            //
-  int (*ask)(VoATMUtil& util, const Inputs& inputs) = nullptr;  // the answer's digit
+  int base = 0;  // of the digits; 0: there is no mark, the slot looked at last is the one
+  std::vector<const char*> fields = {};
 };
 
 // What answers a request.
@@ -68,13 +68,11 @@ enum class Ground {
 struct Question {
   const char* name;
   Ground ground;
-  const char* table;  // its short name, for kRows
   std::vector<Input> inputs;
   Answer (*ask)(VoATMUtil& util, const Inputs& inputs);
-  SlotMark mark = {};          // none: the slot looked at last is the one that answers
-  const char* note = nullptr;  // for who reads the answer
-
-  const records::RecordTable& Table() const;
+  const char* note = nullptr;                   // for who reads the answer
+  const records::RecordTable* table = nullptr;  // for kRows
+  SlotMark mark = {};
 
   // "action action|value inst group atm statuses [txn]"
   std::string Usage() const;

@@ -1,7 +1,10 @@
 #include "ask/requests.h"
 
 #include <algorithm>
+#include <functional>
+#include <regex>
 #include <set>
+#include <sstream>
 
 #include "options.h"
 #include "show/record_view.h"
@@ -11,47 +14,83 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-// Collects requests as words, the kind first, so that none is asked twice.
+// The request that an entry names: its key, or a template's file, matches the pattern, whose parts
+// are $1 and $2. S1 to FALLBACK are the ATM's, and MODEL is the one that such an entry is for.
+struct EntryNaming {
+  voatm::LayeredKind kind;
+  std::regex pattern;
+  const char* request;  // as voatm explain takes it
+};
+
+// The library puts the parts of a key together again, so it is all the same where they part.
+const std::vector<EntryNaming>& EntryNamings() {
+  static const std::vector<EntryNaming> kNamings = {
+      {voatm::kOperationKeys, std::regex("([^_#]*)_([^#]*)"), "txn-code $1 $2 S1 S2 S3 FALLBACK"},
+      {voatm::kResponseStates, std::regex("GOOD_RESPONSE#([^_#]*)_([^#]*)"),
+       "response good $1 $2 S1 S2 S3 FALLBACK"},
+      {voatm::kResponseStates, std::regex("BAD_RESPONSE#([^_#]*)_([^#]*)"),
+       "response bad $1 $2 S1 S2 S3 FALLBACK"},
+      {voatm::kScreens, std::regex(".*"), "screen S1 S2 S3 FALLBACK"},
+      {voatm::kTemplates, std::regex(".*_([^_]+)_([0-9]{1,9})\\D+"), "oar S1 S2 S3 $1 $2 FALLBACK"},
+      {voatm::kDispenseLogics, std::regex("DISPENCE_LOGIC#(.*)_([0-9]{1,9})"),
+       "displogic $1 $2 S1 S2 S3 MODEL FALLBACK"},
+      // One note: $01 is $1, and the count 01 follows it.
+      {voatm::kNoteMappings, std::regex("BNA_MAPPING#(.+)"), "deposit S1 S2 S3 FALLBACK A$0101"},
+  };
+  return kNamings;
+}
+
+// The requests that a row names, with its fields by their names.
+constexpr const char* kRowNamings[] = {
+    "property S1 S2 S3 TxnCode RespCode CurrencyCode",
+    "action action S1 S2 S3 StatusCode",
+    "action value S1 S2 S3 StatusCode TxnCode",
+    "indirect-state S1 S2 CardPrefix",
+};
+
+// What a request has where a row has this: of a class of transactions its first, of any a rare
+// one, and a card that begins as the prefix does.
+std::string Requested(const std::string& field, std::string text) {
+  constexpr std::size_t kClass = 2;
+  if (field == "StatusCode") return text + "|";
+  if (field == "CardPrefix") {
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c == 'F' || c == 'f'; }, '0');
+    return text;
+  }
+  const bool is_txn = field == "TxnCode";
+  if (!ReadNumber(text)) return is_txn ? "999999" : "999";
+  return is_txn && text.size() == kClass ? text + "0000" : text;
+}
+
+// Collects requests as words, so that none is asked twice.
 class Collector {
  public:
   explicit Collector(const Atm& atm) : atm_(atm) {}
 
   void AddEntry(const std::string& file, const std::string& key, std::size_t fields) {
-    if (IsOf(voatm::kOperationKeys, file)) AddTwoPart("txn-code", {}, key);
-    if (IsOf(voatm::kResponseStates, file)) {
-      AddTwoPart("response", {"good"}, Behind("GOOD_RESPONSE#", key));
-      AddTwoPart("response", {"bad"}, Behind("BAD_RESPONSE#", key));
+    for (const EntryNaming& naming : EntryNamings()) {
+      const std::string directory = std::string(voatm::kFileKinds[naming.kind].directory) + "/";
+      if (file.compare(0, directory.size(), directory) != 0) continue;
+      const std::string& named = naming.kind == voatm::kTemplates ? file : key;
+      std::smatch parts;
+      if (!std::regex_match(named, parts, naming.pattern)) continue;
+      Add(naming.request, [&](const std::string& word) {
+        if (word == "MODEL") return fields > 4 ? std::string("D912ATM") : "NDC+ATM";
+        return parts.format(word);
+      });
     }
-    if (IsOf(voatm::kDispenseLogics, file)) AddLogic(Behind("DISPENCE_LOGIC#", key), fields);
-    const std::string note = Behind("BNA_MAPPING#", key);
-    if (IsOf(voatm::kNoteMappings, file) && !note.empty()) {
-      Add({"deposit", atm_.s1, atm_.s2, atm_.s3, atm_.fallback, "A" + note + "01"});
-    }
-    if (IsOf(voatm::kScreens, file)) Add({"screen", atm_.s1, atm_.s2, atm_.s3, atm_.fallback});
-    if (IsOf(voatm::kTemplates, file)) AddTemplate(file);
   }
 
-  void AddProperty(const Rows& rows, const char* record) {
-    Words request = {"property", atm_.s1, atm_.s2, atm_.s3};
-    for (const char* const name : {"TxnCode", "RespCode", "CurrencyCode"}) {
-      request.push_back(Requested(TextOf(rows, record, name), name));
+  void AddRows(const char* naming, const Rows& rows) {
+    for (int slot = 0; slot < rows.count(); ++slot) {
+      const char* const record = rows[slot];
+      if (IsFree(*rows.table, record)) continue;
+      Add(naming, [&](const std::string& word) {
+        const records::RecordField* const field = rows.table->Find(word);
+        return field == nullptr ? word : Requested(word, FieldText(*field, record));
+      });
     }
-    Add(request);
-  }
-
-  void AddAction(const Rows& rows, const char* record) {
-    const std::string code = TextOf(rows, record, "StatusCode") + "|";
-    Add({"action", "action", atm_.s1, atm_.s2, atm_.s3, code});
-    Add({"action", "value", atm_.s1, atm_.s2, atm_.s3, code,
-         Requested(TextOf(rows, record, "TxnCode"), "TxnCode")});
-  }
-
-  // A card that begins as the prefix does; what stands for the rest is F.
-  void AddPrefix(const Rows& rows, const char* record) {
-    std::string card = TextOf(rows, record, "CardPrefix");
-    std::replace_if(
-        card.begin(), card.end(), [](char c) { return c == 'F' || c == 'f'; }, '0');
-    Add({"indirect-state", atm_.s1, atm_.s2, card});
   }
 
   std::vector<Request> Take() {
@@ -59,103 +98,51 @@ class Collector {
     for (const Words& words : known_) {
       const Question* const question = FindQuestion(words.front());
       std::string text;
-      for (const std::string& word : words) {
-        const bool plain = !word.empty() && word.find_first_of(" |*\"'\\") == std::string::npos;
-        text += (text.empty() ? "" : " ") + (plain ? word : "'" + word + "'");
-      }
+      for (const std::string& word : words) text += (text.empty() ? "" : " ") + Quoted(word);
       requests.push_back({question, ReadInputs(*question, {words.begin() + 1, words.end()}), text});
     }
     return requests;
   }
 
  private:
-  static bool IsOf(voatm::LayeredKind kind, const std::string& file) {
-    const std::string directory = std::string(voatm::kFileKinds[kind].directory) + "/";
-    return file.compare(0, directory.size(), directory) == 0;
-  }
-
-  static std::string Behind(const std::string& group, const std::string& key) {
-    return key.compare(0, group.size(), group) == 0 ? key.substr(group.size()) : "";
-  }
-
-  static std::string TextOf(const Rows& rows, const char* record, const std::string& name) {
-    const auto* const field =
-        std::find_if(rows.table->begin(), rows.table->end(),
-                     [&](const records::RecordField& each) { return name == each.name; });
-    return FieldText(*field, record);
-  }
-
-  // A code that a row's text stands for: of a class of transactions its first, of any a rare one.
-  static std::string Requested(const std::string& text, const std::string& column) {
-    constexpr std::size_t kClass = 2;
-    if (column == "TxnCode" && text.size() == kClass && ReadNumber(text)) return text + "0000";
-    if (ReadNumber(text)) return text;
-    return column == "TxnCode" ? "999999" : "999";
-  }
-
-  void Add(const Words& words) { known_.insert(words); }
-
-  // The library puts the parts together again, so it is all the same where the key is parted.
-  void AddTwoPart(const char* kind, const Words& first, const std::string& key) {
-    const std::size_t bar = key.find('_');
-    if (bar == std::string::npos || key.find('#') != std::string::npos) return;
-    Words words = {kind};
-    words.insert(words.end(), first.begin(), first.end());
-    for (const std::string& word :
-         {key.substr(0, bar), key.substr(bar + 1), atm_.s1, atm_.s2, atm_.s3, atm_.fallback}) {
-      words.push_back(word);
+  // `fill` gives what a word stands for that is not the ATM's.
+  void Add(const std::string& request, const std::function<std::string(const std::string&)>& fill) {
+    std::istringstream names(request);
+    Words words;
+    for (std::string name; names >> name;) {
+      const std::string* const own = name == "S1"         ? &atm_.s1
+                                     : name == "S2"       ? &atm_.s2
+                                     : name == "S3"       ? &atm_.s3
+                                     : name == "FALLBACK" ? &atm_.fallback
+                                                          : nullptr;
+      words.push_back(own != nullptr ? *own : fill(name));
     }
-    Add(words);
-  }
-
-  void AddLogic(const std::string& key, std::size_t fields) {
-    const std::size_t bar = key.rfind('_');
-    if (bar == std::string::npos || !ReadNumber(key.substr(bar + 1))) return;
-    Add({"displogic", key.substr(0, bar), key.substr(bar + 1), atm_.s1, atm_.s2, atm_.s3,
-         fields > 4 ? "D912ATM" : "NDC+ATM", atm_.fallback});
-  }
-
-  // <scope>_<template>_<number>.oar
-  void AddTemplate(const std::string& file) {
-    const std::string suffix = voatm::kFileKinds[voatm::kTemplates].suffix;
-    if (file.size() < suffix.size()) return;
-    const std::string name = file.substr(0, file.size() - suffix.size());
-    const std::size_t number = name.rfind('_');
-    if (number == std::string::npos || number == 0 || !ReadNumber(name.substr(number + 1))) return;
-    const std::size_t bar = name.rfind('_', number - 1);
-    if (bar == std::string::npos) return;
-    Add({"oar", atm_.s1, atm_.s2, atm_.s3, name.substr(bar + 1, number - bar - 1),
-         name.substr(number + 1), atm_.fallback});
+    known_.insert(std::move(words));
   }
 
   const Atm& atm_;
   std::set<Words> known_;
 };
 
-template <typename Take>
-void ForEachRow(Rows* rows, Take take) {
-  for (int slot = 0; rows != nullptr && slot < rows->count(); ++slot) {
-    if (!IsFree(*rows->table, (*rows)[slot])) take(*rows, (*rows)[slot]);
-  }
-}
-
 }  // namespace
 
-std::vector<Request> RequestsOf(const std::vector<Side*>& sides, const Atm& atm) {
+std::string Quoted(const std::string& word) {
+  const bool plain = !word.empty() && word.find_first_of(" |*\"'\\") == std::string::npos;
+  return plain ? word : "'" + word + "'";
+}
+
+std::vector<Request> RequestsOf(const std::vector<const Side*>& sides, const Atm& atm) {
   Collector requests(atm);
-  for (Side* side : sides) {
-    for (const auto& [place, entry] : side->entries) {
-      requests.AddEntry(place.first, place.second, entry.count);
+  for (const Side* side : sides) {
+    for (const auto& [place, fields] : side->entries) {
+      requests.AddEntry(place.first, place.second, fields.size());
     }
-    const auto rows_of = [&](const char* question) {
-      return side->TableOf(FindQuestion(question)->Table());
-    };
-    ForEachRow(rows_of("property"),
-               [&](const Rows& rows, const char* record) { requests.AddProperty(rows, record); });
-    ForEachRow(rows_of("action"),
-               [&](const Rows& rows, const char* record) { requests.AddAction(rows, record); });
-    ForEachRow(rows_of("indirect-state"),
-               [&](const Rows& rows, const char* record) { requests.AddPrefix(rows, record); });
+    for (const char* naming : kRowNamings) {
+      const std::string request = naming;
+      const auto* const table = FindQuestion(request.substr(0, request.find(' ')))->table;
+      const auto rows = side->tables.find(table);
+      if (rows != side->tables.end()) requests.AddRows(naming, rows->second);
+    }
   }
   return requests.Take();
 }

@@ -13,7 +13,10 @@ struct Request {
   std::string text;  // as voatm explain takes it
 };
 
+// A field or an input as a shell takes it: in quotes where it would not stand for itself.
+std::string Quoted(const std::string& word);
+
 // Each once, for an ATM, whichever of the sides names it.
-std::vector<Request> RequestsOf(const std::vector<Side*>& sides, const Atm& atm);
+std::vector<Request> RequestsOf(const std::vector<const Side*>& sides, const Atm& atm);
 
 #endif  // TOOLS_VOATM_ASK_REQUESTS_H

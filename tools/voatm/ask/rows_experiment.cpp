@@ -1,5 +1,6 @@
 // Experiments on a copy of a table's rows.
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 #include "ask/experiment.h"
@@ -22,10 +23,10 @@ class Scans {
     }
     const bool hit = taken != kNoSlot && last_ == taken;
     if (first_ != kNoSlot) EndWith(hit || last_ < count - 1 ? Hit() : "none");
-    if (hit && !tries_.empty()) tries_.back().result = Hit();
+    if (hit && !tries_.empty()) tries_.back()["result"] = Hit();
   }
 
-  std::vector<Try> Take() { return std::move(tries_); }
+  const Json& tries() const { return tries_; }
   int visited() const { return visited_; }
 
  private:
@@ -41,11 +42,12 @@ class Scans {
   void EndWith(const std::string& result) {
     const std::string from = std::to_string(first_);
     const std::string to = std::to_string(last_);
-    tries_.push_back({"scan", from == to ? "slot " + from : "slots " + from + " to " + to, result});
+    const std::string slots = from == to ? "slot " + from : "slots " + from + " to " + to;
+    tries_.push_back({{"level", "scan"}, {"tried", slots}, {"result", result}});
     first_ = kNoSlot;
   }
 
-  std::vector<Try> tries_;
+  Json tries_ = Json::array();
   int first_ = kNoSlot;
   int last_ = kNoSlot;
   int visited_ = 0;
@@ -75,22 +77,48 @@ std::string RowsExperiment::Where(int slot) const {
   return std::string(rows_->table->name) + " slot " + std::to_string(slot);
 }
 
+Placed RowsExperiment::Place() {
+  const int slot = FindSlot();
+  return {slot == kNoSlot ? "" : Where(slot), Ask()};
+}
+
 Answer RowsExperiment::Ask() { return question_.ask(util_, inputs_); }
 
+// Writes a digit into a row's marked fields.
+void RowsExperiment::PutMark(int digit, char* record) const {
+  const std::string text = std::to_string(digit);
+  for (const char* const name : question_.mark.fields) {
+    const records::RecordField& field = *rows_->table->Find(name);
+    char* const out = record + field.offset;
+    std::memset(out, 0, field.size);
+    if (field.kind == records::FieldKind::kInt32) {
+      std::memcpy(out, &digit, sizeof digit);
+    } else {
+      text.copy(out, field.size);
+    }
+  }
+}
+
+// The digit that an answer brings along, or -1.
 int RowsExperiment::AskMark() {
-  const SlotMark& mark = question_.mark;
+  const Answer answer = Ask();
+  if (!answer.found) return -1;
+  const auto& fields = question_.mark.fields;
+  const auto field = std::find_if(fields.begin(), fields.end(),
+                                  [&](const char* name) { return answer.facts.contains(name); });
+  return std::atoi(answer.facts.at(*field).get_ref<const std::string&>().c_str());
+}
+
+int RowsExperiment::FindMarked() {
+  const int base = question_.mark.base;
   const std::vector<char> unmarked = rows_->bytes;
   long long slot = 0;
-  for (long long worth = 1; worth == 1 || worth < rows_->count(); worth *= mark.base) {
+  for (long long worth = 1; slot >= 0 && (worth == 1 || worth < rows_->count()); worth *= base) {
     for (int i = 0; i < rows_->count(); ++i) {
-      mark.put((*rows_)[i], static_cast<int>(i / worth % mark.base));
+      PutMark(static_cast<int>(i / worth % base), (*rows_)[i]);
     }
-    const int digit = mark.ask(util_, inputs_);
-    if (digit < 0) {
-      slot = kNoSlot;
-      break;
-    }
-    slot += digit * worth;
+    const int digit = AskMark();
+    slot = digit < 0 ? kNoSlot : slot + digit * worth;
   }
   std::copy(unmarked.begin(), unmarked.end(), rows_->bytes.begin());
   return static_cast<int>(slot);
@@ -105,7 +133,7 @@ std::vector<Event> RowsExperiment::AskLocked() {
 }
 
 int RowsExperiment::FindSlot() {
-  if (question_.mark.ask != nullptr) return AskMark();
+  if (question_.mark.base > 0) return FindMarked();
   if (!Ask().found) return kNoSlot;
   int last = kNoSlot;
   for (const Event& event : AskLocked()) {
@@ -132,8 +160,8 @@ Explanation RowsExperiment::Explain() {
   if (taken != kNoSlot) explanation.taken.where = Where(taken);
   const std::vector<Event> locked = AskLocked();
   Scans scans(locked, rows_->count(), taken);
-  explanation.cost = Cost{scans.visited(), Calls(locked)};
-  explanation.tries = scans.Take();
+  explanation.locks = {{"slots", scans.visited()}, {"calls", Calls(locked)}};
+  explanation.tries = scans.tries();
   LookBehind(taken, &explanation);
   return explanation;
 }
@@ -143,14 +171,14 @@ void RowsExperiment::LookBehind(int taken, Explanation* explanation) {
   const std::vector<char> whole = rows_->bytes;
   std::vector<bool> reached(static_cast<std::size_t>(rows_->count()));
   for (int slot = taken; slot != kNoSlot; slot = FindSlot()) {
-    if (slot != taken) explanation->behind.push_back({Where(slot), Ask()});
+    if (slot != taken) explanation->behind.push_back(PlacedJson({Where(slot), Ask()}));
     reached[static_cast<std::size_t>(slot)] = true;
     std::memset((*rows_)[slot], 0xff, rows_->table->record_size);
   }
   std::copy(whole.begin(), whole.end(), rows_->bytes.begin());
   for (int slot = 0; slot < rows_->count(); ++slot) {
     if (reached[static_cast<std::size_t>(slot)]) continue;
-    Answer answer = AskAlone(slot);
-    if (answer.found) explanation->alone.push_back({Where(slot), std::move(answer)});
+    const Answer answer = AskAlone(slot);
+    if (answer.found) explanation->alone.push_back(PlacedJson({Where(slot), answer}));
   }
 }

@@ -1,5 +1,9 @@
 #include "ask/said.h"
 
+#include <string>
+
+#include "ask/question.h"
+
 namespace {
 
 std::string Trimmed(const std::string& text) {
@@ -8,22 +12,22 @@ std::string Trimmed(const std::string& text) {
   return text.substr(first, text.find_last_not_of(" \n") - first + 1);
 }
 
-void AddFacts(const std::string& line, Facts* facts) {
+void AddFacts(const std::string& line, Json* facts) {
   std::size_t at = 0;
   for (std::size_t open = line.find('['); open != std::string::npos; open = line.find('[', at)) {
     const std::size_t close = line.find(']', open);
     if (close == std::string::npos) break;
-    facts->push_back(
-        {Trimmed(line.substr(at, open - at)), Trimmed(line.substr(open + 1, close - open - 1))});
+    AddFact(Trimmed(line.substr(at, open - at)), Trimmed(line.substr(open + 1, close - open - 1)),
+            facts);
     at = close + 1;
   }
-  if (at == 0) facts->push_back({"", Trimmed(line)});
+  if (at == 0) AddFact("", Trimmed(line), facts);
 }
 
 }  // namespace
 
-std::vector<std::string> Said(const std::vector<Event>& events) {
-  std::vector<std::string> lines;
+Json Said(const std::vector<Event>& events) {
+  Json lines = Json::array();
   for (const Event& event : events) {
     if (event.kind != Event::Kind::kTrace) continue;
     const std::string level = event.number == Event::kNoLevel ? "-" : std::to_string(event.number);
@@ -32,8 +36,8 @@ std::vector<std::string> Said(const std::vector<Event>& events) {
   return lines;
 }
 
-Facts SaidFacts(const std::vector<Event>& events) {
-  Facts facts;
+Json SaidFacts(const std::vector<Event>& events) {
+  Json facts = Json::object();
   for (const Event& event : events) {
     if (event.kind == Event::Kind::kTrace) AddFacts(event.text, &facts);
   }

@@ -1,64 +1,58 @@
 #include "ask/side.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <optional>
 #include <stdexcept>
 
-#include "ask/rows_source.h"
 #include "common/config_file.h"
 #include "devhost/seed.h"
 #include "home/configuration_entries.h"
+#include "look/survey.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-void AddEntries(const std::string& home, const fs::path& path, Entries* entries) {
-  std::ifstream stream(path, std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(stream), {}};
-  if (!stream.is_open() || stream.bad()) throw std::runtime_error("cannot read " + path.string());
-  const std::string file = path.lexically_relative(home).string();
-  for (const ConfigurationEntry& entry : ReadEntries(text)) {
-    if (!entry.readable() || entry.key.empty()) continue;
-    std::string fields;
-    for (std::size_t i = 1; i < entry.fields.size(); ++i) {
-      fields += (i == 1 ? "" : " ") + entry.fields[i].text;
-    }
-    entries->try_emplace({file, entry.key}, Entry{fields, entry.fields.size() - 1, entry.line});
-  }
-}
+constexpr const char* kLive = "live";
 
 Entries EntriesOf(const std::string& home) {
   Entries entries;
-  for (const std::string& directory :
-       {std::string(voatm::kKernelFile.directory), std::string(voatm::kInfDirectory)}) {
-    const fs::path root = fs::path(home) / directory;
-    if (!fs::is_directory(root)) continue;
-    for (const fs::directory_entry& file : fs::recursive_directory_iterator(root)) {
-      if (file.is_regular_file()) AddEntries(home, file.path(), &entries);
+  for (const TreeFile& file : WalkTree(home)) {
+    const std::string path = std::string(file.directory).append("/").append(file.name);
+    if (!file.error.empty()) throw std::runtime_error(file.error + ": " + home + "/" + path);
+    if (!fs::is_regular_file(fs::path(home) / path)) continue;
+    for (const ConfigurationEntry& entry : ReadEntriesOf(home + "/" + path)) {
+      if (!entry.readable() || entry.key.empty()) continue;
+      std::vector<std::string> fields;
+      for (std::size_t i = 1; i < entry.fields.size(); ++i) fields.push_back(entry.fields[i].text);
+      entries.try_emplace({path, entry.key}, std::move(fields));
     }
   }
   return entries;
 }
 
+// What a file of rows holds; nothing when there is no such file.
+std::optional<Rows> ReadRows(const records::RecordTable& table, const std::string& file) {
+  const devhost::TableImage image = devhost::ReadSeed(table, file);
+  if (!image.has_file) return std::nullopt;
+  return Rows{&table, image.records};
+}
+
 void ReadSeeds(const std::string& from, Side* side) {
-  for (std::size_t i = 0; i < records::kTableCount; ++i) {
-    const records::RecordTable& table = records::kRecordTables[i];
-    const devhost::TableImage image = devhost::ReadSeed(table, devhost::SeedPath(table, from));
-    if (image.has_file) side->tables[i] = Rows{&table, image.records};
+  for (const records::RecordTable& table : records::kRecordTables) {
+    auto rows = ReadRows(table, devhost::SeedPath(table, from));
+    if (rows) side->tables.emplace(&table, *std::move(rows));
   }
 }
 
 // A dump does not say of which table it is: the one whose rows it can hold.
 void ReadDump(const std::string& file, Side* side) {
   std::string refusal;
-  for (std::size_t i = 0; i < records::kTableCount; ++i) {
-    const records::RecordTable& table = records::kRecordTables[i];
+  for (const records::RecordTable& table : records::kRecordTables) {
     try {
-      side->tables[i] = Rows{&table, devhost::ReadSeed(table, file).records};
+      side->tables.emplace(&table, ReadRows(table, file).value());
       return;
-    } catch (const std::runtime_error& error) {
+    } catch (const devhost::SeedError& error) {
       const bool named = fs::path(file).filename() == table.seed_file;
       if (refusal.empty() || named) refusal = error.what();
     }
@@ -68,17 +62,20 @@ void ReadDump(const std::string& file, Side* side) {
 
 }  // namespace
 
-Rows* Side::TableOf(const records::RecordTable& table) {
-  auto& rows = tables[static_cast<std::size_t>(&table - records::kRecordTables.data())];
-  return rows ? &*rows : nullptr;
+Rows RowsFrom(const std::string& from, const std::string& home, const records::RecordTable& table) {
+  if (from.empty() || from == kLive) return {&table, CopyRecords(SurveyTable(home, table))};
+  const std::string file = devhost::SeedPath(table, from);
+  if (auto rows = ReadRows(table, file)) return *std::move(rows);
+  throw std::runtime_error("there is no file with rows of " + std::string(table.name) + ": " +
+                           file);
 }
 
 Side ReadSide(const std::string& given, const std::string& live_home) {
-  Side side{given, "", {}, {}};
-  if (given == "live") {
+  Side side;
+  if (given == kLive) {
     side.home = live_home;
-    for (std::size_t i = 0; i < records::kTableCount; ++i) {
-      side.tables[i] = RowsFrom("live", live_home, records::kRecordTables[i]);
+    for (const records::RecordTable& table : records::kRecordTables) {
+      side.tables.emplace(&table, RowsFrom(kLive, live_home, table));
     }
   } else if (fs::is_directory(given)) {
     if (fs::is_directory(fs::path(given) / voatm::kKernelFile.directory)) side.home = given;

@@ -1,31 +1,28 @@
-// One side of a comparison: a home, a dump, seed files, or the tables in memory.
+// What the library is asked about, and one side of a comparison: a home, a dump, seed files, or the
+// tables in memory.
 #ifndef TOOLS_VOATM_ASK_SIDE_H
 #define TOOLS_VOATM_ASK_SIDE_H
 
-#include <array>
 #include <map>
-#include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "ask/experiment.h"
 
-// The entries of a configuration tree that can be found: by file below the home and key, their
-// fields behind the key and the line.
-struct Entry {
-  std::string fields;  // as text, a blank between two
-  std::size_t count;
-  std::size_t line;
-};
-using Entries = std::map<std::pair<std::string, std::string>, Entry>;
+// Copies the rows of a table: of the tables in memory at a home, when `from` is empty or "live";
+// else from a directory of seed files, or from one seed file or dump of the table. Throws
+// std::runtime_error that names what cannot be had.
+Rows RowsFrom(const std::string& from, const std::string& home, const records::RecordTable& table);
+
+// The entries of a configuration tree that can be found: by file below the home and key, the
+// fields behind the key.
+using Entries = std::map<std::pair<std::string, std::string>, std::vector<std::string>>;
 
 struct Side {
-  std::string name;                                              // as it was given
-  std::string home;                                              // empty: it has no configuration
-  std::array<std::optional<Rows>, records::kTableCount> tables;  // those that it has
+  std::string home;                                    // empty: it has no configuration
+  std::map<const records::RecordTable*, Rows> tables;  // those that it has
   Entries entries;
-
-  Rows* TableOf(const records::RecordTable& table);
 };
 
 // Reads a side whole. `given` is "live" (the tables in memory and the configuration of

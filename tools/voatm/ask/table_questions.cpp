@@ -1,7 +1,6 @@
 // The requests that shared tables answer.
 #include <climits>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 #include "ask/question.h"
@@ -9,118 +8,50 @@
 
 namespace {
 
-Facts RecordFacts(const char* table, const void* record) {
-  Facts facts;
-  for (const records::RecordField& field : FindQuestion(table)->Table()) {
+using records::kRecordTables;
+
+Json RecordFacts(const records::RecordTable& table, const void* record) {
+  Json facts = Json::object();
+  for (const records::RecordField& field : table) {
     if (field.kind == records::FieldKind::kBytes) continue;
-    facts.push_back({field.name, FieldText(field, static_cast<const char*>(record))});
+    facts[field.name] = FieldText(field, static_cast<const char*>(record));
   }
   return facts;
 }
 
-bool ReadProperty(VoATMUtil& util, const Inputs& inputs, VoAtmProperty* row) {
-  return util.ReadAtmProperty(inputs.Chars("inst"), inputs.Chars("group"), inputs.Chars("atm"),
-                              inputs.Number("txn"), inputs.Number("resp"),
-                              inputs.Number("currency"), row) == 1;
-}
-
 Answer AskProperty(VoATMUtil& util, const Inputs& inputs) {
   VoAtmProperty row{};
-  if (!ReadProperty(util, inputs, &row)) return {};
-  return {true, RecordFacts("property", &row)};
-}
-
-void MarkProperty(void* row, int digit) { static_cast<VoAtmProperty*>(row)->RecordId = digit; }
-
-int PropertyMark(VoATMUtil& util, const Inputs& inputs) {
-  VoAtmProperty row{};
-  return ReadProperty(util, inputs, &row) ? row.RecordId : -1;
-}
-
-struct Action {
-  bool found;
-  bool by_txn;
-  char text[sizeof(VoAtmActionProperty::ActionText) + 1];
-  int value;
-};
-
-Action FindAction(VoATMUtil& util, const Inputs& inputs) {
-  Action action = {false, inputs.Text("search") == "value", {}, 0};
-  std::string statuses = inputs.Text("statuses");
-  action.found =
-      util.ReadAtmActionProperty(inputs.Chars("inst"), inputs.Chars("group"), inputs.Chars("atm"),
-                                 statuses.data(), inputs.Number("txn"), action.text, &action.value,
-                                 action.by_txn ? TXN_VALUE : STATUS_ACTION) == 1;
-  return action;
+  const int result = util.ReadAtmProperty(inputs.Chars("inst"), inputs.Chars("group"),
+                                          inputs.Chars("atm"), inputs.Number("txn"),
+                                          inputs.Number("resp"), inputs.Number("currency"), &row);
+  return AnswerWhen(result == 1, RecordFacts(kRecordTables[records::kProperty], &row));
 }
 
 Answer AskAction(VoATMUtil& util, const Inputs& inputs) {
-  const Action action = FindAction(util, inputs);
-  if (!action.found) return {};
-  if (action.by_txn) return {true, {{"TxnValue", std::to_string(action.value)}}};
-  return {true, {{"ActionText", action.text}}};
-}
-
-// A number of three digits is what both answers can bring along.
-constexpr int kActionMarks = 1000;
-
-void MarkAction(void* row, int digit) {
-  auto* const action = static_cast<VoAtmActionProperty*>(row);
-  memset(action->TxnValue, 0, sizeof action->TxnValue);
-  snprintf(action->ActionText, sizeof action->ActionText, "%d", digit);
-  std::to_string(digit).copy(action->TxnValue, sizeof action->TxnValue);
-}
-
-int ActionMark(VoATMUtil& util, const Inputs& inputs) {
-  const Action action = FindAction(util, inputs);
-  if (!action.found) return -1;
-  return action.by_txn ? action.value : atoi(action.text);
-}
-
-bool ReadFit(VoATMUtil& util, const Inputs& inputs, AtmFit* record) {
-  return util.ReadFitMemory(inputs.Chars("key1"), inputs.Chars("key2"), inputs.Chars("key3"),
-                            record, inputs.Number("ordinal")) == 1;
+  const bool by_txn = inputs.Text("search") == "value";
+  std::string statuses = inputs.Text("statuses");
+  char text[sizeof(VoAtmActionProperty::ActionText) + 1] = {};
+  int value = 0;
+  const int result = util.ReadAtmActionProperty(
+      inputs.Chars("inst"), inputs.Chars("group"), inputs.Chars("atm"), statuses.data(),
+      inputs.Number("txn"), text, &value, by_txn ? TXN_VALUE : STATUS_ACTION);
+  if (by_txn) return AnswerWhen(result == 1, {{"TxnValue", std::to_string(value)}});
+  return AnswerWhen(result == 1, {{"ActionText", text}});
 }
 
 Answer AskFit(VoATMUtil& util, const Inputs& inputs) {
   AtmFit record{};
-  if (!ReadFit(util, inputs, &record)) return {};
-  return {true, RecordFacts("fit", &record)};
+  const int result = util.ReadFitMemory(inputs.Chars("key1"), inputs.Chars("key2"),
+                                        inputs.Chars("key3"), &record, inputs.Number("ordinal"));
+  return AnswerWhen(result == 1, RecordFacts(kRecordTables[records::kFit], &record));
 }
 
-void MarkFit(void* row, int digit) {
-  memcpy(static_cast<AtmFit*>(row)->Uninterpreted, &digit, sizeof digit);
-}
-
-int FitMark(VoATMUtil& util, const Inputs& inputs) {
-  AtmFit record{};
-  if (!ReadFit(util, inputs, &record)) return -1;
-  int digit;
-  memcpy(&digit, record.Uninterpreted, sizeof digit);
-  return digit;
-}
-
-// Empty when there is none. A state is one character, be it NUL.
-std::string IndirectState(VoATMUtil& util, const Inputs& inputs) {
+// A state is one character.
+Answer AskIndirectState(VoATMUtil& util, const Inputs& inputs) {
   char state[16] = {};
   const int result = util.ReadIndirectState(inputs.Chars("key1"), inputs.Chars("key2"),
                                             inputs.Chars("card"), state);
-  return result == 1 ? std::string(1, state[0]) : "";
-}
-
-Answer AskIndirectState(VoATMUtil& util, const Inputs& inputs) {
-  const std::string state = IndirectState(util, inputs);
-  if (state.empty()) return {};
-  return {true, {{"IndirectNextState", state.substr(0, state.find('\0'))}}};
-}
-
-void MarkIndirectState(void* row, int digit) {
-  static_cast<AtmFit*>(row)->IndirectNextState = static_cast<char>(digit);
-}
-
-int IndirectStateMark(VoATMUtil& util, const Inputs& inputs) {
-  const std::string state = IndirectState(util, inputs);
-  return state.empty() ? -1 : static_cast<unsigned char>(state[0]);
+  return AnswerWhen(result == 1, {{"IndirectNextState", std::string(state, strnlen(state, 1))}});
 }
 
 constexpr int kStatusRows = 15;
@@ -150,14 +81,14 @@ Answer AskStatus(VoATMUtil& util, const Inputs& inputs) {
   const Terminal before(util, inputs);
   Terminal after = before;
   util.BuiltStatusMsg(after.array, after.code, after.message);
-  Answer answer = {util.verifyAtmStatusMemory(after.code) == 1, {}};
+  Answer answer = {util.verifyAtmStatusMemory(after.code) == 1};
   for (int row = 0; row < kStatusRows; ++row) {
     if (memcmp(before.array[row], after.array[row], kStatusSize) == 0) continue;
-    answer.facts.push_back({"row " + std::to_string(row), after.array[row]});
+    answer.facts["row " + std::to_string(row)] = after.array[row];
   }
-  if (answer.facts.empty()) answer.facts.push_back({"rows", "as they were"});
+  if (answer.facts.empty()) answer.facts["rows"] = "as they were";
   const bool changed = strcmp(before.message, after.message) != 0;
-  answer.facts.push_back({"message", changed ? after.message : "as it was"});
+  answer.facts["message"] = changed ? after.message : "as it was";
   return answer;
 }
 
@@ -173,7 +104,6 @@ const std::vector<Question>& TableQuestions() {
   static const std::vector<Question> kQuestions = {
       {"property",
        Ground::kRows,
-       "property",
        {kInst,
         kGroup,
         kAtm,
@@ -181,10 +111,11 @@ const std::vector<Question>& TableQuestions() {
         {"resp", "response code", kWholeNumber},
         {"currency", "currency code", kWholeNumber}},
        AskProperty,
-       {INT_MAX, MarkProperty, PropertyMark}},
+       nullptr,
+       &kRecordTables[records::kProperty],
+       {INT_MAX, {"RecordId"}}},
       {"action",
        Ground::kRows,
-       "action",
        {{"search", "what is looked for: an action, or the number of a transaction", "action value"},
         kInst,
         kGroup,
@@ -192,31 +123,35 @@ const std::vector<Question>& TableQuestions() {
         {"statuses", "status codes, each followed by |, the last one too: PAPEROUT|CASHLOW|"},
         {"txn", "transaction code, for value", kWholeNumber, "0"}},
        AskAction,
-       {kActionMarks, MarkAction, ActionMark}},
+       nullptr,
+       &kRecordTables[records::kAction],
+       {1000, {"ActionText", "TxnValue"}}},
       {"fit",
        Ground::kRows,
-       "fit",
        {kKey1,
         kKey2,
         {"key3", "third selection key"},
         {"ordinal", "which of the selected records, from 1", kWholeNumber, "1"}},
        AskFit,
-       {INT_MAX, MarkFit, FitMark}},
+       nullptr,
+       &kRecordTables[records::kFit],
+       {1000000000, {"CardPrefix"}}},
       {"indirect-state",
        Ground::kRows,
-       "fit",
        {kKey1, kKey2, {"card", "card number; its first ten digits are enough"}},
        AskIndirectState,
-       {UCHAR_MAX + 1, MarkIndirectState, IndirectStateMark},
-       "no lock is taken for this answer, whatever LockFlag says"},
+       "no lock is taken for this answer, whatever LockFlag says",
+       &kRecordTables[records::kFit],
+       {10, {"IndirectNextState"}}},
       {"status",
        Ground::kRows,
-       "status",
        {{"code", "the code that the ATM reports"},
         {"message", "the status message so far: codes, each followed by |, or NONE", nullptr,
          "NONE"},
         {"array", "the codes in the fifteen rows so far, separated by |", nullptr, ""}},
-       AskStatus},
+       AskStatus,
+       nullptr,
+       &kRecordTables[records::kStatus]},
   };
   return kQuestions;
 }

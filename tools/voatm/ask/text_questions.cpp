@@ -29,14 +29,11 @@ Answer AskLastTransaction(VoATMUtil& util, const Inputs& inputs) {
   char unused[1] = {};
   const bool reversed = util.CheckLTS_TVS(message.get(), logic.data(), status.data(), unused,
                                           unused, unused, unused) == 1;
-  Answer answer = {reversed, {}};
-  answer.facts.push_back({"decided", reversed ? "the kept message becomes a reversal, to be sent"
-                                              : "nothing is sent"});
-  if (reversed) {
-    answer.facts.push_back({"MsgType", std::to_string(message->MsgType)});
-    answer.facts.push_back({"ReasonCode", std::to_string(message->ReasonCode)});
-  }
-  return answer;
+  if (!reversed) return {false, {{"decided", "nothing is sent"}}};
+  return {true,
+          {{"decided", "the kept message becomes a reversal, to be sent"},
+           {"MsgType", std::to_string(message->MsgType)},
+           {"ReasonCode", std::to_string(message->ReasonCode)}}};
 }
 
 std::string ReadWhole(const std::string& path) {
@@ -55,12 +52,12 @@ Answer AskMessage(VoATMUtil& util, const Inputs& inputs) {
     throw std::runtime_error("no message of the library: " + std::to_string(bytes.size()) +
                              " bytes, and no operation packs such a head: " + path);
   }
-  Answer answer = {true, {}};
+  Answer answer = {true};
   for (const MessagePart& part : parts) {
-    answer.facts.push_back({"is", part.name});
+    AddFact("is", part.name, &answer.facts);
     for (const records::RecordField& field : part.fields) {
       if (field.kind == records::FieldKind::kBytes) continue;
-      answer.facts.push_back({field.name, FieldText(field, bytes.data() + part.offset)});
+      AddFact(field.name, FieldText(field, bytes.data() + part.offset), &answer.facts);
     }
   }
   return answer;
@@ -72,7 +69,6 @@ const std::vector<Question>& TextQuestions() {
   static const std::vector<Question> kQuestions = {
       {"last-transaction",
        Ground::kNothing,
-       nullptr,
        {{"status", "the last-transaction status as the ATM sent it"},
         {"logic", "the dispense logic that was sent, eight digits"},
         {"txn", "transaction code of the kept message", kWholeNumber},
@@ -82,7 +78,6 @@ const std::vector<Question>& TextQuestions() {
        AskLastTransaction},
       {"message",
        Ground::kNothing,
-       nullptr,
        {{"file",
          "a message packed for the ATM manager or the alert manager, or - for standard "
          "input"}},

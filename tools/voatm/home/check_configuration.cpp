@@ -3,44 +3,20 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <limits>
 #include <map>
 #include <set>
-#include <stdexcept>
 #include <tuple>
 #include <utility>
 
 #include "common/config_file.h"
 #include "devhost/plan.h"
-#include "devhost/system_call.h"
 #include "home/configuration_entries.h"
-#include "tables/locate.h"
 #include "vocfgutil.h"
 
 namespace {
 
 constexpr std::size_t kLongestKey = voatm::kKeySize - 1;
 constexpr std::size_t kShownText = 40;  // characters of a value that a finding quotes
-
-struct FaultText {
-  const char* rule;
-  std::string text;
-};
-
-const std::string kTooLong = "more than " + std::to_string(voatm::kValueSize - 1) + " characters ";
-
-// In the order of EntryFault.
-const FaultText kFaultTexts[] = {
-    {nullptr, ""},
-    {"unclosed-quote", "the quote that begins here is not closed; the entry is unreadable"},
-    {"text-after-quote", "text straight after a closing quote makes the entry unreadable"},
-    {"field-too-long", kTooLong + "make the entry unreadable"},
-    {"nul-character", "a NUL cuts off what follows it"},
-    {"open-header", "a group header without ] hides the entries below it"},
-    {"header-too-long", kTooLong + "of a group's name hide the entries below it"},
-};
 
 std::string Below(const std::string& directory, const std::string& name) {
   std::string path = directory;
@@ -78,9 +54,7 @@ class FileCheck {
       return;
     }
     report_.files.push_back(path_);
-    std::ifstream stream(path_);
-    const std::string text = {std::istreambuf_iterator<char>(stream), {}};
-    for (const ConfigurationEntry& entry : ReadEntries(text)) CheckEntry(entry);
+    for (const ConfigurationEntry& entry : ReadEntriesOf(path_)) CheckEntry(entry);
     for (const KeyKind& key : kind_.keys) CheckPresence(key);
   }
 
@@ -98,9 +72,9 @@ class FileCheck {
 
   void CheckEntry(const ConfigurationEntry& entry) {
     if (kind_.scope == Scope::kGroupsOnly && !entry.is_header) return;
-    if (entry.fault != EntryFault::kNone) {
-      const FaultText& fault = kFaultTexts[static_cast<std::size_t>(entry.fault)];
-      Report(entry.line, entry.fault_column, Severity::kError, fault.rule, fault.text);
+    if (entry.fault != nullptr) {
+      Report(entry.line, entry.fault_column, Severity::kError, entry.fault->rule,
+             entry.fault->text);
     }
     if (entry.is_header || entry.key.empty()) return;
     said_.insert(entry.key);
@@ -180,32 +154,14 @@ class FileCheck {
     const std::string shown =
         entry.key + ", value " + std::to_string(value) + " " + Quoted(field.text) + ": ";
     for (const FieldRule& rule : rules) {
-      if (!Matches(rule.pattern, field.text)) {
-        Report(entry.line, field.column, rule.severity, rule.rule,
-               shown + "expected " + rule.expected);
-        return;
-      }
-      if (IsTooLarge(rule, field.text)) {
-        const bool slots = rule.largest == Largest::kSemaphoresOfASet;
-        Report(entry.line, field.column, Severity::kError,
-               slots ? "above-semmsl" : "number-too-large",
-               shown + "the largest is " + std::to_string(LargestOf(rule)) +
-                   (slots ? ", the semaphores of a set (SEMMSL)" : ""));
-        return;
-      }
+      // A text of many digits ends as LONG_MAX.
+      const bool small =
+          rule.largest == 0 || std::strtol(field.text.c_str(), nullptr, 10) <= rule.largest;
+      if (small && Matches(rule.pattern, field.text)) continue;
+      Report(entry.line, field.column, rule.severity, rule.rule,
+             shown + "expected " + rule.expected);
+      return;
     }
-  }
-
-  static long LargestOf(const FieldRule& rule) {
-    constexpr long kMost = std::numeric_limits<int>::max();
-    if (rule.largest == Largest::kChannelKey) return kMost - voatm::kChannelKeyDistance;
-    return rule.largest == Largest::kSemaphoresOfASet ? devhost::MostSemaphoresOfASet() : kMost;
-  }
-
-  static bool IsTooLarge(const FieldRule& rule, const std::string& text) {
-    // A text of many digits ends as LONG_MAX.
-    return rule.largest != Largest::kNoNumber &&
-           std::strtol(text.c_str(), nullptr, 10) > LargestOf(rule);
   }
 
   void CheckPresence(const KeyKind& key) {
@@ -227,10 +183,10 @@ class HomeCheck {
   explicit HomeCheck(std::string home) : home_(std::move(home)) {}
 
   ConfigurationReport Run() {
-    for (const char* directory : {"cfg", "inf"}) Walk(directory);
+    for (const TreeFile& file : WalkTree(home_)) Check(file);
     for (const FileKind& kind : FileKinds()) {
       if (kind.need != Need::kRequired || seen_.count(&kind) > 0) continue;
-      Report(std::string(kind.directory) + "/" + kind.name, Severity::kError, "missing-file",
+      Report(Below(kind.directory, kind.shown), Severity::kError, "missing-file",
              "drivers need it to start");
     }
     CheckSeeds();
@@ -260,37 +216,22 @@ class HomeCheck {
     }
   }
 
-  void Walk(const std::string& directory) {
-    namespace fs = std::filesystem;
-    const std::string path = home_ + "/" + directory;
-    std::error_code error;
-    if (!fs::is_directory(path, error)) return;
-    const std::string folder = fs::canonical(path, error);
-    if (!walking_.insert(folder).second) return;  // a link back to where we come from
-    const fs::directory_iterator entries(path, error);
-    if (error) {
-      Report(directory, Severity::kError, "unreadable-file", "does not open: " + error.message());
+  void Check(const TreeFile& file) {
+    if (file.name.empty()) {
+      Report(file.directory, Severity::kError, "unreadable-file", "does not open: " + file.error);
+    } else if (!CheckKnown(file) && !file.is_directory) {
+      CheckStray(file.directory, file.name);
     }
-    for (const fs::directory_entry& entry : entries) {
-      const std::string name = entry.path().filename();
-      const bool is_directory = entry.is_directory(error);
-      if (!CheckKnown(directory, name, is_directory) && !is_directory) {
-        CheckStray(directory, name);
-      }
-      if (is_directory) Walk(Below(directory, name));
-    }
-    walking_.erase(folder);
   }
 
   // Returns whether the name is one that is opened there.
-  bool CheckKnown(const std::string& directory, const std::string& name, bool is_directory) {
+  bool CheckKnown(const TreeFile& file) {
     for (const FileKind& kind : FileKinds()) {
-      const bool folder_of_any_file = is_directory && kind.scope == Scope::kGroupsOnly;
-      if (directory != kind.directory || folder_of_any_file || !kind.Opens(name)) {
-        continue;
-      }
+      const bool folder_of_any_file = file.is_directory && kind.scope == Scope::kGroupsOnly;
+      const bool known = file.directory == kind.directory && Matches(kind.opens, file.name);
+      if (!known || folder_of_any_file) continue;
       seen_.insert(&kind);
-      FileCheck(kind, Below(home_, Below(directory, name)), report_).Run();
+      FileCheck(kind, Below(home_, Below(file.directory, file.name)), report_).Run();
       return true;
     }
     return false;
@@ -300,12 +241,12 @@ class HomeCheck {
     for (const FileKind& kind : FileKinds()) {
       const bool here = directory == kind.directory;
       const std::string file = Below(directory, name);
-      if (here && kind.names != Name::kFixed && kind.names != Name::kAny) {
+      if (here && kind.layered) {
         Report(file, Severity::kWarning, "unopened-file",
-               "no scope opens it: names here are " + kind.Shown());
+               "no scope opens it: names here are " + kind.shown);
         return;
       }
-      if (!here && kind.Claims(name)) {
+      if (!here && Matches(kind.claims, name)) {
         Report(file, Severity::kWarning, "unopened-file",
                std::string("nothing opens it here: its folder is ") + kind.directory);
         return;
@@ -316,7 +257,6 @@ class HomeCheck {
   std::string home_;
   ConfigurationReport report_;
   std::set<const FileKind*> seen_;
-  std::set<std::string> walking_;  // folders
 };
 
 }  // namespace

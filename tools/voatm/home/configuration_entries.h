@@ -1,4 +1,5 @@
-// The entries of a configuration file with their places, and what makes them unreadable.
+// The files of a configuration tree, and their entries with their places and what makes them
+// unreadable.
 #ifndef TOOLS_VOATM_HOME_CONFIGURATION_ENTRIES_H
 #define TOOLS_VOATM_HOME_CONFIGURATION_ENTRIES_H
 
@@ -6,14 +7,19 @@
 #include <string>
 #include <vector>
 
-enum class EntryFault {
-  kNone,
-  kUnclosedQuote,
-  kTextAfterQuote,
-  kFieldTooLong,
-  kNulCharacter,
-  kOpenHeader,     // no ']'
-  kHeaderTooLong,  // hides the items below it, as an open one does
+// A file or folder below a home's cfg/ or inf/, or below a link there.
+struct TreeFile {
+  std::string directory;  // below the home
+  std::string name;       // empty: it is the folder that does not open
+  bool is_directory;
+  std::string error = {};  // why it does not open
+};
+
+std::vector<TreeFile> WalkTree(const std::string& home);
+
+struct EntryFault {
+  const char* rule;
+  std::string text;
 };
 
 struct ConfigurationField {
@@ -32,10 +38,10 @@ struct ConfigurationEntry {
                         // empty in a header and when field 1's quoting is wrong
   std::size_t end = 0;  // the column behind the last field
   std::vector<ConfigurationField> fields;  // of an entry; the key's own column first
-  EntryFault fault = EntryFault::kNone;
+  const EntryFault* fault = nullptr;
   std::size_t fault_column = 0;
 
-  bool readable() const { return !is_header && !hidden && fault == EntryFault::kNone; }
+  bool readable() const { return !is_header && !hidden && fault == nullptr; }
 };
 
 // Splits a file's text as VoCfgUtil reads it: every readable entry whose key no earlier entry has
@@ -43,5 +49,8 @@ struct ConfigurationEntry {
 // without a NUL. A faulty header still names the group of what it hides; the fields of a faulty
 // entry end with the faulty one.
 std::vector<ConfigurationEntry> ReadEntries(const std::string& text);
+
+// The same of a file. Throws std::runtime_error when it cannot be read.
+std::vector<ConfigurationEntry> ReadEntriesOf(const std::string& path);
 
 #endif  // TOOLS_VOATM_HOME_CONFIGURATION_ENTRIES_H

@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <limits>
 #include <map>
 #include <regex>
 
 #include "common/config_file.h"
+#include "devhost/system_call.h"
 #include "records/record_tables.h"
 #include "statetable/layered_file.h"
+#include "tables/locate.h"
 
 namespace {
 
@@ -21,14 +24,11 @@ const FieldRule kFits = {
     ".{0," + std::to_string(kLongestValue) + "}", "value-too-long", kError,
     "at most " + std::to_string(kLongestValue) + " characters, the rest is cut off"};
 const FieldRule kNotEmpty = {".+", "empty-value", kError, "a text"};
-const FieldRule kInteger = {"[0-9]+", "not-a-number", kError, "a whole number",
-                            Largest::kAnyInteger};
-const FieldRule kChannelKey = {"[0-9]+", "not-a-number", kError, "a whole number",
-                               Largest::kChannelKey};
-const FieldRule kSlots = {"[0-9]+", "not-a-number", kError, "a whole number",
-                          Largest::kSemaphoresOfASet};
-const FieldRule kAnySlots = {"0*[1-9][0-9]*", "no-slots", kError,
-                             "1 or more, as a table without slots holds no record"};
+const FieldRule kWhole = {"[0-9]+", "not-a-number", kError, "a whole number"};
+const FieldRule kOneOrMore = {"0*[1-9][0-9]*", "no-slots", kError,
+                              "1 or more, as a table without slots holds no record"};
+const FieldRule kNilOrMore = {"0*[1-9][0-9]*|[Nn][Ii][Ll][Ll]", "note-value", kError,
+                              "a whole number above 0, or NILL"};
 const FieldRule kYesOrNo = {"[Yy][Ee][Ss]|[Nn][Oo]", "yes-or-no", kWarning,
                             "Yes or No; anything but Yes means no"};
 const FieldRule kTxnCode = {"[0-9]{6}", "txn-code", kError, "six digits"};
@@ -38,19 +38,28 @@ const FieldRule kState = {"[0-9A-Za-z]{3}", "state-number", kError, "three digit
 const FieldRule kScreen = {"[0-9A-Za-z]{3}", "screen-number", kError, "three digits or letters"};
 const FieldRule kNotes = {"[0-9]{1,2}", "note-count", kError,
                           "at most 99, of more only two digits are taken"};
-const FieldRule kNoteValue = {"0*[1-9][0-9]*|[Nn][Ii][Ll][Ll]", "note-value", kError,
-                              "a whole number above 0, or NILL", Largest::kAnyInteger};
 const FieldRule kDigit = {"[0-9]", "control-digit", kError, "one digit"};
 const FieldRule kAction = {R"(\$VAR|\$NEXT|\$PREVIOUS|\$CONTINUE|\$CANCEL|[^$0-9].*)", "key-action",
                            kWarning,
                            "$VAR, $NEXT, $PREVIOUS, $CONTINUE, $CANCEL or a word for none"};
+
+// A number that is not above `largest`, which may need words.
+FieldRule AtMost(long largest, const char* rule, const char* because = "") {
+  return {".*", rule, kError, "at most " + std::to_string(largest) + because, largest};
+}
+
+constexpr long kMost = std::numeric_limits<int>::max();
+const FieldRule kAtMostInt = AtMost(kMost, "number-too-large");
+const FieldRules kInteger = {kWhole, kAtMostInt};
+const FieldRules kChannelKey = {kWhole,
+                                AtMost(kMost - voatm::kChannelKeyDistance, "number-too-large")};
 
 KeyKind Required(const char* key, const FieldRules& value) {
   return {key, key, Need::kRequired, {1}, {value}};
 }
 
 KeyKind FunctionKey(const char* key) {
-  return {key, key, Need::kRequired, {2}, {{kFits, kAction}, {kInteger}}};
+  return {key, key, Need::kRequired, {2}, {{kFits, kAction}, kInteger}};
 }
 
 KeyKind Wanted(const char* key, const FieldRules& value) {
@@ -62,11 +71,11 @@ KeyKind Optional(const char* pattern, const char* shown, const std::vector<Field
 }
 
 std::vector<KeyKind> TemplateKeys() {
-  return {Required("OAR#OAR_TIMEOUT", {kInteger}),
+  return {Required("OAR#OAR_TIMEOUT", kInteger),
           Required("OAR#CONTROL#DISPLAYFLAG", {kDigit}),
           Required("OAR#CONTROL#NUMERICKEYS", {kDigit}),
-          Required("OAR#CONTROL#CANCEL", {kInteger}),
-          Required("OAR#VAR#TOTALVAR", {kInteger}),
+          Required("OAR#CONTROL#CANCEL", kInteger),
+          Required("OAR#VAR#TOTALVAR", kInteger),
           FunctionKey("OAR#VAR#A"),
           FunctionKey("OAR#VAR#B"),
           FunctionKey("OAR#VAR#C"),
@@ -80,7 +89,7 @@ std::vector<KeyKind> TemplateKeys() {
 // What stands in the library's kinds of layered files, in their order.
 const std::vector<KeyKind> kLayeredKeys[] = {
     {Optional(R"([^\x23]+_[^\x23]+)", "<key>_<key> before the first group",
-              {{kTxnCode}, {kInteger}, {kCurrency}, {kFlag}, {kFlag}})},
+              {{kTxnCode}, kInteger, {kCurrency}, {kFlag}, {kFlag}})},
     {Optional("(GOOD|BAD)_RESPONSE#.+_.+",
               "GOOD_RESPONSE#<part>_<part> or BAD_RESPONSE#<part>_<part>", {{kState}, {kScreen}})},
     {Required("ATM_RESERVEDSCREEN#EMPTYSCR", {kScreen})},
@@ -89,41 +98,56 @@ const std::vector<KeyKind> kLayeredKeys[] = {
       "DISPENCE_LOGIC#<up to 15 characters>_<number>",
       Need::kNone,
       {4, 8},
-      {{kFits, kInteger, kNotes}}}},
-    {Optional("BNA_MAPPING#..", "BNA_MAPPING#<two characters>", {{kNoteValue}})},
+      {{kFits, kWhole, kNotes}}}},
+    {Optional("BNA_MAPPING#..", "BNA_MAPPING#<two characters>", {{kNilOrMore, kAtMostInt}})},
 };
 static_assert(std::size(kLayeredKeys) == voatm::kLayeredKinds,
               "say here what stands in the new kind of file");
 
+// The pattern of a text that stands for itself.
+std::string Literal(const std::string& text) {
+  return std::regex_replace(text, std::regex("[.]"), "[.]");
+}
+
 FileKind Fixed(const voatm::FixedFile& file, Scope scope, Need need,
                const std::vector<KeyKind>& keys) {
-  return {file.directory, file.name, Name::kFixed, false, scope, need, keys};
+  const std::string name = Literal(file.name);
+  return {file.directory, name, name, file.name, false, scope, need, keys};
+}
+
+FileKind Layered(std::size_t kind) {
+  const voatm::FileKind& file = voatm::kFileKinds[kind];
+  const std::string end = Literal(file.suffix);
+  const bool is_template = kind == voatm::kTemplates;
+  const std::string claims = (is_template ? ".+" : ".+_") + end;
+  const std::string opens = is_template        ? ".+_.+_(0|-?[1-9][0-9]*)" + end
+                            : file.has_default ? claims
+                                               : "(?!DEFAULT_" + end + ")" + claims;
+  const std::string shown = is_template ? "<scope>_<template>_<number>" : "<scope>_";
+  return {
+      file.directory,    opens, claims, shown + file.suffix, true, Scope::kEveryKey, Need::kNone,
+      kLayeredKeys[kind]};
 }
 
 // A file that drivers need to start, with the counts of tables that are read from it.
 FileKind StartUpFile(const voatm::FixedFile& file, std::vector<KeyKind> keys) {
+  static const FieldRule kOfASet =
+      AtMost(devhost::MostSemaphoresOfASet(), "above-semmsl", ", the semaphores of a set (SEMMSL)");
   for (const records::RecordTable& table : records::kRecordTables) {
     const char* const key = table.count.key;
     const bool known = std::any_of(keys.begin(), keys.end(), [key](const KeyKind& each) {
       return std::strcmp(each.pattern, key) == 0;
     });
     if (!known && std::strcmp(table.count.file, file.name) == 0) {
-      keys.push_back(Required(key, {kSlots, kAnySlots}));
+      keys.push_back(Required(key, {kWhole, kOfASet, kOneOrMore}));
     }
   }
   return Fixed(file, Scope::kKnownKeys, Need::kRequired, keys);
 }
 
-bool EndsIn(const std::string& text, const std::string& end) {
-  return text.size() > end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
-// <scope>_<template>_<number>
-bool NamesTemplate(const std::string& stem) { return Matches(".+_.+_(0|-?[1-9][0-9]*)", stem); }
-
 std::vector<FileKind> AllKinds() {
   std::vector<FileKind> kinds = {
-      StartUpFile(voatm::kKernelFile, {Required("CHANNEL#ORGKEY", {kChannelKey})}),
+      StartUpFile(voatm::kKernelFile, {Required("CHANNEL#ORGKEY", kChannelKey)}),
       StartUpFile(
           voatm::kBusinessFile,
           {Wanted("VOBUSINESS#UTCFLAG", {kYesOrNo}),
@@ -133,14 +157,9 @@ std::vector<FileKind> AllKinds() {
       Fixed(voatm::kCardlessFile, Scope::kEveryKey, Need::kNone,
             {Wanted("OPKEYMAP#DEFAULT", {kNotEmpty}),
              Optional("OPKEYMAP#.+", "OPKEYMAP#<key>", {{kNotEmpty}})}),
-      {voatm::kInfDirectory, "", Name::kAny, false, Scope::kGroupsOnly, Need::kNone, {}},
+      {voatm::kInfDirectory, ".*", "", "any name", false, Scope::kGroupsOnly, Need::kNone, {}},
   };
-  for (std::size_t i = 0; i < voatm::kLayeredKinds; ++i) {
-    const auto& [directory, suffix, has_default] = voatm::kFileKinds[i];
-    const Name names = i == voatm::kTemplates ? Name::kTemplate : Name::kScope;
-    kinds.push_back(
-        {directory, suffix, names, has_default, Scope::kEveryKey, Need::kNone, kLayeredKeys[i]});
-  }
+  for (std::size_t kind = 0; kind < voatm::kLayeredKinds; ++kind) kinds.push_back(Layered(kind));
   return kinds;
 }
 
@@ -154,28 +173,7 @@ bool Matches(const std::string& pattern, const std::string& text) {
   return std::regex_match(text, expression);
 }
 
-bool FileKind::Opens(const std::string& file) const {
-  if (names == Name::kFixed) return file == name;
-  if (names == Name::kAny) return true;
-  if (!Claims(file)) return false;
-  const std::string stem = file.substr(0, file.size() - std::strlen(name));
-  return names == Name::kTemplate ? NamesTemplate(stem) : has_default || stem != "DEFAULT_";
-}
-
-bool FileKind::Claims(const std::string& file) const {
-  if (names == Name::kFixed) return file == name;
-  if (names == Name::kAny) return false;
-  return EndsIn(file, names == Name::kScope ? "_" + std::string(name) : name);
-}
-
-std::string FileKind::Shown() const {
-  if (names == Name::kFixed) return name;
-  if (names == Name::kAny) return "any name";
-  return (names == Name::kScope ? "<scope>_" : "<scope>_<template>_<number>") + std::string(name);
-}
-
 std::size_t FileKind::LongestPath() const {
-  const bool layered = names == Name::kScope || names == Name::kTemplate;
   return (layered ? voatm::kLayeredPathSize : voatm::kFixedPathSize) - 1;
 }
 

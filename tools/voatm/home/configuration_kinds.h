@@ -9,16 +9,13 @@
 
 enum class Severity { kWarning, kError };
 
-// The largest number a field may hold.
-enum class Largest { kNoNumber, kAnyInteger, kChannelKey, kSemaphoresOfASet };
-
 // One thing that a field must be.
 struct FieldRule {
   std::string pattern;  // ECMAScript, of the whole field
   const char* rule;
   Severity severity;
   std::string expected;
-  Largest largest = Largest::kNoNumber;
+  long largest = 0;  // number that it may be, unless 0
 };
 
 using FieldRules = std::vector<FieldRule>;  // the first one that a field breaks is reported
@@ -43,30 +40,16 @@ enum class Scope {
   kGroupsOnly,  // its groups are counted
 };
 
-// What the file's name tells. All but a fixed name have their folder for themselves.
-enum class Name {
-  kFixed,
-  kScope,     // <scope>_<name>
-  kTemplate,  // <scope>_<template>_<number><name>
-  kAny,
-};
-
 struct FileKind {
   const char* directory;
-  const char* name;  // or what it ends in
-  Name names;
-  bool has_default;  // of kScope: "DEFAULT" is a scope that the library tries
+  std::string opens;   // ECMAScript, of the names that the library opens there
+  std::string claims;  // the same of the names that can only be meant for the folder
+  std::string shown;   // its names, for people
+  bool layered;        // has its folder for itself
   Scope scope;
   Need need;
   std::vector<KeyKind> keys;
 
-  // Whether the library opens a file of this name.
-  bool Opens(const std::string& file) const;
-
-  // Whether a file of this name can only be meant for the kind's folder.
-  bool Claims(const std::string& file) const;
-
-  std::string Shown() const;        // its names, for people
   std::size_t LongestPath() const;  // that opens
 };
 

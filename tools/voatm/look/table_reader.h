@@ -2,8 +2,8 @@
 #ifndef TOOLS_VOATM_LOOK_TABLE_READER_H
 #define TOOLS_VOATM_LOOK_TABLE_READER_H
 
+#include <functional>
 #include <string>
-#include <vector>
 
 #include "look/survey.h"
 
@@ -20,14 +20,13 @@ class TableReader {
   // "only 2 of 8 slots lie in the segment ...", for a table that is not complete.
   std::string Shortage() const;
 
-  // A copy of a readable slot, for what a driver writes meanwhile must not change while it is
-  // shown. It lasts until the next call.
-  const char* Read(int slot);
+  // Gives each readable slot that holds a record, or all, as a copy that lasts as long as the call:
+  // what a driver writes meanwhile must not change while it is shown.
+  void ForEach(bool all, const std::function<void(int slot, const char* record)>& take) const;
 
  private:
   TableState state_;
   Records records_;
-  std::vector<char> copy_;
 };
 
 #endif  // TOOLS_VOATM_LOOK_TABLE_READER_H

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -101,6 +102,35 @@ void PrintFacts(const std::string& title, const NamedTexts& facts, Tone title_to
     const std::string start = before + name + std::string(widest - name.size() + kIndent, ' ');
     PrintLine(start + value, Tone::kPlain, start.size());
   }
+}
+
+std::string InOneLine(const Json& value) {
+  if (value.is_boolean()) return value.get<bool>() ? "" : "none";
+  if (!value.is_structured()) return value.is_string() ? value.get<std::string>() : value.dump();
+  std::string line;
+  for (const Json& each : value) {
+    const std::string text = InOneLine(each);
+    line += (line.empty() || text.empty() ? "" : " ") + text;
+  }
+  return line;
+}
+
+void PrintRows(const std::string& title, const Json& objects) {
+  if (objects.empty()) return;
+  std::vector<TextTable::Column> columns;
+  for (const auto& [name, value] : objects.front().items()) {
+    columns.push_back({name});
+    for (char& c : columns.back().heading) c = static_cast<char>(std::toupper(c));
+  }
+  PrintLine("");
+  PrintLine(title);
+  TextTable table(columns);
+  for (const Json& object : objects) {
+    std::vector<std::string> cells;
+    for (const Json& value : object) cells.push_back(InOneLine(value));
+    table.AddRow(cells);
+  }
+  table.Print();
 }
 
 void ClearScreen() {

@@ -36,6 +36,14 @@ void PrintAsIs(const std::string& text);
 using NamedTexts = std::vector<std::pair<std::string, std::string>>;
 void PrintFacts(const std::string& title, const NamedTexts& facts, Tone title_tone = Tone::kPlain);
 
+// A value in a line, a list or an object as its values with blanks between; of a truth only that
+// it is none.
+std::string InOneLine(const Json& value);
+
+// A table of objects with the same members, which head the columns, below a title of its own.
+// Nothing when there are none.
+void PrintRows(const std::string& title, const Json& objects);
+
 // Clears a terminal for the next look; elsewhere nothing.
 void ClearScreen();
 

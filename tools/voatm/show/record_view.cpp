@@ -89,6 +89,15 @@ Json FieldJson(const RecordField& field, const char* record) {
   return HexJson(bytes);
 }
 
+// From which the same bytes come back: a text with anything behind its NUL, or without one, in
+// hexadecimal.
+Json ExactJson(const RecordField& field, const char* record) {
+  const std::string_view bytes = BytesOf(field, record);
+  const std::string_view used = WithoutZerosAtEnd(bytes);
+  const bool whole = used == TextOf(bytes) && used.size() < field.size;
+  return field.kind != FieldKind::kText || whole ? FieldJson(field, record) : HexJson(bytes);
+}
+
 }  // namespace
 
 bool IsFree(const RecordTable& table, const char* record) {
@@ -118,13 +127,6 @@ std::string MarkedText(const RecordField& field, const char* record, const std::
   return quote + FieldText(field, record) + quote + (marked ? " (unterminated)" : "");
 }
 
-std::string TailText(const RecordField& field, const char* record) {
-  if (field.kind != FieldKind::kText || IsUnterminated(field, record)) return "";
-  const std::string_view bytes = BytesOf(field, record);
-  const std::string_view tail = bytes.substr(TextOf(bytes).size() + 1);
-  return WithoutZerosAtEnd(tail).empty() ? "" : FoldedHex(tail);
-}
-
 std::string IdText(const RecordTable& table, const char* record) {
   return IsFree(table, record) ? records::kFreeSlot : FieldText(table.id(), record);
 }
@@ -132,30 +134,12 @@ std::string IdText(const RecordTable& table, const char* record) {
 std::string WholeText(const RecordTable& table, const RecordField& field, const char* record) {
   const bool text = field.kind == FieldKind::kText || field.kind == FieldKind::kCharacter;
   std::string whole = MarkedText(field, record, text ? "\"" : "");
-  const std::string tail = TailText(field, record);
-  if (tail.empty()) return whole;
-  return whole + (table.confidential ? " (and bytes that are not shown)" : " then 00 " + tail);
-}
-
-std::vector<FieldChange> ChangesOf(const RecordTable& table, const char* before,
-                                   const char* after) {
-  std::vector<FieldChange> changes;
-  for (const RecordField& field : table) {
-    if (BytesOf(field, before) == BytesOf(field, after)) continue;
-    changes.push_back({&field, WholeText(table, field, before), WholeText(table, field, after),
-                       FieldJson(field, before), FieldJson(field, after)});
-  }
-  return changes;
-}
-
-Json ChangesJson(const std::vector<FieldChange>& changes) {
-  Json json = Json::array();
-  for (const FieldChange& change : changes) {
-    json.push_back({{"field", change.field->name},
-                    {"before", change.json_before},
-                    {"after", change.json_after}});
-  }
-  return json;
+  if (field.kind != FieldKind::kText || IsUnterminated(field, record)) return whole;
+  const std::string_view bytes = BytesOf(field, record);
+  const std::string_view tail = bytes.substr(TextOf(bytes).size() + 1);
+  if (WithoutZerosAtEnd(tail).empty()) return whole;
+  if (table.confidential) return whole + " (and bytes that are not shown)";
+  return whole + " then 00 " + FoldedHex(tail);
 }
 
 Json RecordJson(const RecordTable& table, const char* record) {
@@ -182,13 +166,20 @@ Json SlotJson(const RecordTable& table, int slot, const char* record) {
 Json SeedRow(const RecordTable& table, const char* record) {
   Json row = Json::object();
   for (const RecordField& field : table) {
-    const std::string_view bytes = BytesOf(field, record);
-    const std::string_view used = WithoutZerosAtEnd(bytes);
-    const bool whole_text = field.kind != FieldKind::kText ||
-                            (used == TextOf(bytes) && used.size() < field.size && !used.empty());
-    if (!used.empty() || &field == &table.key()) {
-      row[field.name] = whole_text ? FieldJson(field, record) : HexJson(bytes);
-    }
+    const bool is_zero = WithoutZerosAtEnd(BytesOf(field, record)).empty();
+    if (is_zero && &field != &table.key()) continue;
+    row[field.name] = is_zero ? HexJson("") : ExactJson(field, record);
   }
   return row;
+}
+
+Json ChangesJson(const RecordTable& table, const char* before, const char* after) {
+  const auto shown = table.confidential ? FieldJson : ExactJson;
+  Json changes = Json::array();
+  for (const RecordField& field : table) {
+    if (BytesOf(field, before) == BytesOf(field, after)) continue;
+    changes.push_back(
+        {{"field", field.name}, {"before", shown(field, before)}, {"after", shown(field, after)}});
+  }
+  return changes;
 }

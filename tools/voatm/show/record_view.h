@@ -22,9 +22,6 @@ std::string FieldText(const records::RecordField& field, const char* record);
 std::string MarkedText(const records::RecordField& field, const char* record,
                        const std::string& quote = "");
 
-// What stands behind the NUL of a text that is not all zero, in hexadecimal; else nothing.
-std::string TailText(const records::RecordField& field, const char* record);
-
 // What people call a record by; "NOTDEFINED" when there is none.
 std::string IdText(const records::RecordTable& table, const char* record);
 
@@ -38,17 +35,9 @@ Json RecordJson(const records::RecordTable& table, const char* record);
 std::string WholeText(const records::RecordTable& table, const records::RecordField& field,
                       const char* record);
 
-// A field whose bytes differ between two records: its WholeText in each, and its JSON in each.
-struct FieldChange {
-  const records::RecordField* field;
-  std::string before, after;
-  Json json_before, json_after;
-};
-std::vector<FieldChange> ChangesOf(const records::RecordTable& table, const char* before,
-                                   const char* after);
-
-// [{field, before, after}]
-Json ChangesJson(const std::vector<FieldChange>& changes);
+// The fields whose bytes differ between two records: [{field, before, after}], each value as in a
+// row of a seed file; of a confidential table without what stands behind a text.
+Json ChangesJson(const records::RecordTable& table, const char* before, const char* after);
 
 // What a list of a table's slots begins with: {table, slots, complete}.
 Json SlotsJson(const records::RecordTable& table, int slots, bool complete);

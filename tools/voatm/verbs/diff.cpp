@@ -1,8 +1,8 @@
 // voatm diff: what changed between two sides, and which answers change with it.
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <fstream>
 #include <memory>
 #include <sstream>
@@ -21,19 +21,6 @@ struct Options : DataOptions {
   std::string b;
   std::vector<Atm> atms;
   std::string atms_file;
-};
-
-struct AtmChanges {
-  const Atm* atm;
-  std::vector<AnswerChange> answers;
-};
-
-struct Difference {
-  std::vector<RowChange> rows;
-  std::vector<EntryChange> entries;
-  std::vector<AtmChanges> atms;
-
-  bool empty() const { return rows.empty() && entries.empty() && atms.empty(); }
 };
 
 Atm AtmOf(const std::vector<std::string>& words, const std::string& place) {
@@ -73,96 +60,45 @@ class Progress {
   std::chrono::steady_clock::time_point shown_ = std::chrono::steady_clock::now();
 };
 
-Difference Compare(const Options& options) {
+Json Compare(const Options& options) {
   Side a = ReadSide(options.a, options.home);
   Side b = ReadSide(options.b, options.home);
-  Difference difference = {CompareRows(&a, &b), CompareEntries(a, b), {}};
+  Json answers = Json::array();
   Progress progress;
   for (const Atm& atm : options.atms) {
-    auto answers = CompareAnswers(
+    const Json changes = CompareAnswers(
         &a, &b, atm, [&](std::size_t asked, std::size_t all) { progress(atm, asked, all); });
-    if (!answers.empty()) difference.atms.push_back({&atm, std::move(answers)});
+    answers.insert(answers.end(), changes.begin(), changes.end());
   }
-  return difference;
+  return {{"rows", CompareRows(a, b)}, {"entries", CompareEntries(a, b)}, {"answers", answers}};
 }
 
-std::string InOneLine(const Placed& placed) {
-  if (!placed.answer.found) return "not found";
-  std::string line;
-  for (const Fact& fact : placed.answer.facts) line += (line.empty() ? "" : " ") + fact.value;
-  return line;
-}
-
-Json PlacedJson(const Placed& placed) {
-  Json facts = Json::object();
-  for (const Fact& fact : placed.answer.facts) facts[fact.name] = fact.value;
-  return {{"found", placed.answer.found}, {"where", placed.where}, {"answer", std::move(facts)}};
-}
-
-Json DifferenceJson(const Difference& difference) {
-  Json json = {{"rows", Json::array()}, {"entries", Json::array()}, {"answers", Json::array()}};
-  for (const RowChange& row : difference.rows) {
-    json["rows"].push_back({{"table", row.table->name},
-                            {"id", row.id},
-                            {"change", row.change},
-                            {"fields", ChangesJson(row.fields)}});
+void PrintText(const Json& difference) {
+  Json fields = Json::array();
+  for (const Json& row : difference["rows"]) {
+    const auto add = [&](const Json& field, const Json& before, const Json& after) {
+      fields.push_back({{"table", row["table"]},
+                        {"id", row["id"]},
+                        {"field", field},
+                        {"a", before},
+                        {"b", after}});
+    };
+    if (row["fields"].empty()) add(row["change"], "", "");
+    for (const Json& field : row["fields"]) add(field["field"], field["before"], field["after"]);
   }
-  for (const EntryChange& entry : difference.entries) {
-    json["entries"].push_back(
-        {{"file", entry.file}, {"key", entry.key}, {"a", entry.a}, {"b", entry.b}});
-  }
-  for (const AtmChanges& changes : difference.atms) {
-    for (const AnswerChange& answer : changes.answers) {
-      json["answers"].push_back({{"atm", changes.atm->s3},
-                                 {"request", answer.request},
-                                 {"a", PlacedJson(answer.a)},
-                                 {"b", PlacedJson(answer.b)}});
-    }
-  }
-  return json;
-}
-
-void PrintText(const Difference& difference) {
-  if (!difference.rows.empty()) {
-    PrintLine("Rows");
-    TextTable table({{"TABLE"}, {"ID"}, {"FIELD"}, {"A"}, {"B"}});
-    for (const RowChange& row : difference.rows) {
-      if (row.fields.empty()) table.AddRow({row.table->name, row.id, row.change, "", ""});
-      for (const FieldChange& field : row.fields) {
-        table.AddRow({row.table->name, row.id, field.field->name, field.before, field.after});
-      }
-    }
-    table.Print();
-  }
-  if (!difference.entries.empty()) {
-    PrintLine("Entries");
-    TextTable table({{"FILE"}, {"KEY"}, {"A"}, {"B"}});
-    for (const EntryChange& entry : difference.entries) {
-      table.AddRow({entry.file, entry.key, entry.a, entry.b});
-    }
-    table.Print();
-  }
-  for (const AtmChanges& changes : difference.atms) {
-    PrintLine("Answers for " + changes.atm->s3 + " of " + changes.atm->s2 + ", " + changes.atm->s1);
-    TextTable table({{"REQUEST"}, {"A"}, {"FROM"}, {"B"}, {"FROM"}});
-    for (const AnswerChange& answer : changes.answers) {
-      table.AddRow({answer.request, InOneLine(answer.a), answer.a.where, InOneLine(answer.b),
-                    answer.b.where});
-    }
-    table.Print();
-  }
+  PrintRows("Rows", fields);
+  PrintRows("Entries", difference["entries"]);
+  PrintRows("Answers", difference["answers"]);
 }
 
 ExitCode Diff(Options options) {
   if (!options.atms_file.empty()) ReadAtms(options.atms_file, &options.atms);
   if (options.a == "live" || options.b == "live") RequireHome(options.home);
-  const Difference difference = Compare(options);
-  if (options.json) {
-    PrintJson(DifferenceJson(difference));
-  } else {
-    PrintText(difference);
-  }
-  return difference.empty() ? kDone : kFindings;
+  const Json difference = Compare(options);
+  options.json ? PrintJson(difference) : PrintText(difference);
+  const bool equal = std::all_of(difference.begin(), difference.end(),
+                                 [](const Json& changes) { return changes.empty(); });
+  return equal ? kDone : kFindings;
 }
 
 Action Declare(OptionList* list) {

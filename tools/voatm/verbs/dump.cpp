@@ -24,18 +24,17 @@ bool IsUntouched(const RecordTable& table, const char* record) {
 }
 
 ExitCode Dump(const Options& options) {
-  TableReader table(options.home, *options.table);
+  const TableReader table(options.home, *options.table);
   JsonList list;
   int next = 0;  // the slot of a row that does not say its own
-  for (int slot = 0; slot < table.readable(); ++slot) {
-    const char* record = table.Read(slot);
-    if (IsUntouched(*options.table, record)) continue;
+  table.ForEach(true, [&](int slot, const char* record) {
+    if (IsUntouched(*options.table, record)) return;
     Json row = Json::object();
     if (slot != next) row["Slot"] = slot;
     row.update(SeedRow(*options.table, record));
     list.Add(row);
     next = slot + 1;
-  }
+  });
   if (table.complete()) {
     list.Close();
     return kDone;

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "ask/experiment.h"
-#include "ask/rows_source.h"
+#include "ask/side.h"
 #include "show/output.h"
 #include "verbs/verbs.h"
 
@@ -20,51 +20,17 @@ struct Options : DataOptions {
   bool locks = false;
 };
 
-Json FactsJson(const Facts& facts) {
-  Json json = Json::object();
-  for (const Fact& fact : facts) {
-    std::string name = fact.name;
-    for (int number = 2; json.contains(name); ++number) {
-      name = fact.name + " " + std::to_string(number);
-    }
-    json[name] = fact.value;
-  }
-  return json;
-}
-
-Json PlacedJson(const std::vector<Placed>& all) {
-  Json json = Json::array();
-  for (const Placed& each : all) {
-    json.push_back({{"where", each.where}, {"answer", FactsJson(each.answer.facts)}});
-  }
-  return json;
-}
-
 Json ExplanationJson(const Question& question, const Explanation& explanation,
                      const Options& options) {
-  Json tries = Json::array();
-  for (const Try& each : explanation.tries) {
-    tries.push_back({{"level", each.level}, {"tried", each.tried}, {"result", each.result}});
-  }
-  Json json = {{"kind", question.name},
-               {"found", explanation.taken.answer.found},
-               {"source", explanation.taken.where},
-               {"answer", FactsJson(explanation.taken.answer.facts)},
-               {"tries", std::move(tries)},
-               {"behind", PlacedJson(explanation.behind)},
-               {"alone", PlacedJson(explanation.alone)}};
+  const Placed& taken = explanation.taken;
+  Json json = {{"kind", question.name},      {"found", taken.answer.found},
+               {"source", taken.where},      {"answer", taken.answer.facts},
+               {"tries", explanation.tries}, {"behind", explanation.behind},
+               {"alone", explanation.alone}};
   if (question.note != nullptr) json["note"] = question.note;
-  if (options.locks && explanation.cost) {
-    json["locks"] = {{"slots", explanation.cost->slots}, {"calls", explanation.cost->calls}};
-  }
+  if (options.locks && !explanation.locks.is_null()) json["locks"] = explanation.locks;
   if (options.trace) json["trace"] = explanation.trace;
   return json;
-}
-
-std::string InOneLine(const Facts& facts) {
-  std::string line;
-  for (const Fact& fact : facts) line += (line.empty() ? "" : " ") + fact.value;
-  return line;
 }
 
 void PrintTitle(const std::string& title) {
@@ -72,49 +38,27 @@ void PrintTitle(const std::string& title) {
   PrintLine(title);
 }
 
-void PrintAnswer(const Facts& facts) {
-  if (facts.empty()) return;
-  PrintTitle("Answer");
-  TextTable table({{"FIELD"}, {"VALUE"}});
-  for (const Fact& fact : facts) table.AddRow({fact.name, fact.value});
-  table.Print();
-}
-
-void PrintTries(const std::vector<Try>& tries) {
-  if (tries.empty()) return;
-  PrintTitle("Tries");
-  TextTable table({{"LEVEL"}, {"TRIED"}, {"RESULT"}});
-  for (const Try& each : tries) table.AddRow({each.level, each.tried, each.result});
-  table.Print();
-}
-
-void PrintPlaced(const char* title, const std::vector<Placed>& all) {
-  if (all.empty()) return;
-  PrintTitle(title);
-  TextTable table({{"WHERE"}, {"ANSWER"}});
-  for (const Placed& each : all) table.AddRow({each.where, InOneLine(each.answer.facts)});
-  table.Print();
-}
-
-void PrintText(const Question& question, const Explanation& explanation, const Options& options) {
-  const Answer& answer = explanation.taken.answer;
+void PrintText(const Question& question, const Json& json) {
   if (question.ground != Ground::kNothing) {
-    answer.found ? PrintLine("found: " + explanation.taken.where)
-                 : PrintLine("not found", Tone::kAlarm);
+    json["found"] ? PrintLine("found: " + json["source"].get<std::string>())
+                  : PrintLine("not found", Tone::kAlarm);
   }
-  PrintAnswer(answer.facts);
-  PrintTries(explanation.tries);
-  PrintPlaced("Behind it, each when those before are gone", explanation.behind);
-  PrintPlaced("Never reached, though each would do alone", explanation.alone);
-  if (question.note != nullptr) PrintTitle("Note: " + std::string(question.note) + ".");
-  if (options.locks && explanation.cost) {
-    PrintTitle("Under locks: " + std::to_string(explanation.cost->slots) + " slots, " +
-               std::to_string(explanation.cost->calls) + " semaphore calls");
+  Json facts = Json::array();
+  for (const auto& [name, value] : json["answer"].items()) {
+    facts.push_back({{"field", name}, {"value", value}});
   }
-  if (!options.trace) return;
-  PrintTitle("Trace");
-  for (const std::string& line : explanation.trace) PrintLine(line);
-  if (explanation.trace.empty()) PrintLine("nothing was traced");
+  PrintRows("Answer", facts);
+  PrintRows("Tries", json["tries"]);
+  PrintRows("Behind it, each when those before are gone", json["behind"]);
+  PrintRows("Never reached, though each would do alone", json["alone"]);
+  if (json.contains("note")) PrintTitle("Note: " + InOneLine(json["note"]) + ".");
+  if (json.contains("locks")) {
+    PrintTitle("Under locks: " + InOneLine(json["locks"]["slots"]) + " slots, " +
+               InOneLine(json["locks"]["calls"]) + " semaphore calls");
+  }
+  if (!json.contains("trace")) return;
+  PrintTitle(json["trace"].empty() ? "Nothing was traced" : "Trace");
+  for (const Json& line : json["trace"]) PrintLine(InOneLine(line));
 }
 
 Explanation Explain(const Options& options, const Question& question, const Inputs& inputs) {
@@ -127,7 +71,7 @@ Explanation Explain(const Options& options, const Question& question, const Inpu
     setenv("VODIR_HOME", options.home.c_str(), 1);
     return ExplainFiles(question, inputs);
   }
-  Rows rows = RowsFrom(options.from, options.home, question.Table());
+  Rows rows = RowsFrom(options.from, options.home, *question.table);
   return RowsExperiment(question, inputs, &rows).Explain();
 }
 
@@ -141,11 +85,8 @@ ExitCode ExitCodeOf(const Question& question, const Explanation& explanation) {
 ExitCode ExplainAndPrint(const Options& options) {
   const Question& question = *FindQuestion(options.kind);
   const Explanation explanation = Explain(options, question, ReadInputs(question, options.given));
-  if (options.json) {
-    PrintJson(ExplanationJson(question, explanation, options));
-  } else {
-    PrintText(question, explanation, options);
-  }
+  const Json json = ExplanationJson(question, explanation, options);
+  options.json ? PrintJson(json) : PrintText(question, json);
   if (!explanation.unseen.empty()) Say(explanation.unseen + ": a driver may see more");
   return ExitCodeOf(question, explanation);
 }

@@ -78,26 +78,17 @@ std::vector<TextTable::Column> HeadingsOf(const std::vector<Column>& columns) {
   return headings;
 }
 
-template <typename Show>
-void ForEachRow(TableReader& table, bool all, Show show) {
-  for (int slot = 0; slot < table.readable(); ++slot) {
-    const char* record = table.Read(slot);
-    if (all || !IsFree(table.table(), record)) show(slot, record);
-  }
-}
-
-void PrintJsonRows(TableReader& table, bool all) {
+void PrintJsonRows(const TableReader& table, bool all) {
   JsonList list(SlotsJson(table.table(), table.slots(), table.complete()));
-  ForEachRow(table, all, [&](int slot, const char* record) {
-    list.Add(SlotJson(table.table(), slot, record));
-  });
+  table.ForEach(
+      all, [&](int slot, const char* record) { list.Add(SlotJson(table.table(), slot, record)); });
   list.Close();
 }
 
-void PrintTextRows(TableReader& table, bool all) {
+void PrintTextRows(const TableReader& table, bool all) {
   const std::vector<Column> columns = ColumnsOf(table.table());
   TextTable text(HeadingsOf(columns));
-  ForEachRow(table, all, [&](int slot, const char* record) {
+  table.ForEach(all, [&](int slot, const char* record) {
     std::vector<std::string> cells = {std::to_string(slot)};
     for (const Column& column : columns) cells.push_back(column.Cell(record));
     text.AddRow(cells);
@@ -106,7 +97,7 @@ void PrintTextRows(TableReader& table, bool all) {
 }
 
 ExitCode List(const Options& options) {
-  TableReader table(options.home, *options.table);
+  const TableReader table(options.home, *options.table);
   options.json ? PrintJsonRows(table, options.all) : PrintTextRows(table, options.all);
   if (table.complete()) return kDone;
   Say(table.Shortage());

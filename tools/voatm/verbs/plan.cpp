@@ -85,7 +85,7 @@ LogicOf LogicSource(const Options& options, const CashRequest& request) {
     return [&](int amount) -> std::optional<std::string> {
       const Placed placed = LookUpLogic(options, amount);
       if (!placed.answer.found) return std::nullopt;
-      return placed.answer.facts.front().value;
+      return placed.answer.facts.front().get<std::string>();
     };
   }
   if (!options.logic) return NoLogic(request);

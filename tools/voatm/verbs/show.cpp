@@ -1,8 +1,8 @@
 // voatm show: a record of a table whole.
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "look/table_reader.h"
 #include "show/output.h"
@@ -34,58 +34,36 @@ void PrintWhole(const RecordTable& table, int slot, const char* record) {
       fields);
 }
 
-std::vector<int> FindId(TableReader& table, const Options& options) {
-  std::vector<int> slots;
-  for (int slot = 0; slot < table.readable(); ++slot) {
-    const char* record = table.Read(slot);
-    if (!options.all && IsFree(table.table(), record)) continue;
-    if (IdText(table.table(), record) == options.wanted) slots.push_back(slot);
-  }
-  return slots;
-}
-
-void Print(TableReader& table, const std::vector<int>& slots, bool json) {
-  std::optional<JsonList> list;
-  if (json) list.emplace(SlotsJson(table.table(), table.slots(), table.complete()));
-  for (const int slot : slots) {
-    const char* record = table.Read(slot);
-    json ? list->Add(SlotJson(table.table(), slot, record))
-         : PrintWhole(table.table(), slot, record);
-  }
-  if (json) list->Close();
-}
-
-// Says why there is nothing to show in a slot; nothing when there is something.
-std::string WhyNothing(TableReader& table, int slot, bool all) {
+// Why there is nothing to show.
+std::string WhyNothing(const TableReader& table, const Options& options) {
   const std::string name = table.table().name;
-  const std::string number = std::to_string(slot);
-  if (slot >= table.slots()) {
-    return "no slot " + number + " in " + name + ", which has " + std::to_string(table.slots()) +
-           "; --id if it is an id";
-  }
-  const bool hidden = !all && IsFree(table.table(), table.Read(slot));
-  return hidden ? "slot " + number + " of " + name + " is free; --all shows it" : "";
-}
-
-ExitCode ShowSlot(TableReader& table, int slot, const Options& options) {
-  if (slot < table.slots() && slot >= table.readable()) {
-    throw std::runtime_error("cannot read slot " + std::to_string(slot) + ": " + table.Shortage());
-  }
-  const std::string why_nothing = WhyNothing(table, slot, options.all);
-  const bool found = why_nothing.empty();
-  Print(table, found ? std::vector<int>{slot} : std::vector<int>{}, options.json);
-  if (!found) Say(why_nothing);
-  return found ? kDone : kFindings;
+  const auto slot = options.Slot();
+  if (!slot) return "no record " + options.wanted + " in " + name;
+  const std::string number = std::to_string(*slot);
+  if (*slot < table.slots()) return "slot " + number + " of " + name + " is free; --all shows it";
+  return "no slot " + number + " in " + name + ", which has " + std::to_string(table.slots()) +
+         "; --id if it is an id";
 }
 
 ExitCode Show(const Options& options) {
-  TableReader table(options.home, *options.table);
-  if (const auto slot = options.Slot()) return ShowSlot(table, *slot, options);
-  const std::vector<int> slots = FindId(table, options);
-  Print(table, slots, options.json);
-  if (slots.empty()) Say("no record " + options.wanted + " in " + options.table->name);
-  if (!table.complete()) Say(table.Shortage());
-  return slots.empty() || !table.complete() ? kFindings : kDone;
+  const TableReader table(options.home, *options.table);
+  const auto slot = options.Slot();
+  if (slot && *slot < table.slots() && *slot >= table.readable()) {
+    throw std::runtime_error("cannot read slot " + std::to_string(*slot) + ": " + table.Shortage());
+  }
+  std::optional<JsonList> list;
+  if (options.json) list.emplace(SlotsJson(table.table(), table.slots(), table.complete()));
+  bool found = false;
+  table.ForEach(options.all, [&](int at, const char* record) {
+    if (slot ? at != *slot : IdText(table.table(), record) != options.wanted) return;
+    found = true;
+    list ? list->Add(SlotJson(table.table(), at, record)) : PrintWhole(table.table(), at, record);
+  });
+  if (list) list->Close();
+  if (!found) Say(WhyNothing(table, options));
+  const bool looked_at_all = slot || table.complete();
+  if (!looked_at_all) Say(table.Shortage());
+  return found && looked_at_all ? kDone : kFindings;
 }
 
 Action Declare(OptionList* list) {
