@@ -55,9 +55,9 @@ TEST_F(DenominationsTest, AreFoundByTheLastOfTheirLetter) {
   EXPECT_EQ(value, 7);
   EXPECT_EQ(util.GetDenomination(denoms_, 'B', &value), 1);
   EXPECT_EQ(value, 30);
-  for (const char id : {'@', 'c', 'H', 'I'})
+  for (const char id : {'@', 'A', 'c', 'H', 'I'})
     util.PackDispLogicBuf(std::string("12").data(), id, Out(0));
-  EXPECT_EQ(Done(1), "1 [####12########12]");
+  EXPECT_EQ(Done(1), "1 [12##12########12]");
 }
 
 TEST_F(DenominationsTest, FillTheirRecordAtFixedOffsets) {

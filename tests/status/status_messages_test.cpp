@@ -36,6 +36,7 @@ TEST_P(StatusMessagesTest, AppendACodeOnceForEachOtherCodeWithin99Characters) {
                {"NONE", "C3", ""},
                {"NONE", "XX", ""},
                {"TEN-LONG-1|", "TEN-LONG-1", "TEN-LONG-1|"},
+               {"TEN-LONG-1+|", "TEN-LONG-1", "TEN-LONG-1+|"},  // is cut to ten
                {"TEN-LONG-2|", "TEN-LONG-1", "TEN-LONG-2|TEN-LONG-1|"},
                {longest, "C3", longest + "C3|"},
                {"A" + longest, "C3", "A" + longest}};

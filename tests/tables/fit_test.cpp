@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <string_view>
 
 #include "support/driver_test.h"
@@ -26,6 +27,10 @@ TEST_P(FitTest, VerifySaysWhetherAnIdIsStillFree) {
   for (const char* free_id : {"f1", "F", "F11", ""}) EXPECT_EQ(util_.VerifyAtmFit(free_id), 1);
   util_.MaxFit = 2;
   EXPECT_EQ(util_.VerifyAtmFit("F1"), 1);
+  Put(0, "A", "B", "C");
+  errno = 0;
+  EXPECT_EQ(util_.VerifyAtmFit("F1"), -1);
+  EXPECT_EQ(errno, EEXIST);
 }
 
 TEST_P(FitTest, SelectsAsTheRulesSayOnRandomTables) {
