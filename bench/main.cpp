@@ -16,7 +16,8 @@ namespace {
 
 constexpr int kRepetitions = 15;
 
-enum class Limit { kAtMost, kAtLeastFaster, kMoreNanoseconds };
+// A ratio that is only shown has no bound and is not judged.
+enum class Limit { kAtMost, kAtLeastFaster, kMoreNanoseconds, kShown };
 
 struct Target {
   const char* name;
@@ -54,6 +55,9 @@ constexpr Target kTargets[] = {
      1.5},
     {"fit_count_all", "getFitCount, all by two wildcards", "8 bytes of each row", Limit::kAtMost,
      3},
+    // Not judged: a first key of eight characters and more takes two looks at each row.
+    {"fit_count_long", "the same, a first key of 12 characters", "8 bytes of each row",
+     Limit::kShown, 0},
     {"card_prefix", "indirect state, prefix in the last row", "8 bytes of each row", Limit::kAtMost,
      1.5},
     {"card_catch_all", "indirect state, catch-all in the last", "8 bytes of each row",
@@ -164,12 +168,14 @@ bool PrintTable(const Times& times) {
       figures.push_back(Figure(target.limit, op[i], base[i]));
     }
     const double figure = Median(figures);
-    const bool met = IsMet(target, figure);
-    ++judged;
+    const bool shown_only = target.limit == Limit::kShown;
+    const bool met = shown_only || IsMet(target, figure);
+    if (!shown_only) ++judged;
     if (!met) ++missed;
     printf("%-40s %12s  %-30s %12s %12s %15s  %s\n", target.operation, Time(Median(op)).c_str(),
            target.baseline, Time(Median(base)).c_str(), Text(target.limit, figure).c_str(),
-           ("<= " + Text(target.limit, target.bound)).c_str(), met ? "yes" : "NO");
+           shown_only ? "-" : ("<= " + Text(target.limit, target.bound)).c_str(),
+           shown_only ? "-" : (met ? "yes" : "NO"));
   }
   printf("%d of %d targets met\n", judged - missed, judged);
   return judged > 0 && missed == 0;
@@ -187,7 +193,8 @@ int main(int argc, char** argv) {
   if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 2;
   Times times;
   for (int i = 0; i < kRepetitions; ++i) {
-    if (benchmark::RunSpecifiedBenchmarks(&times) == 0) return 1;  // which it has said
+    const bool any = benchmark::RunSpecifiedBenchmarks(&times) > 0;
+    if (!any || times.failed()) return 1;  // which was said
   }
-  return PrintTable(times) && !times.failed() ? 0 : 1;
+  return PrintTable(times) ? 0 : 1;
 }

@@ -97,6 +97,20 @@ int FindSlotAmong(Slots<Record> slots, Next next, Visit visit) {
   }
 }
 
+// The first record from this one on that may match, or end. Where hardly any does, looking at four
+// in a round costs less than the look itself.
+template <typename Record, typename MayMatch>
+Record* NextCandidate(Record* record, Record* end, MayMatch may_match) {
+  for (; end - record >= 4; record += 4) {
+    if (may_match(record[0]) || may_match(record[1]) || may_match(record[2]) ||
+        may_match(record[3])) {
+      break;
+    }
+  }
+  while (record < end && !may_match(*record)) ++record;
+  return record;
+}
+
 // What a visit found, for the caller who gets it once its slot was given back: until then the
 // operation may fail, and the caller's buffer is to stay as it was. It is copied here while the
 // slot is held; where nothing locks, it is read where it stands.

@@ -27,55 +27,61 @@ SlotLock FitLock(const VoATMUtil& util, const LockTexts& texts) {
 class Selection {
  public:
   Selection(const char* key1, const char* key2, const char* key3)
-      : keys_{{key1, sizeof(AtmFit::MatchKey1)},
-              {key2, sizeof(AtmFit::MatchKey2)},
-              {key3, sizeof(AtmFit::MatchKey3)}} {}
+      : key1_(key1, sizeof(AtmFit::MatchKey1)),
+        key2_(key2, sizeof(AtmFit::MatchKey2)),
+        key3_(key3, sizeof(AtmFit::MatchKey3)) {}
 
-  bool Has(const AtmFit& fit) const {
-    return keys_[0].Is(fit.MatchKey1) && (IsOpen(fit) || MissedKey(fit) == kNone);
-  }
+  bool Has(const AtmFit& fit) const { return MissOf(fit) == kNone; }
 
   // The first selected record from this one on, or end. Records that lie together often miss the
   // same key: while they do, only that one is looked at.
   AtmFit* Next(AtmFit* fit, AtmFit* end) const {
-    for (; fit < end; ++fit) {
-      if (!keys_[0].Is(fit->MatchKey1)) continue;
-      if (__builtin_expect(IsOpen(*fit), true)) break;
-      const int missed = MissedKey(*fit);
-      if (missed == kNone) break;
-      fit = NextWith(missed, fit + 1, end) - 1;
+    while (fit < end) {
+      const Miss miss = MissOf(*fit);
+      if (__builtin_expect(miss == kNone, true)) break;
+      fit = NextWith(miss, fit + 1, end);
     }
     return fit;
   }
 
  private:
-  static constexpr int kNone = 0;
+  // The key by which a record is not selected.
+  enum Miss { kNone, kKey1, kKey2, kKey3 };
 
-  static bool IsOpen(const AtmFit& fit) {
-    return FieldIsAny(fit.MatchKey2) && FieldIsAny(fit.MatchKey3);
+  Miss MissOf(const AtmFit& fit) const {
+    if (!key1_.Is(fit.MatchKey1)) return kKey1;
+    if (FieldIsAny(fit.MatchKey2)) return FieldIsAny(fit.MatchKey3) ? kNone : kKey3;
+    if (!key2_.Is(fit.MatchKey2)) return kKey2;
+    return FieldIsAny(fit.MatchKey3) || key3_.Is(fit.MatchKey3) ? kNone : kKey3;
   }
 
-  // The key behind the first by which a record that is not open is not selected, or kNone. Out of
-  // line, as the next, so that the loop above has its words in registers.
-  [[gnu::noinline]] int MissedKey(const AtmFit& fit) const {
-    if (FieldIsAny(fit.MatchKey2) || !keys_[1].Is(fit.MatchKey2)) return 1;
-    return FieldIsAny(fit.MatchKey3) || keys_[2].Is(fit.MatchKey3) ? kNone : 2;
-  }
-
-  // The first record from this one on whose field may hold the key or any, or end.
-  [[gnu::noinline]] AtmFit* NextWith(int key, AtmFit* fit, AtmFit* end) const {
-    const FieldKey wanted = keys_[key];
-    const std::size_t column = key == 1 ? offsetof(AtmFit, MatchKey2) : offsetof(AtmFit, MatchKey3);
-    for (; fit < end; ++fit) {
-      const char* field = reinterpret_cast<const char*>(fit) + column;
-      // Two looks at a record ask for more than the processor fetches on its own.
-      __builtin_prefetch(field + 16 * sizeof(AtmFit));
-      if (wanted.MayBe(field) || *field == kAny[0]) break;
+  // The first record from this one on that may not miss this key, or end. Out of line, so that
+  // records that are all selected are not slowed by it.
+  [[gnu::noinline]] AtmFit* NextWith(Miss miss, AtmFit* fit, AtmFit* end) const {
+    switch (miss) {
+      case kKey1:
+        return NextCandidate(
+            fit, end, [key = key1_](const AtmFit& next) { return key.MayBe(next.MatchKey1); });
+      case kKey2:
+        return NextCandidate(fit, end, [key = key2_](const AtmFit& next) {
+          return MayBeOrAny(key, next.MatchKey2);
+        });
+      default:
+        return NextCandidate(fit, end, [key = key3_](const AtmFit& next) {
+          return MayBeOrAny(key, next.MatchKey3);
+        });
     }
-    return fit;
   }
 
-  FieldKey keys_[3];
+  static bool MayBeOrAny(const FieldKey& key, const char* field) {
+    // Two looks at a record ask for more than the processor fetches on its own.
+    __builtin_prefetch(field + 16 * sizeof(AtmFit));
+    return key.MayBe(field) || *field == kAny[0];
+  }
+
+  FieldKey key1_;
+  FieldKey key2_;
+  FieldKey key3_;
 };
 
 template <typename Visit>
