@@ -15,19 +15,13 @@ struct Placed {
   Answer answer;
 };
 
-// Lists are as voatm explain prints them.
-struct Explanation {
-  Placed taken;
-  // {level: "file", "entry" or "scan", tried: the path, the key or the slots, result: where it was
-  // found, or "none"}
-  Json tries = Json::array();
-  Json behind = Json::array();  // {where, answer}; each would answer if those before it were gone
-  Json alone = Json::array();   // the same, rows that are never reached but would answer alone
-  Json trace = Json::array();   // the library's own: level, or '-', and text
-  Json locks;  // of requests to tables: {slots: visited by a driver under locks, calls: of semop}
-  std::string unseen;  // what could not be looked at, with the cause; else empty
-};
+// What an explanation begins with: {found, source, answer, tries, behind: [], alone: [], trace}. A
+// try is {level: "file", "entry" or "scan", tried: the path, the key or the slots, result: where it
+// was found, or "none"}; the trace is the library's own: level, or '-', and text.
+Json ExplanationOf(const Placed& taken, const Json& tries, const Json& trace);
 
+// As those behind the answer, which would each answer if those before it were gone, and those
+// alone, rows that are never reached but would answer by themselves, are shown.
 inline Json PlacedJson(const Placed& placed) {
   return {{"where", placed.where}, {"answer", placed.answer.facts}};
 }
@@ -51,7 +45,7 @@ class RowsExperiment {
 
   Answer Ask();
   Placed Place();
-  Explanation Explain();
+  Json Explain();  // with locks: {slots: that a driver under locks visits, calls: of semop}
 
  private:
   void Point(char* rows, int count);
@@ -61,7 +55,7 @@ class RowsExperiment {
   void PutMark(int digit, char* record) const;
   Answer AskAlone(int slot);
   std::vector<Event> AskLocked();
-  void LookBehind(int taken, Explanation* explanation);
+  void LookBehind(int taken, Json* explanation);
   std::string Where(int slot) const;
 
   const Question& question_;
@@ -70,11 +64,12 @@ class RowsExperiment {
   VoATMUtil util_;
 };
 
-// Asks a question of the files of the home that VODIR_HOME names.
+// Asks a question of the files of the home that VODIR_HOME names. An explanation has "unseen" when
+// something could not be looked at: what, and the cause.
 Placed AskFiles(const Question& question, const Inputs& inputs);
-Explanation ExplainFiles(const Question& question, const Inputs& inputs);
+Json ExplainFiles(const Question& question, const Inputs& inputs);
 
 // Asks a question that needs neither.
-Explanation ExplainText(const Question& question, const Inputs& inputs);
+Json ExplainText(const Question& question, const Inputs& inputs);
 
 #endif  // TOOLS_VOATM_ASK_EXPERIMENT_H

@@ -8,9 +8,9 @@ using Output = char[256];
 
 Answer AskTxnCode(VoATMUtil& util, const Inputs& inputs) {
   Output code = {}, amount = {}, currency = {}, printer = {}, request = {};
-  const int result = util.LoadTxnCode(
-      inputs.Chars("key1"), inputs.Chars("key2"), code, amount, currency, printer, request,
-      inputs.Chars("s1"), inputs.Chars("s2"), inputs.Chars("s3"), inputs.Chars("fallback"));
+  const int result =
+      util.LoadTxnCode(inputs["key1"], inputs["key2"], code, amount, currency, printer, request,
+                       inputs["s1"], inputs["s2"], inputs["s3"], inputs["fallback"]);
   return AnswerWhen(result == 0, {{"TxnCode", code},
                                   {"Amount", amount},
                                   {"CurrCode", currency},
@@ -19,19 +19,18 @@ Answer AskTxnCode(VoATMUtil& util, const Inputs& inputs) {
 }
 
 Answer AskResponse(VoATMUtil& util, const Inputs& inputs) {
-  const auto load = inputs.Text("response") == "good" ? &VoATMUtil::LoadGoodResponseState
-                                                      : &VoATMUtil::LoadBadResponseState;
+  const auto load = inputs.Is("response", "good") ? &VoATMUtil::LoadGoodResponseState
+                                                  : &VoATMUtil::LoadBadResponseState;
   Output state = {}, screen = {};
-  const int result =
-      (util.*load)(inputs.Chars("key1"), inputs.Chars("key2"), state, screen, inputs.Chars("s1"),
-                   inputs.Chars("s2"), inputs.Chars("s3"), inputs.Chars("fallback"));
+  const int result = (util.*load)(inputs["key1"], inputs["key2"], state, screen, inputs["s1"],
+                                  inputs["s2"], inputs["s3"], inputs["fallback"]);
   return AnswerWhen(result == 1, {{"StateNo", state}, {"ScreenNo", screen}});
 }
 
 Answer AskScreen(VoATMUtil& util, const Inputs& inputs) {
   Output screen = {};
-  const int result = util.GetEmptyScreen(inputs.Chars("s1"), inputs.Chars("s2"), inputs.Chars("s3"),
-                                         screen, inputs.Chars("fallback"));
+  const int result =
+      util.GetEmptyScreen(inputs["s1"], inputs["s2"], inputs["s3"], screen, inputs["fallback"]);
   return AnswerWhen(result == 1, {{"ScreenNo", screen}});
 }
 
@@ -42,11 +41,11 @@ void AddTo(Answer* answer, const char* operation, bool found, const Json& facts)
 }
 
 Answer AskTemplate(VoATMUtil& util, const Inputs& inputs) {
-  const char* const s1 = inputs.Chars("s1");
-  const char* const s2 = inputs.Chars("s2");
-  const char* const s3 = inputs.Chars("s3");
-  const char* const fallback = inputs.Chars("fallback");
-  const char* const name = inputs.Chars("template");
+  const char* const s1 = inputs["s1"];
+  const char* const s2 = inputs["s2"];
+  const char* const s3 = inputs["s3"];
+  const char* const fallback = inputs["fallback"];
+  const char* const name = inputs["template"];
   const int number = inputs.Number("number");
   OARDetails details{}, flags{};
   Output key_details = {}, time_out = {};
@@ -72,100 +71,47 @@ Answer AskTemplate(VoATMUtil& util, const Inputs& inputs) {
 
 Answer AskDispenseLogic(VoATMUtil& util, const Inputs& inputs) {
   Output logic = {};
-  const int result = util.GetDispLogic(inputs.Chars("logic"), inputs.Number("index"),
-                                       inputs.Chars("s1"), inputs.Chars("s2"), inputs.Chars("s3"),
-                                       logic, inputs.Chars("model"), inputs.Chars("fallback"));
+  const int result =
+      util.GetDispLogic(inputs["logic"], inputs.Number("index"), inputs["s1"], inputs["s2"],
+                        inputs["s3"], logic, inputs["model"], inputs["fallback"]);
   return AnswerWhen(result == 1, {{"DispLogic", logic}});
 }
 
 Answer AskDeposit(VoATMUtil& util, const Inputs& inputs) {
-  std::string deposit = inputs.Text("deposit");
+  std::string deposit = inputs["deposit"];
   Output amount = {}, map = {};
-  const int result =
-      util.GetDepositAmount(inputs.Chars("s1"), inputs.Chars("s2"), inputs.Chars("s3"),
-                            inputs.Chars("fallback"), deposit.data(), amount, map);
+  const int result = util.GetDepositAmount(inputs["s1"], inputs["s2"], inputs["s3"],
+                                           inputs["fallback"], deposit.data(), amount, map);
   return AnswerWhen(result == 1, {{"Amount", amount}, {"Map", map}});
 }
 
 // The library answers "no" for a flag that is not there; the entry tells whether one is.
 Answer AskFlag(VoATMUtil& util, const Inputs& inputs) {
-  const bool receipt = inputs.Text("flag") == "receipt";
-  const int flag =
-      receipt ? util.isBadResponsePrintNeeded(inputs.Chars("inst")) : util.getUTCFlag();
+  const bool receipt = inputs.Is("flag", "receipt");
+  const int flag = receipt ? util.isBadResponsePrintNeeded(inputs["inst"]) : util.getUTCFlag();
   return {true, {{"Flag", std::to_string(flag)}}};
 }
 
 Answer AskCardless(VoATMUtil& util, const Inputs& inputs) {
   Output track2 = {};
-  const int result = util.getCardlessTrack2Data(inputs.Chars("opkey"), track2);
+  const int result = util.getCardlessTrack2Data(inputs["opkey"], track2);
   return AnswerWhen(result == 1, {{"Track2Data", track2}});
 }
-
-constexpr Input kS1 = {"s1", "widest scope, the institution"};
-constexpr Input kS2 = {"s2", "scope within it, the group"};
-constexpr Input kS3 = {"s3", "narrowest scope, the ATM"};
-constexpr Input kFallback = {"fallback", "name of the file for all others"};
 
 }  // namespace
 
 const std::vector<Question>& FileQuestions() {
   static const std::vector<Question> kQuestions = {
-      {"txn-code",
-       Ground::kLayered,
-       {{"key1", "first part of the operation key"},
-        {"key2", "second part"},
-        kS1,
-        kS2,
-        kS3,
-        kFallback},
-       AskTxnCode},
-      {"response",
-       Ground::kLayered,
-       {{"response", "kind of response", "good bad"},
-        {"key1", "transaction code"},
-        {"key2", "response code"},
-        kS1,
-        kS2,
-        kS3,
-        kFallback},
-       AskResponse},
-      {"oar",
-       Ground::kLayered,
-       {kS1,
-        kS2,
-        kS3,
-        {"template", "template name"},
-        {"number", "template number", kWholeNumber},
-        kFallback},
-       AskTemplate,
+      {"txn-code", Ground::kLayered, "key1 key2 s1 s2 s3 fallback", AskTxnCode},
+      {"response", Ground::kLayered, "response=good|bad key1 key2 s1 s2 s3 fallback", AskResponse},
+      {"oar", Ground::kLayered, "s1 s2 s3 template number fallback", AskTemplate,
        "KeyDetails has 0 for the eight key flags, which the driver sets"},
-      {"screen", Ground::kLayered, {kS1, kS2, kS3, kFallback}, AskScreen},
-      {"displogic",
-       Ground::kLayered,
-       {{"logic", "logic name"},
-        {"index", "amount index", kWholeNumber},
-        kS1,
-        kS2,
-        kS3,
-        {"model", "ATM model", "D912ATM NDC+ATM"},
-        kFallback},
+      {"screen", Ground::kLayered, "s1 s2 s3 fallback", AskScreen},
+      {"displogic", Ground::kLayered, "logic index s1 s2 s3 model=D912ATM|NDC+ATM fallback",
        AskDispenseLogic},
-      {"deposit",
-       Ground::kLayered,
-       {kS1,
-        kS2,
-        kS3,
-        kFallback,
-        {"deposit",
-         "any character, then for each note type two characters and its count: A01020303 is "
-         "2 notes of type 01 and 3 of type 03; counts have three digits when the text "
-         "behind the first character is no multiple of 4 long"}},
-       AskDeposit},
-      {"flags",
-       Ground::kEntry,
-       {{"flag", "which flag", "receipt utc"}, {"inst", "institution, for receipt", nullptr, ""}},
-       AskFlag},
-      {"cardless", Ground::kEntry, {{"opkey", "operation key"}}, AskCardless},
+      {"deposit", Ground::kLayered, "s1 s2 s3 fallback deposit", AskDeposit},
+      {"flags", Ground::kEntry, "flag=receipt|utc [inst]", AskFlag},
+      {"cardless", Ground::kEntry, "opkey", AskCardless},
   };
   return kQuestions;
 }

@@ -8,7 +8,6 @@
 
 #include "ask/experiment.h"
 #include "ask/observation.h"
-#include "ask/said.h"
 #include "devhost/reader_line.h"
 
 namespace {
@@ -94,6 +93,34 @@ class Calls {
   int line_ = 0;
 };
 
+std::string Trimmed(const std::string& text) {
+  const std::size_t first = text.find_first_not_of(" \n");
+  if (first == std::string::npos) return "";
+  return text.substr(first, text.find_last_not_of(" \n") - first + 1);
+}
+
+void AddFacts(const std::string& line, Json* facts) {
+  std::size_t at = 0;
+  for (std::size_t open = line.find('['); open != std::string::npos; open = line.find('[', at)) {
+    const std::size_t close = line.find(']', open);
+    if (close == std::string::npos) break;
+    AddFact(Trimmed(line.substr(at, open - at)), Trimmed(line.substr(open + 1, close - open - 1)),
+            facts);
+    at = close + 1;
+  }
+  if (at == 0) AddFact("", Trimmed(line), facts);
+}
+
+// What the traces name: "LTS Trace No[4711]" is a fact; a line that names nothing is one without a
+// name.
+Json SaidFacts(const std::vector<Event>& events) {
+  Json facts = Json::object();
+  for (const Event& event : events) {
+    if (event.kind == Event::Kind::kTrace) AddFacts(event.text, &facts);
+  }
+  return facts;
+}
+
 Answer AskOnce(const Question& question, const Inputs& inputs) {
   VoATMUtil util;
   util.dptr = Observation::Trace();
@@ -114,21 +141,29 @@ Placed AskFiles(const Question& question, const Inputs& inputs) {
   return PlacedBy(question, Calls(observation.Take()), std::move(answer));
 }
 
-Explanation ExplainFiles(const Question& question, const Inputs& inputs) {
-  Explanation explanation;
+Json ExplanationOf(const Placed& taken, const Json& tries, const Json& trace) {
+  return {{"found", taken.answer.found},
+          {"source", taken.where},
+          {"answer", taken.answer.facts},
+          {"tries", tries},
+          {"behind", Json::array()},
+          {"alone", Json::array()},
+          {"trace", trace}};
+}
+
+Json ExplainFiles(const Question& question, const Inputs& inputs) {
+  Json explanation;
   Observation observation;
-  for (bool first = true;; first = false) {
+  while (true) {
     Answer answer = AskOnce(question, inputs);
     const std::vector<Event> events = observation.Take();
     const Calls calls(events);
-    Placed placed = PlacedBy(question, calls, std::move(answer));
-    if (first) {
-      explanation.tries = calls.tries();
-      explanation.trace = Said(events);
-      explanation.taken = placed;
-      explanation.unseen = calls.unseen();
+    const Placed placed = PlacedBy(question, calls, std::move(answer));
+    if (explanation.is_null()) {
+      explanation = ExplanationOf(placed, calls.tries(), TracesOf(events));
+      if (!calls.unseen().empty()) explanation["unseen"] = calls.unseen();
     } else if (placed.answer.found) {
-      explanation.behind.push_back(PlacedJson(placed));
+      explanation["behind"].push_back(PlacedJson(placed));
     }
     if (question.ground == Ground::kLayered) {
       if (calls.opened().empty()) return explanation;
@@ -140,14 +175,11 @@ Explanation ExplainFiles(const Question& question, const Inputs& inputs) {
   }
 }
 
-Explanation ExplainText(const Question& question, const Inputs& inputs) {
-  Explanation explanation;
+Json ExplainText(const Question& question, const Inputs& inputs) {
   Observation observation;
-  Answer answer = AskOnce(question, inputs);
+  const Answer answer = AskOnce(question, inputs);
   const std::vector<Event> events = observation.Take();
-  explanation.trace = Said(events);
   Json facts = SaidFacts(events);
   facts.update(answer.facts);
-  explanation.taken = {"", {answer.found, std::move(facts)}};
-  return explanation;
+  return ExplanationOf({"", {answer.found, facts}}, Json::array(), TracesOf(events));
 }

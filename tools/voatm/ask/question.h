@@ -33,22 +33,13 @@ void AddFact(const std::string& name, const std::string& value, Json* facts);
 class Inputs {
  public:
   std::string& operator[](const char* name) { return values_[name]; }
-  const std::string& Text(const char* name) const { return values_.at(name); }
-  const char* Chars(const char* name) const { return Text(name).c_str(); }
+  const char* operator[](const char* name) const { return values_.at(name).c_str(); }
+  bool Is(const char* name, const char* value) const { return values_.at(name) == value; }
   int Number(const char* name) const;
 
  private:
   std::map<std::string, std::string> values_;
 };
-
-struct Input {
-  const char* name;
-  const char* about;
-  const char* values = nullptr;    // kWholeNumber, or the words it may be, or any text
-  const char* standard = nullptr;  // taken when the input is left out; without one it is required
-};
-
-constexpr char kWholeNumber[] = "#";
 
 // How the row that answers is told: fields that no search compares carry a digit of the slot's
 // number, and the answer has one of them among its facts.
@@ -68,7 +59,7 @@ enum class Ground {
 struct Question {
   const char* name;
   Ground ground;
-  std::vector<Input> inputs;
+  const char* inputs;  // their names; "name=a|b" is one of these words, [name] may be left out
   Answer (*ask)(VoATMUtil& util, const Inputs& inputs);
   const char* note = nullptr;                   // for who reads the answer
   const records::RecordTable* table = nullptr;  // for kRows
@@ -76,6 +67,9 @@ struct Question {
 
   // "action action|value inst group atm statuses [txn]"
   std::string Usage() const;
+
+  // The meaning of the inputs whose text has a form of its own, a line each.
+  std::string Forms() const;
 };
 
 const std::vector<Question>& FileQuestions();

@@ -5,7 +5,6 @@
 
 #include "ask/experiment.h"
 #include "ask/observation.h"
-#include "ask/said.h"
 
 namespace {
 
@@ -74,13 +73,10 @@ void RowsExperiment::Point(char* rows, int count) {
 }
 
 std::string RowsExperiment::Where(int slot) const {
-  return std::string(rows_->table->name) + " slot " + std::to_string(slot);
+  return slot == kNoSlot ? "" : rows_->table->name + (" slot " + std::to_string(slot));
 }
 
-Placed RowsExperiment::Place() {
-  const int slot = FindSlot();
-  return {slot == kNoSlot ? "" : Where(slot), Ask()};
-}
+Placed RowsExperiment::Place() { return {Where(FindSlot()), Ask()}; }
 
 Answer RowsExperiment::Ask() { return question_.ask(util_, inputs_); }
 
@@ -149,29 +145,28 @@ Answer RowsExperiment::AskAlone(int slot) {
   return answer;
 }
 
-Explanation RowsExperiment::Explain() {
-  Explanation explanation;
+Json RowsExperiment::Explain() {
+  Json trace;
   {
     Observation observation;
-    explanation.taken.answer = Ask();
-    explanation.trace = Said(observation.Take());
+    Ask();
+    trace = TracesOf(observation.Take());
   }
   const int taken = FindSlot();
-  if (taken != kNoSlot) explanation.taken.where = Where(taken);
   const std::vector<Event> locked = AskLocked();
-  Scans scans(locked, rows_->count(), taken);
-  explanation.locks = {{"slots", scans.visited()}, {"calls", Calls(locked)}};
-  explanation.tries = scans.tries();
+  const Scans scans(locked, rows_->count(), taken);
+  Json explanation = ExplanationOf({Where(taken), Ask()}, scans.tries(), trace);
+  explanation["locks"] = {{"slots", scans.visited()}, {"calls", Calls(locked)}};
   LookBehind(taken, &explanation);
   return explanation;
 }
 
 // A hidden row has no text that ends, so it equals no key.
-void RowsExperiment::LookBehind(int taken, Explanation* explanation) {
+void RowsExperiment::LookBehind(int taken, Json* explanation) {
   const std::vector<char> whole = rows_->bytes;
   std::vector<bool> reached(static_cast<std::size_t>(rows_->count()));
   for (int slot = taken; slot != kNoSlot; slot = FindSlot()) {
-    if (slot != taken) explanation->behind.push_back(PlacedJson({Where(slot), Ask()}));
+    if (slot != taken) (*explanation)["behind"].push_back(PlacedJson({Where(slot), Ask()}));
     reached[static_cast<std::size_t>(slot)] = true;
     std::memset((*rows_)[slot], 0xff, rows_->table->record_size);
   }
@@ -179,6 +174,6 @@ void RowsExperiment::LookBehind(int taken, Explanation* explanation) {
   for (int slot = 0; slot < rows_->count(); ++slot) {
     if (reached[static_cast<std::size_t>(slot)]) continue;
     const Answer answer = AskAlone(slot);
-    if (answer.found) explanation->alone.push_back(PlacedJson({Where(slot), answer}));
+    if (answer.found) (*explanation)["alone"].push_back(PlacedJson({Where(slot), answer}));
   }
 }

@@ -21,36 +21,36 @@ Json RecordFacts(const records::RecordTable& table, const void* record) {
 
 Answer AskProperty(VoATMUtil& util, const Inputs& inputs) {
   VoAtmProperty row{};
-  const int result = util.ReadAtmProperty(inputs.Chars("inst"), inputs.Chars("group"),
-                                          inputs.Chars("atm"), inputs.Number("txn"),
-                                          inputs.Number("resp"), inputs.Number("currency"), &row);
+  const int result =
+      util.ReadAtmProperty(inputs["inst"], inputs["group"], inputs["atm"], inputs.Number("txn"),
+                           inputs.Number("resp"), inputs.Number("currency"), &row);
   return AnswerWhen(result == 1, RecordFacts(kRecordTables[records::kProperty], &row));
 }
 
 Answer AskAction(VoATMUtil& util, const Inputs& inputs) {
-  const bool by_txn = inputs.Text("search") == "value";
-  std::string statuses = inputs.Text("statuses");
+  const bool by_txn = inputs.Is("search", "value");
+  std::string statuses = inputs["statuses"];
   char text[sizeof(VoAtmActionProperty::ActionText) + 1] = {};
   int value = 0;
-  const int result = util.ReadAtmActionProperty(
-      inputs.Chars("inst"), inputs.Chars("group"), inputs.Chars("atm"), statuses.data(),
-      inputs.Number("txn"), text, &value, by_txn ? TXN_VALUE : STATUS_ACTION);
+  const int result = util.ReadAtmActionProperty(inputs["inst"], inputs["group"], inputs["atm"],
+                                                statuses.data(), inputs.Number("txn"), text, &value,
+                                                by_txn ? TXN_VALUE : STATUS_ACTION);
   if (by_txn) return AnswerWhen(result == 1, {{"TxnValue", std::to_string(value)}});
   return AnswerWhen(result == 1, {{"ActionText", text}});
 }
 
 Answer AskFit(VoATMUtil& util, const Inputs& inputs) {
   AtmFit record{};
-  const int result = util.ReadFitMemory(inputs.Chars("key1"), inputs.Chars("key2"),
-                                        inputs.Chars("key3"), &record, inputs.Number("ordinal"));
+  const int result = util.ReadFitMemory(inputs["match1"], inputs["match2"], inputs["match3"],
+                                        &record, inputs.Number("ordinal"));
   return AnswerWhen(result == 1, RecordFacts(kRecordTables[records::kFit], &record));
 }
 
 // A state is one character.
 Answer AskIndirectState(VoATMUtil& util, const Inputs& inputs) {
   char state[16] = {};
-  const int result = util.ReadIndirectState(inputs.Chars("key1"), inputs.Chars("key2"),
-                                            inputs.Chars("card"), state);
+  const int result =
+      util.ReadIndirectState(inputs["match1"], inputs["match2"], inputs["card"], state);
   return AnswerWhen(result == 1, {{"IndirectNextState", std::string(state, strnlen(state, 1))}});
 }
 
@@ -60,15 +60,15 @@ constexpr int kStatusSize = 11;
 // A terminal's status texts, as the inputs say they are.
 struct Terminal {
   explicit Terminal(const VoATMUtil& util, const Inputs& inputs) {
-    std::string list = inputs.Text("array");
+    std::string list = inputs["array"];
     VoATMUtil helper = util;
     for (int row = 0; row < kStatusRows; ++row) {
       char token[256] = {};
       if (list.size() < sizeof token) helper.ParseToken(list.data(), token, row + 1, '|');
       snprintf(array[row], kStatusSize, "%.10s", token);
     }
-    snprintf(message, sizeof message, "%s", inputs.Chars("message"));
-    snprintf(code, sizeof code, "%s", inputs.Chars("code"));
+    snprintf(message, sizeof message, "%s", inputs["message"]);
+    snprintf(code, sizeof code, "%s", inputs["code"]);
   }
 
   char array[kStatusRows][kStatusSize] = {};
@@ -92,65 +92,39 @@ Answer AskStatus(VoATMUtil& util, const Inputs& inputs) {
   return answer;
 }
 
-constexpr Input kInst = {"inst", "institution terminal group"};
-constexpr Input kGroup = {"group", "logical group"};
-constexpr Input kAtm = {"atm", "ATM id"};
-constexpr Input kKey1 = {"key1", "first selection key"};
-constexpr Input kKey2 = {"key2", "second selection key"};
-
 }  // namespace
 
 const std::vector<Question>& TableQuestions() {
   static const std::vector<Question> kQuestions = {
       {"property",
        Ground::kRows,
-       {kInst,
-        kGroup,
-        kAtm,
-        {"txn", "transaction code", kWholeNumber},
-        {"resp", "response code", kWholeNumber},
-        {"currency", "currency code", kWholeNumber}},
+       "inst group atm txn resp currency",
        AskProperty,
        nullptr,
        &kRecordTables[records::kProperty],
        {INT_MAX, {"RecordId"}}},
       {"action",
        Ground::kRows,
-       {{"search", "what is looked for: an action, or the number of a transaction", "action value"},
-        kInst,
-        kGroup,
-        kAtm,
-        {"statuses", "status codes, each followed by |, the last one too: PAPEROUT|CASHLOW|"},
-        {"txn", "transaction code, for value", kWholeNumber, "0"}},
+       "search=action|value inst group atm statuses [txn]",
        AskAction,
        nullptr,
        &kRecordTables[records::kAction],
        {1000, {"ActionText", "TxnValue"}}},
       {"fit",
        Ground::kRows,
-       {kKey1,
-        kKey2,
-        {"key3", "third selection key"},
-        {"ordinal", "which of the selected records, from 1", kWholeNumber, "1"}},
+       "match1 match2 match3 [ordinal]",
        AskFit,
        nullptr,
        &kRecordTables[records::kFit],
        {1000000000, {"CardPrefix"}}},
       {"indirect-state",
        Ground::kRows,
-       {kKey1, kKey2, {"card", "card number; its first ten digits are enough"}},
+       "match1 match2 card",
        AskIndirectState,
        "no lock is taken for this answer, whatever LockFlag says",
        &kRecordTables[records::kFit],
        {10, {"IndirectNextState"}}},
-      {"status",
-       Ground::kRows,
-       {{"code", "the code that the ATM reports"},
-        {"message", "the status message so far: codes, each followed by |, or NONE", nullptr,
-         "NONE"},
-        {"array", "the codes in the fifteen rows so far, separated by |", nullptr, ""}},
-       AskStatus,
-       nullptr,
+      {"status", Ground::kRows, "code [message] [array]", AskStatus, nullptr,
        &kRecordTables[records::kStatus]},
   };
   return kQuestions;

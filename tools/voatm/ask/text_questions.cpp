@@ -18,9 +18,9 @@ namespace {
 // The kept message and the logic are copies: what the library makes of them is the answer.
 Answer AskLastTransaction(VoATMUtil& util, const Inputs& inputs) {
   constexpr std::size_t kLeast = 52;  // characters that the library may look at
-  std::string status = inputs.Text("status");
+  std::string status = inputs["status"];
   if (status.size() < kLeast) status.resize(kLeast);
-  std::string logic = inputs.Text("logic");
+  std::string logic = inputs["sent"];
   const auto message = std::make_unique<VoDevMsg>();
   message->TxnCode = inputs.Number("txn");
   message->TraceNo = message->MemTraceNo = inputs.Number("trace");
@@ -45,7 +45,7 @@ std::string ReadWhole(const std::string& path) {
 }
 
 Answer AskMessage(VoATMUtil& util, const Inputs& inputs) {
-  const std::string& path = inputs.Text("file");
+  const std::string path = inputs["file"];
   const std::string bytes = ReadWhole(path);
   const std::vector<MessagePart> parts = TakeApart(util, bytes);
   if (parts.empty()) {
@@ -67,21 +67,9 @@ Answer AskMessage(VoATMUtil& util, const Inputs& inputs) {
 
 const std::vector<Question>& TextQuestions() {
   static const std::vector<Question> kQuestions = {
-      {"last-transaction",
-       Ground::kNothing,
-       {{"status", "the last-transaction status as the ATM sent it"},
-        {"logic", "the dispense logic that was sent, eight digits"},
-        {"txn", "transaction code of the kept message", kWholeNumber},
-        {"trace", "its trace number", kWholeNumber},
-        {"type", "its message type", kWholeNumber, "200"},
-        {"reason", "its reason code", kWholeNumber, "0"}},
+      {"last-transaction", Ground::kNothing, "status sent txn trace [type] [reason]",
        AskLastTransaction},
-      {"message",
-       Ground::kNothing,
-       {{"file",
-         "a message packed for the ATM manager or the alert manager, or - for standard "
-         "input"}},
-       AskMessage},
+      {"message", Ground::kNothing, "file", AskMessage},
   };
   return kQuestions;
 }

@@ -11,6 +11,7 @@
 #include "common/config_file.h"
 #include "devhost/plan.h"
 #include "home/configuration_entries.h"
+#include "home/configuration_kinds.h"
 #include "vocfgutil.h"
 
 namespace {
@@ -29,6 +30,19 @@ std::string Quoted(const std::string& text) {
   return '"' + text.substr(0, kShownText) + (text.size() > kShownText ? "...\"" : "\"");
 }
 
+void AddFinding(Json* report, const std::string& path, std::size_t line, std::size_t column,
+                Severity severity, const std::string& text, const std::string& rule) {
+  const std::string name = severity == Severity::kError ? "error" : "warning";
+  (*report)["findings"].push_back({{"path", path},
+                                   {"line", line},
+                                   {"column", column},
+                                   {"severity", name},
+                                   {"text", text},
+                                   {"rule", rule}});
+  Json& count = (*report)[name + "s"];
+  count = count.get<int>() + 1;
+}
+
 // The pattern of a key's last part.
 const char* ItemPattern(const char* key_pattern) {
   const std::string pattern = key_pattern;
@@ -39,7 +53,7 @@ const char* ItemPattern(const char* key_pattern) {
 // The check of one file.
 class FileCheck {
  public:
-  FileCheck(const FileKind& kind, std::string path, ConfigurationReport& report)
+  FileCheck(const FileKind& kind, std::string path, Json& report)
       : kind_(kind), path_(std::move(path)), report_(report) {}
 
   void Run() {
@@ -53,7 +67,7 @@ class FileCheck {
       Report(1, 1, Severity::kError, "unreadable-file", "does not open as a file");
       return;
     }
-    report_.files.push_back(path_);
+    report_["files"].push_back(path_);
     for (const ConfigurationEntry& entry : ReadEntriesOf(path_)) CheckEntry(entry);
     for (const KeyKind& key : kind_.keys) CheckPresence(key);
   }
@@ -66,8 +80,8 @@ class FileCheck {
   };
 
   void Report(std::size_t line, std::size_t column, Severity severity, const char* rule,
-              std::string text) {
-    report_.findings.push_back({path_, line, column, severity, std::move(text), rule});
+              const std::string& text) {
+    AddFinding(&report_, path_, line, column, severity, text, rule);
   }
 
   void CheckEntry(const ConfigurationEntry& entry) {
@@ -172,7 +186,7 @@ class FileCheck {
 
   const FileKind& kind_;
   std::string path_;
-  ConfigurationReport& report_;
+  Json& report_;
   std::map<std::string, Saying> sayings_;
   std::set<std::string> said_;  // hidden ones included, so that one fault is reported once
 };
@@ -182,7 +196,7 @@ class HomeCheck {
  public:
   explicit HomeCheck(std::string home) : home_(std::move(home)) {}
 
-  ConfigurationReport Run() {
+  Json Run() {
     for (const TreeFile& file : WalkTree(home_)) Check(file);
     for (const FileKind& kind : FileKinds()) {
       if (kind.need != Need::kRequired || seen_.count(&kind) > 0) continue;
@@ -190,29 +204,30 @@ class HomeCheck {
              "drivers need it to start");
     }
     CheckSeeds();
-    std::sort(report_.files.begin(), report_.files.end());
-    std::sort(report_.findings.begin(), report_.findings.end(),
-              [](const ConfigurationFinding& a, const ConfigurationFinding& b) {
-                return std::tie(a.path, a.line, a.column, a.text) <
-                       std::tie(b.path, b.line, b.column, b.text);
+    std::sort(report_["files"].begin(), report_["files"].end());
+    std::sort(report_["findings"].begin(), report_["findings"].end(),
+              [](const Json& a, const Json& b) {
+                return std::tie(a["path"], a["line"], a["column"], a["text"]) <
+                       std::tie(b["path"], b["line"], b["column"], b["text"]);
               });
     return std::move(report_);
   }
 
  private:
-  void Report(const std::string& file, Severity severity, const char* rule, std::string text) {
-    report_.findings.push_back({home_ + "/" + file, 1, 1, severity, std::move(text), rule});
+  void Report(const std::string& file, Severity severity, const char* rule,
+              const std::string& text) {
+    AddFinding(&report_, Below(home_, file), 1, 1, severity, text, rule);
   }
 
   // The rows that the development host would load.
   void CheckSeeds() {
     for (const records::RecordTable& table : records::kRecordTables) {
       const std::string path = Below(home_, Below("tables", table.seed_file));
-      if (std::filesystem::exists(path)) report_.files.push_back(path);
+      if (std::filesystem::exists(path)) report_["files"].push_back(path);
     }
     for (const devhost::SeedError& error : devhost::CheckSeeds(home_)) {
-      report_.findings.push_back(
-          {error.path, error.line, error.column, Severity::kError, error.text, "seed-refused"});
+      AddFinding(&report_, error.path, error.line, error.column, Severity::kError, error.text,
+                 "seed-refused");
     }
   }
 
@@ -255,10 +270,11 @@ class HomeCheck {
   }
 
   std::string home_;
-  ConfigurationReport report_;
+  Json report_ = {
+      {"errors", 0}, {"warnings", 0}, {"findings", Json::array()}, {"files", Json::array()}};
   std::set<const FileKind*> seen_;
 };
 
 }  // namespace
 
-ConfigurationReport CheckConfiguration(const std::string& home) { return HomeCheck(home).Run(); }
+Json CheckConfiguration(const std::string& home) { return HomeCheck(home).Run(); }

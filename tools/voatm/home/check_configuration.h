@@ -2,27 +2,14 @@
 #ifndef TOOLS_VOATM_HOME_CHECK_CONFIGURATION_H
 #define TOOLS_VOATM_HOME_CHECK_CONFIGURATION_H
 
-#include <cstddef>
 #include <string>
-#include <vector>
 
-#include "home/configuration_kinds.h"
-
-struct ConfigurationFinding {
-  std::string path;
-  std::size_t line;  // 1 and 1 when the file as a whole is meant
-  std::size_t column;
-  Severity severity;
-  std::string text;
-  std::string rule;
-};
-
-struct ConfigurationReport {
-  std::vector<ConfigurationFinding> findings;  // by path, line and column
-  std::vector<std::string> files;              // read, by path
-};
+#include "show/output.h"
 
 // Reads cfg/ and inf/ of a home as the library would, and tables/ as the development host would.
-ConfigurationReport CheckConfiguration(const std::string& home);
+// {errors, warnings: their numbers, findings: [{path, line, column, severity: "error" or "warning",
+// text, rule}] by path, line and column, which are 1 and 1 when the file as a whole is meant,
+// files: read, by path}
+Json CheckConfiguration(const std::string& home);
 
 #endif  // TOOLS_VOATM_HOME_CHECK_CONFIGURATION_H

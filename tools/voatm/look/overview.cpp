@@ -97,16 +97,15 @@ class HomeLook {
   }
 
   void JudgeConfiguration() {
-    const ConfigurationReport report = CheckConfiguration(home_);
-    const auto& found = report.findings;
-    const auto is_error = [](const ConfigurationFinding& each) {
-      return each.severity == Severity::kError;
-    };
-    const auto first = std::find_if(found.begin(), found.end(), is_error);
-    if (first == found.end()) return;
-    const auto errors = std::count_if(found.begin(), found.end(), is_error);
-    Add({{first->text + (errors > 1 ? ", and " + std::to_string(errors - 1) + " more errors" : ""),
-          first->path + ":" + std::to_string(first->line), "", "read it as it stands",
+    const Json report = CheckConfiguration(home_);
+    const int errors = report["errors"];
+    if (errors == 0) return;
+    const Json& findings = report["findings"];
+    const Json& first = *std::find_if(findings.begin(), findings.end(),
+                                      [](const Json& each) { return each["severity"] == "error"; });
+    Add({{InOneLine(first["text"]) +
+              (errors > 1 ? ", and " + std::to_string(errors - 1) + " more errors" : ""),
+          InOneLine(first["path"]) + ":" + InOneLine(first["line"]), "", "read it as it stands",
           "voatm check --home " + home_}});
   }
 

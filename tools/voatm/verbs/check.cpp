@@ -18,30 +18,18 @@ struct Options {
   bool verbose = false;
 };
 
-const char* NameOf(Severity severity) { return severity == Severity::kError ? "error" : "warning"; }
-
-void PrintFinding(const ConfigurationFinding& finding) {
-  const bool is_error = finding.severity == Severity::kError;
-  PrintLine(finding.path + ":" + std::to_string(finding.line) + ":" +
-                std::to_string(finding.column) + ": " + NameOf(finding.severity) + ": " +
-                finding.text + " [" + finding.rule + "]",
-            is_error ? Tone::kAlarm : Tone::kPlain);
-}
-
-Json ReportJson(const ConfigurationReport& report, std::ptrdiff_t errors) {
-  Json json = {{"errors", errors},
-               {"warnings", static_cast<std::ptrdiff_t>(report.findings.size()) - errors},
-               {"findings", Json::array()},
-               {"files", report.files}};
-  for (const ConfigurationFinding& finding : report.findings) {
-    json["findings"].push_back({{"path", finding.path},
-                                {"line", finding.line},
-                                {"column", finding.column},
-                                {"severity", NameOf(finding.severity)},
-                                {"text", finding.text},
-                                {"rule", finding.rule}});
+void PrintReport(const Json& report, bool verbose) {
+  if (verbose) {
+    for (const Json& file : report["files"]) Say("read " + InOneLine(file));
   }
-  return json;
+  for (const Json& finding : report["findings"]) {
+    const auto part = [&](const char* name) { return InOneLine(finding[name]); };
+    PrintLine(part("path") + ":" + part("line") + ":" + part("column") + ": " + part("severity") +
+                  ": " + part("text") + " [" + part("rule") + "]",
+              finding["severity"] == "error" ? Tone::kAlarm : Tone::kPlain);
+  }
+  Say("errors: " + InOneLine(report["errors"]) + ", warnings: " + InOneLine(report["warnings"]) +
+      ", files read: " + std::to_string(report["files"].size()));
 }
 
 // The files are read as the bundled reader reads them, line by line.
@@ -55,23 +43,10 @@ void RequireLines() {
 ExitCode Check(const Options& options) {
   RequireLines();
   RequireHome(options.data.home);
-  const ConfigurationReport report = CheckConfiguration(options.data.home);
-  const auto errors = std::count_if(
-      report.findings.begin(), report.findings.end(),
-      [](const ConfigurationFinding& finding) { return finding.severity == Severity::kError; });
-  if (options.data.json) {
-    PrintJson(ReportJson(report, errors));
-  } else {
-    if (options.verbose) {
-      for (const std::string& file : report.files) Say("read " + file);
-    }
-    for (const ConfigurationFinding& finding : report.findings) PrintFinding(finding);
-    Say("errors: " + std::to_string(errors) + ", warnings: " +
-        std::to_string(static_cast<std::ptrdiff_t>(report.findings.size()) - errors) +
-        ", files read: " + std::to_string(report.files.size()));
-  }
-  const bool fine = options.strict ? report.findings.empty() : errors == 0;
-  return fine ? kDone : kFindings;
+  const Json report = CheckConfiguration(options.data.home);
+  options.data.json ? PrintJson(report) : PrintReport(report, options.verbose);
+  const Json& wrong = report[options.strict ? "findings" : "errors"];
+  return wrong.empty() || wrong == 0 ? kDone : kFindings;
 }
 
 Action Declare(OptionList* list) {

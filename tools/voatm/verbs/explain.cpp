@@ -20,19 +20,6 @@ struct Options : DataOptions {
   bool locks = false;
 };
 
-Json ExplanationJson(const Question& question, const Explanation& explanation,
-                     const Options& options) {
-  const Placed& taken = explanation.taken;
-  Json json = {{"kind", question.name},      {"found", taken.answer.found},
-               {"source", taken.where},      {"answer", taken.answer.facts},
-               {"tries", explanation.tries}, {"behind", explanation.behind},
-               {"alone", explanation.alone}};
-  if (question.note != nullptr) json["note"] = question.note;
-  if (options.locks && !explanation.locks.is_null()) json["locks"] = explanation.locks;
-  if (options.trace) json["trace"] = explanation.trace;
-  return json;
-}
-
 void PrintTitle(const std::string& title) {
   PrintLine("");
   PrintLine(title);
@@ -61,7 +48,7 @@ void PrintText(const Question& question, const Json& json) {
   for (const Json& line : json["trace"]) PrintLine(InOneLine(line));
 }
 
-Explanation Explain(const Options& options, const Question& question, const Inputs& inputs) {
+Json Explain(const Options& options, const Question& question, const Inputs& inputs) {
   if (!options.from.empty() && question.ground != Ground::kRows) {
     throw UsageError("--from is of use where a table answers");
   }
@@ -75,32 +62,26 @@ Explanation Explain(const Options& options, const Question& question, const Inpu
   return RowsExperiment(question, inputs, &rows).Explain();
 }
 
-// Without a decision to make, what is said is the answer.
-ExitCode ExitCodeOf(const Question& question, const Explanation& explanation) {
-  if (!explanation.unseen.empty()) return kCannotRun;
-  const bool yes = question.ground == Ground::kNothing || explanation.taken.answer.found;
-  return yes ? kDone : kFindings;
-}
-
 ExitCode ExplainAndPrint(const Options& options) {
   const Question& question = *FindQuestion(options.kind);
-  const Explanation explanation = Explain(options, question, ReadInputs(question, options.given));
-  const Json json = ExplanationJson(question, explanation, options);
+  Json json = {{"kind", question.name}};
+  json.update(Explain(options, question, ReadInputs(question, options.given)));
+  if (question.note != nullptr) json["note"] = question.note;
+  if (!options.locks) json.erase("locks");
+  if (!options.trace) json.erase("trace");
   options.json ? PrintJson(json) : PrintText(question, json);
-  if (!explanation.unseen.empty()) Say(explanation.unseen + ": a driver may see more");
-  return ExitCodeOf(question, explanation);
+  if (json.contains("unseen")) {
+    Say(InOneLine(json["unseen"]) + ": a driver may see more");
+    return kCannotRun;
+  }
+  // Without a decision to make, what is said is the answer.
+  return question.ground == Ground::kNothing || json["found"] ? kDone : kFindings;
 }
 
 std::string Usages() {
   std::string usages = "What can be explained:\n";
   for (const Question* question : AllQuestions()) {
-    usages += "\n  " + question->Usage();
-    for (const Input& input : question->inputs) {
-      const std::string about = input.about;
-      if (about.find(':') != std::string::npos) {
-        usages += "\n    " + std::string(input.name) + ": " + about;
-      }
-    }
+    usages += "\n  " + question->Usage() + question->Forms();
   }
   return usages;
 }
@@ -136,7 +117,7 @@ const Verb kExplain = {
     "JSON: {kind, found, source, answer: {field: value}, tries: [{level, tried, result}],\n"
     "behind: [{where, answer}], alone: [{where, answer}], note, locks: {slots, calls} with "
     "--locks,\n"
-    "trace: [text] with --trace}.",
+    "trace: [text] with --trace, unseen: what could not be looked at}.",
     "voatm explain property HARBOUR BRANCH ATM00003 10000 0 978 --home examples/home",
     DeclareExplain,
     Usages};
