@@ -56,7 +56,7 @@ IN_BOTH_LOCK_MODES(ActionPropertyTest);
 TEST_P(ActionPropertyTest, AnswersAndTracesEachKindOfRequest) {
   const char* const rows[] = {"G1 L1 A1 S1 Y first N 010000 1", "G1 L1 A1 S2 Y second Y 01 22",
                               "G1 L1 A1 S3 N none Y 020000 -3x", "G1 L1 * S1 Y late N * 4",
-                              "G2 * * S4 Y other Y 000005 abc"};
+                              "G2 * * STATUS-TEN Y other Y 000005 abc"};
   for (int slot = 0; slot < 5; ++slot) Put(slot, Words(rows[slot]));
   const struct {
     const char* request;
@@ -66,7 +66,7 @@ TEST_P(ActionPropertyTest, AnswersAndTracesEachKindOfRequest) {
   } cases[] = {
       {"G1 L1 A1 S1|S2| 0", 0, 6, "1 second ?\n" + FoundIn(1)},
       {"G1 L1 A1 S2|S1| 0", 0, 8, "1 late ?\n" + FoundIn(3)},
-      {"G1 L1 A1 |S4||S1|S2 0", 0, 14, "1 other ?\n" + FoundIn(4)},
+      {"G1 L1 A1 |STATUS-TEN+||S1|S2 0", 0, 14, "1 other ?\n" + FoundIn(4)},  // is cut to ten
       {"G1 L1 A1 S3|S1 0", 0, 13,
        kNothing + "7 Error in Reading InstTerminalGroup[G1] AtmLogicalGroup[L1] AtmId[A1] "
                   "StatusBuf[S3|S1] from VoAtmActionProperty Table\n"},
@@ -75,7 +75,7 @@ TEST_P(ActionPropertyTest, AnswersAndTracesEachKindOfRequest) {
       {"G1 L1 A1 S2| 20000", 1, 7, "1 ? -3\n" + FoundIn(2)},
       {"G1 L1 A1 S3| 7", 1, 24,  // stops at a row for actions
        kNothing + kMiss + "TxnCode[000007]" + kInTable + kMiss + "TxnCode[00]" + kInTable},
-      {"G1 L1 A1 S4| 5", 1, 9, "1 ? 0\n" + FoundIn(4)},
+      {"G1 L1 A1 STATUS-TEN| 5", 1, 9, "1 ? 0\n" + FoundIn(4)},
       {"GROUP-OF-SIXTEEN+ L1 A1 S1| 0", 2, 20,
        kNothing + kMiss + "InstTerminalGroup[GROUP-OF-SIXTEEN+]" + kInTable +  //
            kMiss + "InstTerminalGroup[*]" + kInTable},
