@@ -2,7 +2,7 @@
 
 #include "support/random_cases.h"
 #include "support/served_home.h"
-#include "tools/voatm/ask/empty_sweep.h"
+#include "tools/voatm/ask/cash_sweep.h"
 #include "tools/voatm/ask/observation.h"
 #include "tools/voatm_output.h"
 #include "vodebugutil.h"
@@ -21,7 +21,7 @@ TEST(Plan, PaidMeansTheWholeAmountInASweepToo) {
     const char* const logic = random.OneOf({"01010100", "00000000", "02000000", "00010000"});
     const LogicOf logic_of = [&](int) { return logic; };
     const int amount = 10 + 10 * random.Below(50);
-    const CashOutcome outcome = Pay(request, logic_of, amount);
+    const CashOutcome outcome = Pay(request, logic, amount);
     int sum = 0, foreign = 0;
     for (std::size_t at = 0; at < 3 && !outcome.logic.empty(); ++at) {
       const DenomInfo& cassette = request.cassettes[at];
@@ -30,7 +30,7 @@ TEST(Plan, PaidMeansTheWholeAmountInASweepToo) {
     }
     const bool paid = outcome.payment == Payment::kPaid;
     EXPECT_EQ(paid, outcome.code == 0 && sum == amount && foreign == 0) << outcome.logic;
-    EXPECT_EQ(Sweep(request, logic_of, amount - 1, amount, 1).back().paid, paid);
+    EXPECT_EQ(Sweep(request, logic_of, {amount - 1, amount, 1}).back().paid, paid);
   }
 }
 
@@ -42,19 +42,21 @@ TEST(Plan, EmptyCassettesPayAsThoseThatCannotBeUsed) {
     SetCassettes(&request, {"A:20:978:Y", "C:10:978:Y", "D:5:840:Y", "E:10:978:N", "H:50:978:Y"});
     const LogicOf logic_of = [](int) { return "0100000000000000"; };
     const int from = 10 * (1 + random.Below(30));
-    const EmptySweep sweep = SweepEmpty(request, logic_of, from, from + 25, 5);
-    ASSERT_EQ(sweep.cases.size(), 8U);
-    const auto& each = sweep.cases[static_cast<std::size_t>(random.Below(8))];
+    const AmountRange range = {from, from + 25, 5};
+    const std::vector<EmptyCase> cases = SweepEmpty(request, logic_of, range);
+    ASSERT_EQ(cases.size(), 8U);
+    const EmptyCase& each = cases[static_cast<std::size_t>(random.Below(8))];
     for (const char letter : each.empty) {
       request.cassettes[static_cast<std::size_t>(letter - 'A')].Status = 'N';
     }
     int paid = 0;
-    for (std::size_t amount = 0; amount < 6; ++amount) {
-      const Payment fate = Pay(request, logic_of, sweep.amounts[amount]).payment;
-      EXPECT_EQ(each.fates[amount], fate) << each.empty << sweep.amounts[amount];
+    for (std::size_t at = 0; at < 6; ++at) {
+      const int amount = range.Amounts()[at];
+      const Payment fate = Pay(request, logic_of(amount), amount).payment;
+      EXPECT_EQ(each.fates[at], fate) << each.empty << amount;
       paid += fate == Payment::kPaid ? 1 : 0;
-      const bool was_paid = sweep.cases.front().fates[amount] == Payment::kPaid;
-      EXPECT_EQ(std::count(each.lost.begin(), each.lost.end(), sweep.amounts[amount]),
+      const bool was_paid = cases.front().fates[at] == Payment::kPaid;
+      EXPECT_EQ(std::count(each.lost.begin(), each.lost.end(), amount),
                 was_paid && fate != Payment::kPaid ? 1 : 0);
     }
     EXPECT_EQ(each.paid, paid);

@@ -13,7 +13,9 @@
 
 // What the arguments redirect is not in the text.
 inline Answer Voatm(const std::string& arguments) {
-  return Shell("cd " SAMPLE_HOME "; VODIR_HOME=${VODIR_HOME:-.} " BUILD_DIRECTORY "/voatm 2>&1 " +
+  return Shell("cd " SAMPLE_HOME "; export PATH=" BUILD_DIRECTORY
+               ":$PATH; "
+               "VODIR_HOME=${VODIR_HOME:-.} voatm 2>&1 " +
                arguments);
 }
 

@@ -1,4 +1,5 @@
 // Records of a home that a host serves.
+#include <sys/sem.h>
 #include <sys/shm.h>
 
 #include <algorithm>
@@ -80,6 +81,21 @@ TEST_F(VoatmTest, ATableThatIsCutShortIsNotShownAsWhole) {
     codes.push_back(Voatm(std::string("show status ") + wanted).code);
   }
   EXPECT_EQ(codes, (std::vector<int>{0, 1, 2, 1}));
+}
+
+TEST_F(VoatmTest, OptionsBeforeTheSecondWordCountAsBehindIt) {
+  semctl(semget(Key(1), 0, 0), 2, SETVAL, 0);
+  for (const char* arguments :
+       {"locks --home %s --json release fit 2", "locks --json release fit 2 --home %s",
+        "locks release fit 2 --home %s --json"}) {
+    std::string line = arguments;
+    line.replace(line.find("%s"), 2, home_.path());
+    const Answer answer = Shell("VODIR_HOME=none " BUILD_DIRECTORY "/voatm " + line);
+    const Json json = Json::parse(answer.text);
+    EXPECT_EQ(json["lock"]["slot"], 2) << arguments;
+    EXPECT_EQ(answer.code, json["released"] ? 0 : 1) << arguments;
+  }
+  EXPECT_EQ(Voatm("locks --watch release fit 2").code, 2);
 }
 
 // The limit is lifted where the program does not even start below it: with a sanitizer.

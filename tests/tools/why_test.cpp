@@ -36,7 +36,13 @@ std::set<std::string> TextsOfSources() {
 TEST(Why, KnowsEveryTextOfTheSourcesOnce) {
   std::multiset<std::string> known;
   for (const TraceText& row : TraceTexts()) known.insert(row.text);
-  const std::set<std::string> said = TextsOfSources();
+  const std::regex of_table(
+      "(Error in )(?:((?:Creating|attaching) ).+( Shared Memory| Semaphore)|"
+      "(Semop for )(?!AtmMemory|AtmFit).+)");
+  std::set<std::string> said;
+  for (const std::string& text : TextsOfSources()) {
+    said.insert(std::regex_replace(text, of_table, "$1$2$4%s$3"));
+  }
   EXPECT_GT(said.size(), 90U);
   for (const std::string& text : said) EXPECT_EQ(known.count(text), 1U) << text;
   for (const std::string& text : known) EXPECT_EQ(said.count(text), 1U) << "gone: " << text;

@@ -1,6 +1,7 @@
 // voatm: the operator's command. The one file that knows the library which takes command lines
 // apart.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <string>
@@ -12,77 +13,63 @@
 
 namespace {
 
-constexpr const char* kFooter =
-    "First: status. It hangs: tables, locks. It answers wrongly: explain, show, check.\n"
-    "It does not pay: plan. It left a trace: why. What changed: diff. Only serve and locks\n"
-    "release write anything.\n\n"
-    "Exit status: 0 yes or fine, 1 no or findings, 2 could not look.\n\n"
-    "Example:\n  voatm tables --home examples/home";
+constexpr int kMany = CLI::detail::expected_max_vector_size;
 
 // A verb as the parser sees it.
 class ParsedVerb {
  public:
-  // `above` is the verb whose name is the first word of this one's, or none.
-  ParsedVerb(CLI::App* voatm, ParsedVerb* above, const Verb& verb)
-      : verb_(verb), above_(above), action_(verb.declare(&options_)) {
-    const std::string name = verb.name;
-    CLI::App* const parent = above != nullptr ? above->app_ : voatm;
-    app_ = parent->add_subcommand(name.substr(name.find(' ') + 1), verb.summary);
+  // `above` is the verb that it stands behind; voatm itself has none.
+  ParsedVerb(CLI::App* app, const ParsedVerb* above, const Verb& verb)
+      : verb_(verb), above_(above), action_(verb.declare(&options_)), app_(app) {
     app_->group(verb.for_operators ? "Verbs" : "");
     app_->footer(verb.Manual() + "\n\nExample:\n  " + verb.example);
-    values_.resize(options_.rows().size());
-    for (std::size_t i = 0; i < values_.size(); ++i) AddOption(options_.rows()[i], &values_[i]);
+    for (const OptionRow& row : options_.rows()) parsed_.push_back(AddOption(row));
   }
   ParsedVerb(const ParsedVerb&) = delete;
   ParsedVerb& operator=(const ParsedVerb&) = delete;
 
-  const char* name() const { return verb_.name; }
+  const Verb& verb() const { return verb_; }
+  CLI::App* app() const { return app_; }
 
   // Whether the command line ends with this verb.
   bool IsMeant() const { return app_->parsed() && app_->get_subcommands().empty(); }
 
   ExitCode Run() const {
-    if (above_ != nullptr) above_->HandDownTo(options_);
     Take(options_);
     return action_();
   }
 
  private:
-  struct Value {
-    CLI::Option* option = nullptr;
-    std::vector<std::string> texts;
-    bool set = false;
-  };
-
-  void AddOption(const OptionRow& row, Value* value) {
-    if (row.IsFlag()) {
-      value->option = app_->add_flag(row.name, value->set, row.about);
-      return;
-    }
-    value->option = app_->add_option(row.name, value->texts, row.about)
-                        ->required(row.required)
-                        ->type_name(row.type);
-    if (row.values != OptionRow::kAnyNumber) {
-      value->option->expected(row.values)->allow_extra_args(false);
-    }
-    if (row.more > 0) {
-      value->option->type_size(row.values, row.values + row.more);
-      value->option->expected(1, CLI::detail::expected_max_vector_size);
-      value->option->inject_separator(true);
-    }
-    if (row.environment != nullptr) value->option->envname(row.environment);
+  CLI::Option* AddOption(const OptionRow& row) const {
+    if (row.IsFlag()) return app_->add_flag(row.name, row.about);
+    const auto keep = [](const CLI::results_t&) { return true; };
+    CLI::Option* const option = app_->add_option(row.name, keep, row.about);
+    option->required(row.required)->type_name(row.type);
+    if (row.values == OptionRow::kAnyNumber) return option->expected(1, kMany)->allow_extra_args();
+    option->expected(row.values);
+    if (row.more == 0) return option;
+    option->type_size(row.values, row.values + row.more);
+    option->inject_separator();
+    return option->expected(1, kMany);
   }
 
+  // Takes what was given behind this verb's name as `options`, which are its own or those of a verb
+  // below: what stands before the second word counts as what stands behind it.
   void Take(const OptionList& options) const {
-    for (std::size_t i = 0; i < values_.size(); ++i) {
-      if (values_[i].option->count() > 0) TakeEach(options.rows()[i], *values_[i].option);
+    if (above_ != nullptr) above_->Take(options);
+    for (std::size_t i = 0; i < parsed_.size(); ++i) {
+      if (parsed_[i]->count() == 0) continue;
+      const std::string& name = options_.rows()[i].name;
+      const OptionRow* const row = options.Find(name);
+      if (row == nullptr) throw UsageError(name + " is of no use here");
+      TakeEach(*row, parsed_[i]->results());
     }
   }
 
   // The parser puts empty texts between the values of one occurrence and of the next.
-  static void TakeEach(const OptionRow& row, const CLI::Option& option) {
+  static void TakeEach(const OptionRow& row, const std::vector<std::string>& given) {
     std::vector<std::string> values;
-    for (const std::string& value : option.results()) {
+    for (const std::string& value : given) {
       if (!value.empty() || row.more == 0) {
         values.push_back(value);
       } else if (!values.empty()) {
@@ -92,38 +79,28 @@ class ParsedVerb {
     if (!values.empty()) row.take(values);
   }
 
-  // What stands before the second word of a verb counts as what stands behind it.
-  void HandDownTo(const OptionList& below) const {
-    for (std::size_t i = 0; i < values_.size(); ++i) {
-      if (values_[i].option->count() == 0) continue;
-      const OptionRow* const row = below.Find(options_.rows()[i].name);
-      if (row == nullptr) throw UsageError(options_.rows()[i].name + " is of no use here");
-      TakeEach(*row, *values_[i].option);
-    }
-  }
-
   const Verb& verb_;
-  ParsedVerb* above_;
+  const ParsedVerb* above_;
   OptionList options_;
   Action action_;
   CLI::App* app_;
-  std::vector<Value> values_;
+  std::vector<CLI::Option*> parsed_;  // of each row of the options
 };
 
 using ParsedVerbs = std::vector<std::unique_ptr<ParsedVerb>>;
 
 ParsedVerbs AddVerbs(CLI::App* voatm) {
-  ParsedVerbs added;
+  ParsedVerbs verbs;
   for (const Verb* verb : kVerbs) {
-    const std::string name = verb->name;
-    const std::size_t blank = name.find(' ');
-    ParsedVerb* above = nullptr;
-    for (const auto& other : added) {
-      if (blank != std::string::npos && name.substr(0, blank) == other->name()) above = other.get();
-    }
-    added.push_back(std::make_unique<ParsedVerb>(voatm, above, *verb));
+    const auto above = std::find_if(verbs.begin(), verbs.end(), [&](const auto& other) {
+      return verb->Is(other->verb(), verb->Word());
+    });
+    const ParsedVerb* const parent = above == verbs.end() ? nullptr : above->get();
+    CLI::App* const app =
+        parent == nullptr ? voatm : parent->app()->add_subcommand(verb->Word(), verb->summary);
+    verbs.push_back(std::make_unique<ParsedVerb>(app, parent, *verb));
   }
-  return added;
+  return verbs;
 }
 
 // The verb whose usage was wrong knows more than voatm itself.
@@ -143,11 +120,8 @@ ExitCode Run(CLI::App* voatm, const ParsedVerbs& verbs, int argc, char** argv) {
     for (const auto& verb : verbs) {
       if (verb->IsMeant()) return verb->Run();
     }
-    throw UsageError("a verb is required");
   } catch (const CLI::CallForHelp&) {
     PrintAsIs(voatm->help());
-  } catch (const CLI::CallForVersion& version) {
-    PrintLine(version.what());
   } catch (const CLI::ParseError& error) {
     return RefuseUsage(voatm, error.what());
   } catch (const UsageError& error) {
@@ -157,10 +131,8 @@ ExitCode Run(CLI::App* voatm, const ParsedVerbs& verbs, int argc, char** argv) {
 }
 
 int RunAndFlush(int argc, char** argv) {
-  CLI::App voatm(kSummary, "voatm");
-  voatm.set_version_flag("--version", "voatm " VOATM_VERSION);
+  CLI::App voatm(kVoatm.summary, "voatm");
   voatm.get_formatter()->label("SUBCOMMAND", "VERB");
-  voatm.footer(kFooter);
   const ParsedVerbs verbs = AddVerbs(&voatm);
   const ExitCode exit_code = Run(&voatm, verbs, argc, argv);
   FlushOutput();

@@ -13,11 +13,6 @@ std::string Braced(const std::vector<std::string>& choices) {
   return type + "}";
 }
 
-int NumberOf(const std::string& name, const std::string& text, int least, int most) {
-  if (const auto number = ReadNumber(text, least, most)) return *number;
-  throw UsageError(name + " cannot be \"" + text + "\": it takes " + RangeText(least, most));
-}
-
 }  // namespace
 
 std::optional<int> ReadNumber(const std::string& text, int least, int most) {
@@ -30,9 +25,11 @@ std::optional<int> ReadNumber(const std::string& text, int least, int most) {
   return number;
 }
 
-std::string RangeText(int least, int most) {
-  if (most == INT_MAX) return "a whole number from " + std::to_string(least);
-  return "a whole number from " + std::to_string(least) + " to " + std::to_string(most);
+int RequireNumber(const std::string& name, const std::string& text, int least, int most) {
+  if (const auto number = ReadNumber(text, least, most)) return *number;
+  const std::string end = most == INT_MAX ? "" : " to " + std::to_string(most);
+  throw UsageError(name + " cannot be \"" + text + "\": it takes a whole number from " +
+                   std::to_string(least) + end);
 }
 
 std::vector<std::string> OptionRow::Choices() const {
@@ -52,16 +49,6 @@ OptionRow& OptionList::Flag(const std::string& name, bool* value, const std::str
   return Add({name, "", about, [value](const auto&) { *value = true; }, 0});
 }
 
-OptionRow& OptionList::Text(const std::string& name, const std::string& type, std::string* value,
-                            const std::string& about) {
-  return Add({name, type, about, [value](const auto& values) { *value = values.front(); }});
-}
-
-OptionRow& OptionList::Text(const std::string& name, const std::string& type,
-                            std::optional<std::string>* value, const std::string& about) {
-  return Add({name, type, about, [value](const auto& values) { *value = values.front(); }});
-}
-
 OptionRow& OptionList::Texts(const std::string& name, const std::string& type, int number,
                              std::vector<std::string>* values, const std::string& about) {
   return Add({name, type, about, [values](const auto& given) { *values = given; }, number});
@@ -75,20 +62,6 @@ OptionRow& OptionList::Choice(const std::string& name, const std::vector<std::st
     throw UsageError(name + " cannot be \"" + *value + "\": it is one of " + Braced(choices));
   };
   return Add({name, Braced(choices), about, take});
-}
-
-OptionRow& OptionList::Number(const std::string& name, int least, int most,
-                              std::optional<int>* value, const std::string& about) {
-  return Add({name, "NUMBER", about, [=](const std::vector<std::string>& values) {
-                *value = NumberOf(name, values.front(), least, most);
-              }});
-}
-
-OptionRow& OptionList::Number(const std::string& name, int least, int most, int* value,
-                              const std::string& about) {
-  return Add({name, "NUMBER", about, [=](const std::vector<std::string>& values) {
-                *value = NumberOf(name, values.front(), least, most);
-              }});
 }
 
 const OptionRow* OptionList::Find(const std::string& name) const {

@@ -20,11 +20,12 @@ class UsageError : public std::runtime_error {
 // leading zeros allowed and without meaning. Nothing for any other text or a number out of range.
 std::optional<int> ReadNumber(const std::string& text, int least = 0, int most = INT_MAX);
 
-// "a whole number from 1 to 8"
-std::string RangeText(int least, int most);
+// The same; throws UsageError that says what `name` takes.
+int RequireNumber(const std::string& name, const std::string& text, int least, int most);
 
 struct OptionRow {
   static constexpr int kAnyNumber = -1;
+  static constexpr const char* kNumber = "NUMBER";  // the type of whole numbers
 
   std::string name;  // "--json", or of an argument "TABLE"
   std::string type;  // of its value: "DIR", "{bash,zsh,fish}"; a flag has none
@@ -33,7 +34,7 @@ struct OptionRow {
   int values = 1;                                                    // or kAnyNumber
   int more = 0;  // values that may follow; then it may be given again, and is taken each time
   bool required = false;
-  const char* environment = nullptr;  // the variable that stands in for it
+  const char* member = nullptr;  // of a JSON file that may give it instead
 
   bool IsFlag() const { return values == 0; }
   bool IsArgument() const { return name.front() != '-'; }
@@ -43,24 +44,34 @@ struct OptionRow {
     required = true;
     return *this;
   }
+  OptionRow& Member(const char* name_in_file) {
+    member = name_in_file;
+    return *this;
+  }
 };
 
 class OptionList {
  public:
   OptionRow& Flag(const std::string& name, bool* value, const std::string& about);
-  OptionRow& Text(const std::string& name, const std::string& type, std::string* value,
-                  const std::string& about);
-  OptionRow& Text(const std::string& name, const std::string& type,
-                  std::optional<std::string>* value, const std::string& about);
+  // Into a std::string, or a std::optional of one.
+  template <typename Value>
+  OptionRow& Text(const std::string& name, const std::string& type, Value* value,
+                  const std::string& about) {
+    return Add({name, type, about, [value](const auto& values) { *value = values.front(); }});
+  }
   // `number` values, or OptionRow::kAnyNumber.
   OptionRow& Texts(const std::string& name, const std::string& type, int number,
                    std::vector<std::string>* values, const std::string& about);
   OptionRow& Choice(const std::string& name, const std::vector<std::string>& choices,
                     std::string* value, const std::string& about);
-  OptionRow& Number(const std::string& name, int least, int most, std::optional<int>* value,
-                    const std::string& about);
-  OptionRow& Number(const std::string& name, int least, int most, int* value,
-                    const std::string& about);
+  // Into an int, or a std::optional of one.
+  template <typename Value>
+  OptionRow& Number(const std::string& name, int least, int most, Value* value,
+                    const std::string& about) {
+    return Add({name, OptionRow::kNumber, about, [=](const std::vector<std::string>& values) {
+                  *value = RequireNumber(name, values.front(), least, most);
+                }});
+  }
   OptionRow& Add(OptionRow row);
 
   const std::vector<OptionRow>& rows() const { return rows_; }

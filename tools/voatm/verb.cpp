@@ -2,37 +2,30 @@
 
 #include <strings.h>
 
-#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <vector>
-
-namespace {
-
-const records::RecordTable& TableNamed(const std::string& name) {
-  const auto* const found =
-      std::find_if(records::kRecordTables.begin(), records::kRecordTables.end(),
-                   [&](const records::RecordTable& table) {
-                     return strcasecmp(name.c_str(), table.name) == 0 ||
-                            strcasecmp(name.c_str(), table.short_name) == 0;
-                   });
-  if (found != records::kRecordTables.end()) return *found;
-  std::string known;
-  for (const records::RecordTable& table : records::kRecordTables) {
-    known += std::string(known.empty() ? "" : ", ") + table.short_name + " (" + table.name + ")";
-  }
-  throw UsageError("no table \"" + name + "\"; there are " + known);
-}
-
-}  // namespace
 
 std::string Verb::Manual() const {
   return description + (choices == nullptr ? "" : "\n\n" + choices());
 }
 
+bool Verb::Is(const Verb& above, const std::string& word) const {
+  const std::string before = above.name;
+  return !word.empty() && name == before + (before.empty() ? "" : " ") + word;
+}
+
+std::string Verb::Word() const {
+  const std::string words = name;
+  return words.substr(words.find_last_of(' ') + 1);
+}
+
 void AddHomeOption(OptionList* options, std::string* home) {
-  options->Text("--home", "DIR", home, "The configuration tree, with cfg/ and tables/")
-      .environment = "VODIR_HOME";
+  const char* const usual = std::getenv("VODIR_HOME");
+  if (usual != nullptr) *home = usual;
+  options->Text("--home", "DIR", home,
+                "The configuration tree, with cfg/ and tables/, instead of that of VODIR_HOME");
 }
 
 void AddDataOptions(OptionList* options, DataOptions* data) {
@@ -45,9 +38,17 @@ void AddTableArgument(OptionList* options, const records::RecordTable** table) {
   for (const records::RecordTable& each : records::kRecordTables) {
     names += (names.empty() ? "{" : ",") + std::string(each.short_name);
   }
-  options
-      ->Add({"TABLE", names + "}", "The table's short name; its name in traces will do",
-             [table](const auto& values) { *table = &TableNamed(values.front()); }})
+  names += "}";
+  const auto take = [names, table](const std::vector<std::string>& values) {
+    const char* const name = values.front().c_str();
+    for (const records::RecordTable& each : records::kRecordTables) {
+      const bool named = strcasecmp(name, each.name) == 0 || strcasecmp(name, each.short_name) == 0;
+      if (named) *table = &each;
+    }
+    if (*table != nullptr) return;
+    throw UsageError("no table \"" + values.front() + "\"; there are " + names);
+  };
+  options->Add({"TABLE", names, "The table's short name; its name in traces will do", take})
       .Required();
 }
 

@@ -23,7 +23,7 @@ using Action = std::function<ExitCode()>;
 
 // Help, completions and man pages are made from these rows.
 struct Verb {
-  const char* name;         // "locks release" stands below the verb "locks"
+  const char* name;         // "locks release" stands below the verb "locks"; voatm itself has none
   const char* summary;      // one line
   const char* description;  // what it prints and answers, with its JSON shape
   const char* example;
@@ -33,6 +33,12 @@ struct Verb {
 
   // The description and what belongs to it.
   std::string Manual() const;
+
+  // Whether it is the verb that `word` makes of the verb `above`.
+  bool Is(const Verb& above, const std::string& word) const;
+
+  // The last word of its name.
+  std::string Word() const;
 };
 
 // The options of a verb that shows data.

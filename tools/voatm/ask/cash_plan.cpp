@@ -1,17 +1,12 @@
 #include "ask/cash_plan.h"
 
-#include <algorithm>
-#include <climits>
 #include <cstring>
-#include <numeric>
 #include <sstream>
 
 #include "ask/observation.h"
 #include "options.h"
 
 namespace {
-
-constexpr char kOutsideLogic = '@';
 
 // Holds any logic that the library writes.
 using LogicBuffer = char[32];
@@ -71,57 +66,6 @@ std::string MeaningOf(const CashRequest& request, int code) {
          (offset % 2 == 0 ? "the plan needs too many notes" : "its notes are too large");
 }
 
-CashOutcome PayWith(const CashRequest& request, int amount, const std::string& configured) {
-  auto cassettes = request.cassettes;
-  std::string amount_text = std::to_string(amount);
-  LogicBuffer logic = {};
-  configured.copy(logic, sizeof logic - 1);
-  VoATMUtil util;
-  util.dptr = Observation::Trace();
-  CashOutcome outcome;
-  outcome.code = util.CheckCashAvailability(request.model.c_str(), amount_text.data(), logic,
-                                            request.currency, cassettes.data(), request.max_notes);
-  if (outcome.code == 0) {
-    outcome.logic = logic;
-    Judge(request, amount, &outcome);
-  } else {
-    outcome.payment = Payment::kRefused;
-    outcome.meaning = MeaningOf(request, outcome.code);
-  }
-  return outcome;
-}
-
-CashOutcome PayConfigured(const CashRequest& request, const std::optional<std::string>& logic,
-                          int amount) {
-  if (logic) return PayWith(request, amount, *logic);
-  CashOutcome outcome;
-  outcome.meaning = "no logic is configured for the amount";
-  return outcome;
-}
-
-// What all amounts that can be paid are multiples of.
-int UnitOf(const CashRequest& request) {
-  int unit = 0;
-  for (const DenomInfo& cassette : request.cassettes) {
-    if (cassette.Status == 'Y' && cassette.Code == request.currency) {
-      unit = std::gcd(unit, cassette.Value);
-    }
-  }
-  return std::max(unit, 1);
-}
-
-// Without the amounts, which would keep equal runs apart.
-std::string PlannedFate(const CashOutcome& outcome) {
-  switch (outcome.payment) {
-    case Payment::kPaid:
-      return "pays";
-    case Payment::kRefused:
-      return "refuses, " + std::to_string(outcome.code) + ": " + outcome.meaning;
-    default:
-      return NameOf(outcome.payment);
-  }
-}
-
 // "A:20:978:Y" in its parts.
 std::vector<std::string> PartsOf(const std::string& cassette) {
   std::istringstream stream(cassette);
@@ -165,16 +109,8 @@ void SetCassettes(CashRequest* request, const std::vector<std::string>& cassette
 }
 
 const char* NameOf(Payment payment) {
-  switch (payment) {
-    case Payment::kPaid:
-      return "paid";
-    case Payment::kFallsShort:
-      return "falls short";
-    case Payment::kRefused:
-      return "refused";
-    default:
-      return "not configured";
-  }
+  constexpr const char* kNames[] = {"paid", "falls short", "refused", "not configured"};
+  return kNames[static_cast<std::size_t>(payment)];
 }
 
 std::string DescribeLogic(const CashRequest& request, const std::string& logic) {
@@ -188,58 +124,31 @@ std::string DescribeLogic(const CashRequest& request, const std::string& logic) 
   return (text.empty() ? "no notes" : text) + " = " + std::to_string(SumOf(request, logic).amount);
 }
 
-LogicOf NoLogic(const CashRequest& request) {
-  return [zeros = std::string(2 * request.positions(), '0')](int) { return zeros; };
-}
-
-CashOutcome Pay(const CashRequest& request, const LogicOf& logic_of, int amount) {
-  return PayConfigured(request, logic_of(amount), amount);
+CashOutcome Pay(const CashRequest& request, const std::optional<std::string>& logic, int amount) {
+  CashOutcome outcome;
+  if (!logic) {
+    outcome.meaning = "no logic is configured for the amount";
+    return outcome;
+  }
+  auto cassettes = request.cassettes;
+  std::string amount_text = std::to_string(amount);
+  LogicBuffer buffer = {};
+  logic->copy(buffer, sizeof buffer - 1);
+  VoATMUtil util;
+  util.dptr = Observation::Trace();
+  outcome.code = util.CheckCashAvailability(request.model.c_str(), amount_text.data(), buffer,
+                                            request.currency, cassettes.data(), request.max_notes);
+  if (outcome.code == 0) {
+    outcome.logic = buffer;
+    Judge(request, amount, &outcome);
+  } else {
+    outcome.payment = Payment::kRefused;
+    outcome.meaning = MeaningOf(request, outcome.code);
+  }
+  return outcome;
 }
 
 const char* FateOf(const std::optional<std::string>& configured, const CashOutcome& outcome) {
   if (!configured) return "none";
   return outcome.code == 0 && outcome.logic == *configured ? "pays" : "does not pay";
-}
-
-std::vector<int> PaidNearby(const CashRequest& request, const LogicOf& logic_of, int amount) {
-  constexpr int kSteps = 200;
-  constexpr int kWanted = 2;  // on each side
-  const int unit = UnitOf(request);
-  std::vector<int> paid;
-  for (const int direction : {-1, 1}) {
-    int wanted = kWanted;
-    long long candidate = amount / unit * static_cast<long long>(unit);
-    if (direction < 0 && candidate < amount) candidate += unit;
-    for (int step = 0; step < kSteps && wanted > 0; ++step) {
-      candidate += direction * static_cast<long long>(unit);
-      if (candidate <= 0 || candidate > INT_MAX) break;
-      const int near = static_cast<int>(candidate);
-      if (Pay(request, logic_of, near).payment != Payment::kPaid) continue;
-      paid.push_back(near);
-      --wanted;
-    }
-  }
-  std::sort(paid.begin(), paid.end());
-  return paid;
-}
-
-std::vector<SweepRun> Sweep(const CashRequest& request, const LogicOf& logic_of, int from, int to,
-                            int step) {
-  std::vector<SweepRun> runs;
-  for (long long at = from; at <= to; at += step) {
-    const int amount = static_cast<int>(at);
-    const std::optional<std::string> logic = logic_of(amount);
-    const CashOutcome outcome = PayConfigured(request, logic, amount);
-    const CashOutcome plan = Pay(request, NoLogic(request), amount);
-    SweepRun run = {
-        amount,           amount, 1, outcome.payment == Payment::kPaid, FateOf(logic, outcome),
-        PlannedFate(plan)};
-    if (!runs.empty() && runs.back().FaresAs(run)) {
-      runs.back().to = amount;
-      ++runs.back().amounts;
-    } else {
-      runs.push_back(std::move(run));
-    }
-  }
-  return runs;
 }

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "options.h"
-
 namespace {
 
 constexpr std::string_view kEscapedNewline = "\\n";
@@ -63,20 +61,51 @@ std::size_t PrintedBy(char conversion, std::string_view text, std::string_view b
   return EndsWith(text, behind) ? text.size() - behind.size() : std::string_view::npos;
 }
 
-// The start of what says the time in a prefix: the word with the clock, and the date before it.
+// Where the word begins that ends before a blank at `end`.
+std::size_t StartOfWord(std::string_view text, std::size_t end) {
+  if (end == 0) return 0;
+  return text.rfind(' ', end - 1) + 1;  // 0 when there is none
+}
+
+// The start of what says the time in a prefix: the word with the clock, and the date before it,
+// which is a word, or the name of a month and a day.
 std::size_t StartOfTime(std::string_view prefix, std::size_t clock) {
-  const auto word_before = [&](std::size_t at) {
-    const std::size_t blank = at < 2 ? std::string_view::npos : prefix.rfind(' ', at - 2);
-    return blank == std::string_view::npos ? 0 : blank + 1;
-  };
-  std::size_t start = prefix.rfind(' ', clock);
-  start = start == std::string_view::npos ? 0 : start + 1;
-  const std::size_t day = word_before(start);
-  if (day < start && IsDigit(prefix[day])) start = start - day > 3 ? day : word_before(day);
+  std::size_t start = StartOfWord(prefix, clock);
+  const std::size_t day = start == 0 ? 0 : StartOfWord(prefix, start - 1);
+  if (day < start && IsDigit(prefix[day])) {
+    start = start - day > 3 || day == 0 ? day : StartOfWord(prefix, day - 1);
+  }
   const std::size_t priority_end = prefix.find('>', start);  // of "<13>"
   if (prefix[start] == '<' && priority_end < clock) start = priority_end + 1;
   while (start < clock && std::strchr("[(\"", prefix[start]) != nullptr) ++start;
   return start;
+}
+
+// "09:30:05"
+bool StartsWithClock(std::string_view text) {
+  constexpr std::string_view kForm = "00:00:00";
+  return text.size() >= kForm.size() &&
+         std::equal(kForm.begin(), kForm.end(), text.begin(),
+                    [](char form, char c) { return form == ':' ? c == ':' : IsDigit(c); });
+}
+
+// Of "2026-11-21 09:30:05.123456 [12345] 7 ", "Nov 21 09:30:05 host name[12345]: " and the like.
+std::string_view TimeIn(std::string_view prefix) {
+  std::size_t clock = 0;
+  while (clock < prefix.size() && !StartsWithClock(prefix.substr(clock))) ++clock;
+  if (clock == prefix.size()) return {};
+  const std::size_t start = StartOfTime(prefix, clock);
+  return prefix.substr(start, prefix.find_first_of(" ]>)\"", clock) - start);
+}
+
+std::string_view ProcessIn(std::string_view prefix) {
+  for (std::size_t open = prefix.find('['); open != std::string_view::npos;
+       open = prefix.find('[', open + 1)) {
+    const std::size_t close = prefix.find_first_not_of("0123456789", open + 1);
+    if (close == std::string_view::npos || close == open + 1 || prefix[close] != ']') continue;
+    return prefix.substr(open + 1, close - open - 1);
+  }
+  return {};
 }
 
 }  // namespace
@@ -108,7 +137,7 @@ TraceReader::TraceReader() {
 }
 
 TraceReader::Pattern TraceReader::Compile(const TraceText& row) {
-  Pattern pattern = {&row, {}, {}, 0, IsBlank(std::string_view(row.text).back())};
+  Pattern pattern = {&row, {}, {}, 0};
   std::string text;
   Collapse(row.text, &text);
   std::string* literal = &pattern.head;
@@ -171,34 +200,11 @@ bool TraceReader::FindAt(std::size_t at, bool ends_blank) {
     if (pattern.words < kFewWords && !IsWholePrefix(said_.substr(0, at))) continue;
     if (pattern.words > most) line_.matches.clear();
     most = pattern.words;
-    const bool first = pattern.ends_blank == ends_blank;
+    const bool first = IsBlank(std::string_view(pattern.row->text).back()) == ends_blank;
     line_.matches.insert(first ? line_.matches.begin() : line_.matches.end(),
                          TraceMatch{pattern.row, printed_});
   }
   return most > 0;
-}
-
-// "2026-11-21 09:30:05.123456 [12345] 7 ", "Nov 21 09:30:05 host name[12345]: " and the like.
-void TraceReader::ReadPrefix(std::string_view prefix) {
-  for (std::size_t colon = prefix.find(':'); colon != std::string_view::npos;
-       colon = prefix.find(':', colon + 1)) {
-    const std::size_t clock = colon < 2 ? 0 : colon - 2;
-    const bool is_clock = colon >= 2 && colon + 5 < prefix.size() && IsDigit(prefix[clock]) &&
-                          IsDigit(prefix[colon - 1]) && IsDigit(prefix[colon + 1]) &&
-                          prefix[colon + 3] == ':' && IsDigit(prefix[colon + 5]);
-    if (!is_clock) continue;
-    const std::size_t end = prefix.find_first_of(" ]>)\"", colon);
-    const std::size_t start = StartOfTime(prefix, clock);
-    line_.time = prefix.substr(start, std::min(end, prefix.size()) - start);
-    break;
-  }
-  for (std::size_t open = prefix.find('['); open != std::string_view::npos;
-       open = prefix.find('[', open + 1)) {
-    const std::size_t close = prefix.find_first_not_of("0123456789", open + 1);
-    if (close == std::string_view::npos || close == open + 1 || prefix[close] != ']') continue;
-    line_.process = prefix.substr(open + 1, close - open - 1);
-    break;
-  }
 }
 
 const TraceLine& TraceReader::Read(std::string_view line) {
@@ -210,16 +216,9 @@ const TraceLine& TraceReader::Read(std::string_view line) {
   for (std::size_t at = 0; at < said_.size(); ++at) {
     if (patterns_[static_cast<unsigned char>(said_[at])].empty()) continue;
     if ((at > 0 && !EndsPrefix(said_[at - 1])) || !FindAt(at, ends_blank)) continue;
-    ReadPrefix(said_.substr(0, at));
+    line_.time = TimeIn(said_.substr(0, at));
+    line_.process = ProcessIn(said_.substr(0, at));
     break;
   }
   return line_;
-}
-
-const char* MeaningOfError(std::string_view number) {
-  const auto value = ReadNumber(std::string(number));
-  for (const SystemError& error : SystemErrors()) {
-    if (error.number == value) return error.means;
-  }
-  return nullptr;
 }

@@ -48,8 +48,7 @@ class TraceReader {
     const TraceText* row;
     std::string head;  // before the first conversion
     std::vector<Piece> pieces;
-    std::size_t words = 0;    // characters that are no conversion's
-    bool ends_blank = false;  // the text has a blank at its end
+    std::size_t words;  // characters that are no conversion's
   };
 
   static Pattern Compile(const TraceText& row);
@@ -57,7 +56,6 @@ class TraceReader {
                     std::vector<std::string_view>* printed);
   void SplitError();
   bool FindAt(std::size_t at, bool ends_blank);
-  void ReadPrefix(std::string_view prefix);
 
   std::array<std::vector<Pattern>, 256> patterns_;  // by their first character
   std::string text_;
@@ -65,8 +63,5 @@ class TraceReader {
   std::vector<std::string_view> printed_;
   TraceLine line_;
 };
-
-// What the system's error means for the library; null when nothing more is known of it.
-const char* MeaningOfError(std::string_view number);
 
 #endif  // TOOLS_VOATM_ASK_TRACE_LINE_H

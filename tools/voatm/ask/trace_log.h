@@ -3,7 +3,9 @@
 #define TOOLS_VOATM_ASK_TRACE_LOG_H
 
 #include <cstddef>
+#include <ext/stdio_filebuf.h>
 #include <functional>
+#include <istream>
 #include <map>
 #include <optional>
 #include <set>
@@ -14,37 +16,38 @@
 
 #include "ask/trace_line.h"
 
-// The lines of a file or of standard input. It takes as much memory as the longest line does, and a
-// megabyte at most.
+// The lines of a file or of standard input, in memory that does not grow with them.
 class LogLines {
  public:
   // Reads the file at `path`, or standard input when it is empty. Throws when it does not open.
   explicit LogLines(const std::string& path);
-  LogLines(const LogLines&) = delete;
-  LogLines& operator=(const LogLines&) = delete;
-  ~LogLines();
 
   // At the end, waits for more instead of ending; calls `before_waiting` once it has nothing more.
   // A file that was cut or replaced is read from its new beginning.
-  void Follow(std::function<void()> before_waiting);
+  void Follow(std::function<void()> before_waiting) { before_waiting_ = std::move(before_waiting); }
 
   // The next line without its newline, cut at a megabyte; it holds until the next call. Throws when
   // reading fails.
   std::optional<std::string_view> Next();
 
  private:
-  bool Fill();
-  void WaitForMore();
+  bool WaitForMore();
   void ReopenIfReplaced();
 
   std::string path_;
-  int file_;
   std::function<void()> before_waiting_;
-  std::vector<char> buffer_;
-  std::size_t begin_ = 0;  // of what was not given yet
-  std::size_t end_ = 0;
-  std::size_t searched_ = 0;  // there is no newline before it
-  bool skipping_ = false;     // the rest of a line that was cut
+  std::vector<char> line_;
+  __gnu_cxx::stdio_filebuf<char> file_;
+  std::istream stream_;
+};
+
+// Different texts, up to a number of them.
+struct FewTexts {
+  std::size_t most;
+  std::set<std::string, std::less<>> texts{};
+  bool more = false;  // than these
+
+  void Add(std::string_view text);
 };
 
 // What a log says of one text of the catalogue.
@@ -52,16 +55,11 @@ struct LogMessage {
   const TraceText* row = nullptr;
   std::string error_number;  // of the system call that failed; empty when none did
   std::size_t count = 0;
-  std::string first, last;          // as the lines say the time
-  std::set<std::string> processes;  // up to kMostProcesses
-  std::vector<std::string> means;   // up to kMostMeanings, of different values
-  bool more_processes = false, more_means = false;
+  std::string first, last;  // as the lines say the time
+  FewTexts processes = {100};
+  FewTexts means = {4};  // of different values
 
-  static constexpr std::size_t kMostProcesses = 100;
-  static constexpr std::size_t kMostMeanings = 4;
-
-  void AddProcess(const std::string& process);
-  void AddMeaning(const std::string& meaning);
+  Weight weight() const { return row->advice->weight; }
 };
 
 // Counts lines by their text and their system error, in memory that does not grow with them.

@@ -2,6 +2,9 @@
 
 #include <cerrno>
 #include <iterator>
+#include <string>
+
+#include "options.h"
 
 namespace {
 
@@ -9,42 +12,36 @@ namespace {
 
 constexpr TraceAdvice kNormal = {"Nothing is wrong.", "Nothing; look at the lines around it.",
                                  Weight::kNormal};
-constexpr TraceAdvice kHome = {
-    "VODIR_HOME is not set or names another directory, or the file is missing or not readable.",
-    "voatm check"};
+constexpr TraceAdvice kHome = {"VODIR_HOME names another directory, or the file cannot be read.",
+                               "voatm check"};
 constexpr TraceAdvice kStartUp = {"The start-up file is wrong.", "voatm check"};
 constexpr TraceAdvice kQueue = {
-    "The queue belongs to another user, or CHANNEL#ORGKEY is another installation's.",
+    "The queue is another user's, or CHANNEL#ORGKEY another installation's.",
     "voatm tables; ipcs -q"};
-constexpr TraceAdvice kChannel = {
-    "VoChannelMgr ended and its queue was removed, or it stands still and the queue is full.",
-    "ipcs -q; start VoChannelMgr, then the driver"};
+constexpr TraceAdvice kChannel = {"VoChannelMgr ended, or it stands still and its queue is full.",
+                                  "ipcs -q; start VoChannelMgr, then the driver"};
 constexpr TraceAdvice kUnknownTable = {
-    "Its owner has not created it yet, or this installation does not have it.", "voatm tables"};
-constexpr TraceAdvice kSegment = {
-    "The owner of the tables is not running, or was started again with other keys.",
-    "voatm tables"};
+    "Its owner has not created it yet, or this installation has none.", "voatm tables"};
+constexpr TraceAdvice kSegment = {"The tables' owner does not run, or was started with other keys.",
+                                  "voatm tables"};
 constexpr TraceAdvice kAttach = {"The process has no room left to attach it.",
                                  "voatm tables; ulimit -v"};
-constexpr TraceAdvice kSet = {
-    "The segment is there and the set is not: somebody removed it, or the owner failed half way.",
-    "voatm tables"};
+constexpr TraceAdvice kSet = {"Somebody removed the set, or the owner failed half way.",
+                              "voatm tables"};
 constexpr TraceAdvice kSemop = {
     "The set was removed, has fewer semaphores than the table has slots, or a signal came while "
     "waiting.",
     "voatm tables; then voatm locks, as the slot may still be held"};
 constexpr TraceAdvice kNoProperty = {
-    "No row has the values, nor the wildcard, together with the keys that were settled before.",
-    "voatm explain property", Weight::kNotice};
-constexpr TraceAdvice kNoAction = {
-    "No row has the values, nor the wildcard, together with the keys that were settled before.",
-    "voatm explain action", Weight::kNotice};
-constexpr TraceAdvice kLayered = {
-    "No file exists for the scopes, nor for the fallback name; it is the last one tried.",
-    "voatm explain with the operation's scopes; voatm check", Weight::kNotice};
+    "No row has it, nor the wildcard, with the keys settled before.", "voatm explain property",
+    Weight::kNotice};
+constexpr TraceAdvice kNoAction = {"No row has it, nor the wildcard, with the keys settled before.",
+                                   "voatm explain action", Weight::kNotice};
+constexpr TraceAdvice kLayered = {"No file exists for the scopes, nor for the fallback name.",
+                                  "voatm explain with the operation's scopes; voatm check",
+                                  Weight::kNotice};
 constexpr TraceAdvice kNoEntry = {
-    "The first file that opened lacks the key or the field, or a fault makes the entry unreadable; "
-    "wider files are not asked.",
+    "The first file that opened has no readable entry; wider files are not asked.",
     "voatm check; voatm explain shows the file that counts"};
 constexpr TraceAdvice kTemplate = {
     "The template that counts lacks the key, or the entry is unreadable.",
@@ -53,21 +50,17 @@ constexpr TraceAdvice kCardless = {"CARDLESS_TXN.cfg has no entry for the key.",
                                    "voatm check; voatm explain cardless", Weight::kNotice};
 constexpr TraceAdvice kModel = {"The driver gave a model other than NDC+ATM and D912ATM.",
                                 "Correct the ATM's model where the driver has it from."};
-constexpr TraceAdvice kNoteMapping = {
-    "The ATM accepted a note type that the mapping does not count.",
-    "voatm explain deposit; voatm check"};
-constexpr TraceAdvice kLogicFault = {
-    "A count of the dispense logic holds something else than digits.",
-    "voatm explain displogic; voatm check"};
-constexpr TraceAdvice kPlan = {
-    "The configured logic does not suit the request, so another one is planned.", "voatm plan",
-    Weight::kNotice};
+constexpr TraceAdvice kNoteMapping = {"The ATM accepted a note type that the mapping lacks.",
+                                      "voatm explain deposit; voatm check"};
+constexpr TraceAdvice kLogicFault = {"A count of the dispense logic is no number.",
+                                     "voatm explain displogic; voatm check"};
+constexpr TraceAdvice kPlan = {"The configured logic does not suit the request.", "voatm plan",
+                               Weight::kNotice};
 constexpr TraceAdvice kInTheWay = {
-    "The cassettes that are usable cannot make the amount within the note limit.",
+    "The usable cassettes cannot make the amount within the note limit.",
     "voatm plan; voatm plan --sweep", Weight::kNotice};
-constexpr TraceAdvice kReversal = {
-    "The ATM and the switch do not agree about the last withdrawal.",
-    "Compare the ATM's journal with the trace numbers in the lines before."};
+constexpr TraceAdvice kReversal = {"ATM and switch do not agree about the last withdrawal.",
+                                   "Compare the ATM's journal."};
 constexpr TraceAdvice kRejected = {"The ATM refused or could not carry out the reply.",
                                    "Look at the ATM's journal and its status codes."};
 
@@ -76,60 +69,27 @@ constexpr TraceText kTraceTexts[] = {
     {"Error in opening file[ %s ]", "{1} did not open.", &kHome},
     {"Error in Searching %s from file[ %s ]", "{2} has no readable {1}.", &kStartUp},
     {"Error in Searching VOBUSINESS#MAXATM from file[ %s ]",
-     "{1} has no readable VOBUSINESS#MAXATM at start-up, or no VOBUSINESS#UTCFLAG later.",
-     &kStartUp},
+     "{1} has no readable VOBUSINESS#MAXATM, or later VOBUSINESS#UTCFLAG.", &kStartUp},
     {"Invalid %s[ %s ] value defined in file[ %s ]", "{1} of {3} is no whole number.", &kStartUp},
     {"Error in Creating VoChannelMgr Queue", "VoChannelMgr's queue cannot be used.", &kQueue},
     {"Error in Sending Locate Memory Channel Message to VoChannelMgr Queue",
-     "The question where a table is could not be put.", &kChannel},
+     "VoChannelMgr could not be asked for a table.", &kChannel},
     {"Error in Receiving Locate Memory Channel Message From VoChannelMgr Queue",
-     "The answer where a table is did not come.", &kChannel},
+     "VoChannelMgr did not answer.", &kChannel},
     {"Error in Locating Memory[ %s ]", "VoChannelMgr does not know {1}.", &kUnknownTable},
     {"Memory[ %s ] Located with ChannelKeyId[ %d ]", "{1} has the IPC key {2}.", &kNormal},
-    {"Error in Creating Device Memory Table Shared Memory", "ATMMEMORY has no segment.", &kSegment},
-    {"Error in attaching Device Memory Table Shared Memory", "ATMMEMORY was not attached.",
-     &kAttach},
-    {"Error in Creating Device Memory Table Semaphore", "ATMMEMORY has no semaphores.", &kSet},
-    {"Error in Creating Device Fit Table Shared Memory", "ATMFITMEMORY has no segment.", &kSegment},
-    {"Error in attaching Device Fit Table Shared Memory", "ATMFITMEMORY was not attached.",
-     &kAttach},
-    {"Error in Creating Device Fit Table Semaphore", "ATMFITMEMORY has no semaphores.", &kSet},
-    {"Error in Creating VoSecurity Shared Memory", "VOSECURITYMEMORY has no segment.", &kSegment},
-    {"Error in attaching VoSecurity Shared Memory", "VOSECURITYMEMORY was not attached.", &kAttach},
-    {"Error in Creating VoSecurity Semaphore", "VOSECURITYMEMORY has no semaphores.", &kSet},
-    {"Error in Creating AtmProperty Shared Memory", "ATMPROPERTYMEMORY has no segment.", &kSegment},
-    {"Error in attaching AtmProperty Shared Memory", "ATMPROPERTYMEMORY was not attached.",
-     &kAttach},
-    {"Error in Creating AtmProperty Semaphore", "ATMPROPERTYMEMORY has no semaphores.", &kSet},
-    {"Error in Creating AtmActionProperty Shared Memory", "ATMACTIONPROPERTYMEMORY has no segment.",
-     &kSegment},
-    {"Error in attaching AtmActionProperty Shared Memory",
-     "ATMACTIONPROPERTYMEMORY was not attached.", &kAttach},
-    {"Error in Creating AtmActionProperty Semaphore", "ATMACTIONPROPERTYMEMORY has no semaphores.",
-     &kSet},
-    {"Error in Creating AtmStatus Shared Memory", "ATMSTATUSMEMORY has no segment.", &kSegment},
-    {"Error in attaching AtmStatus Shared Memory", "ATMSTATUSMEMORY was not attached.", &kAttach},
-    {"Error in Creating AtmStatus Semaphore", "ATMSTATUSMEMORY has no semaphores.", &kSet},
+    {"Error in Creating %s Shared Memory", "The table {1} has no segment.", &kSegment},
+    {"Error in attaching %s Shared Memory", "The table {1} was not attached.", &kAttach},
+    {"Error in Creating %s Semaphore", "The table {1} has no semaphores.", &kSet},
 
     // Slots
     {"%s SysErr[ %s ] ErrNo[ %d ]", "A system call failed: {2}.", &kSemop},
     {"Error in Semop for AtmMemory",
-     "A slot of the ATM memory was not taken or given back, or one of a property table, or a FIT "
-     "slot after a match: these say the same.",
+     "A slot was not taken or given back: of ATM memory, a property table, or FIT after a match.",
      &kSemop},
     {"Error in Semop for AtmFitMemory", "A slot of the FIT table was not taken.", &kSemop},
     {"Error in Semop for AtmFit", "A slot of the FIT table was not given back.", &kSemop},
-    {"Error in Semop for VoSecurity", "A slot of the security table was not taken or given back.",
-     &kSemop},
-    {"Error in Semop for AtmProperty",
-     "A slot of the ATM property table was not taken or given back, while verifying or counting.",
-     &kSemop},
-    {"Error in Semop for AtmActionProperty",
-     "A slot of the action property table was not taken or given back, while verifying or "
-     "counting.",
-     &kSemop},
-    {"Error in Semop for AtmStatus", "A slot of the status table was not taken or given back.",
-     &kSemop},
+    {"Error in Semop for %s", "A slot of the table {1} was not taken or given back.", &kSemop},
     {"retval %d", "getAtmId printed its result to standard output: 1 found, -1 not.", &kNormal},
 
     // Property tables
@@ -166,11 +126,11 @@ constexpr TraceText kTraceTexts[] = {
      "No action row is for ATM {3} there; * is tried next.", &kNoAction, "*"},
     {"Error in Reading InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] StatusBuf[%s] from "
      "VoAtmActionProperty Table",
-     "No row behind the ATM's first one gives an action for the statuses {4}.", &kNoAction},
+     "No row behind the ATM's first gives an action for the statuses {4}.", &kNoAction},
     {"Error in Searching StatusMsg in VoAtmActionProperty Table",
-     "No row behind the ATM's first one gives a transaction value for the statuses.", &kNoAction},
+     "No row behind the ATM's first has a transaction for the statuses.", &kNoAction},
     {"Error in Searching TxnCode[%s] in VoAtmActionProperty Table",
-     "No row from the status's row on is for transaction {1}; its class or * is tried next.",
+     "No row from the status's on is for transaction {1}; its class or * is tried next.",
      &kNoAction, "*"},
     {"inside tableoffset[%d]", "The action row lies in slot {1}.", &kNormal},
 
@@ -196,7 +156,7 @@ constexpr TraceText kTraceTexts[] = {
     {"Failed to Count OAR Group", "The file opened and could not be read to its end.", &kHome},
 
     // Cash
-    {"failed to Search [ %s ]", "{1} has fewer counts than the model has cassettes, or is absent.",
+    {"failed to Search [ %s ]", "{1} is absent, or has too few counts for the model.",
      &kLogicFault},
     {"Denom Config Error", "A dispense logic is no whole number.", &kLogicFault},
     {"Unsupported ATM Model[ %c ]", "No dispense logic is known for the model.", &kModel},
@@ -204,9 +164,8 @@ constexpr TraceText kTraceTexts[] = {
     {"Invaild Device Type[ %s ]", "{1} is no ATM model.", &kModel},
     {"Id[%c] Pos[%d] Value[%d]\tCode[%d]\tStatus[%c] LastDispNotes[%d]",
      "Cassette {1}: notes of {3}, status {5}.", &kNormal},
-    {"Config Notes[%d] > Maxnotes[%d]", "The configured logic has {1} notes, {2} are allowed.",
-     &kPlan},
-    {"CheckAmount[%d] != ReqAmount[%d]", "The configured logic makes {1}, asked were {2}.", &kPlan},
+    {"Config Notes[%d] > Maxnotes[%d]", "The logic has {1} notes, {2} are allowed.", &kPlan},
+    {"CheckAmount[%d] != ReqAmount[%d]", "The logic makes {1}, asked were {2}.", &kPlan},
     {"FixDispLogic[%s]", "The configured logic {1} makes the amount.", &kNormal},
     {"********Notes[%d]...Position[%d]", "It asks {1} notes of cassette number {2}, from 0.",
      &kNormal},
@@ -230,8 +189,7 @@ constexpr TraceText kTraceTexts[] = {
     {"the length [ %d ] and string[ %s ]", "The deposit's groups are {2}.", &kNormal},
     {"Failed to search[ %s ] ", "The note mapping has no readable {1}.", &kNoteMapping},
     {"Id[ %s ] configured as NILL", "{1} is not accepted.", &kNoteMapping},
-    {"Currency Value configured as 0 for Id[ %s ]", "{1} is worth nothing or is no number.",
-     &kNoteMapping},
+    {"Currency Value configured as 0 for Id[ %s ]", "{1} is worth 0 or no number.", &kNoteMapping},
     {"Map[%s][%s][%s]", "{2} notes of type {1}, worth {3} each.", &kNormal},
     {"Amount[ %d ] Buffer[ %s ]", "The deposit makes {1}.", &kNormal},
 
@@ -266,8 +224,11 @@ const std::vector<TraceText>& TraceTexts() {
   return kTexts;
 }
 
-const std::vector<SystemError>& SystemErrors() {
-  static const std::vector<SystemError> kErrors = {
+const char* MeaningOfError(std::string_view number) {
+  constexpr struct {
+    int number;
+    const char* means;
+  } kErrors[] = {
       {EIDRM, "it was removed while somebody waited; the owner restarted or ipcrm was run"},
       {EINVAL, "the id is no longer valid: it was removed since the driver started"},
       {EFBIG, "the set has fewer semaphores than the slot's number: a count in cfg/ was raised"},
@@ -280,5 +241,9 @@ const std::vector<SystemError>& SystemErrors() {
       {ENOMEM, "the system has no memory for it"},
       {E2BIG, "the message is longer than this library knows: versions differ"},
   };
-  return kErrors;
+  const std::optional<int> value = ReadNumber(std::string(number));
+  for (const auto& error : kErrors) {
+    if (error.number == value) return error.means;
+  }
+  return nullptr;
 }

@@ -2,7 +2,7 @@
 #ifndef TOOLS_VOATM_ASK_WHY_CATALOGUE_H
 #define TOOLS_VOATM_ASK_WHY_CATALOGUE_H
 
-#include <string>
+#include <string_view>
 #include <vector>
 
 // How much a text matters.
@@ -29,15 +29,10 @@ struct TraceText {
   const char* widest = nullptr;
 };
 
-// What an error number means that the library adds to a text.
-struct SystemError {
-  int number;
-  const char* means;
-};
-
-// Every trace text of the library, once.
+// Every trace text of the library, once; those that differ in a table's name are one.
 const std::vector<TraceText>& TraceTexts();
 
-const std::vector<SystemError>& SystemErrors();
+// What the number of a system's error means for the library; null when nothing more is known of it.
+const char* MeaningOfError(std::string_view number);
 
 #endif  // TOOLS_VOATM_ASK_WHY_CATALOGUE_H

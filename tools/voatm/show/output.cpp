@@ -67,27 +67,32 @@ std::string Dumped(const Json& json, int indent) {
 
 }  // namespace
 
-bool UsesTerminal() { return isatty(STDOUT_FILENO) != 0; }
+bool UsesTerminal() {
+  static const bool is_terminal = isatty(STDOUT_FILENO) != 0;
+  return is_terminal;
+}
 
 std::string Readable(std::string_view text) {
+  const auto is_plain = [](char c) { return c >= ' ' && c <= '~'; };
   std::string readable;
-  readable.reserve(text.size());
-  for (const char c : text) {
-    if (c >= ' ' && c <= '~') {
-      readable += c;
-      continue;
-    }
+  readable.reserve(text.size() + 1);
+  for (auto at = text.begin(); at != text.end();) {
+    const auto end = std::find_if_not(at, text.end(), is_plain);
+    readable.append(at, end);
+    if (end == text.end()) break;
     char escaped[5];
-    std::snprintf(escaped, sizeof escaped, "\\x%02x", static_cast<unsigned char>(c));
+    std::snprintf(escaped, sizeof escaped, "\\x%02x", static_cast<unsigned char>(*end));
     readable += escaped;
+    at = end + 1;
   }
   return readable;
 }
 
 void PrintLine(std::string_view text, Tone tone, std::size_t indent) {
-  const std::string line = Folded(Readable(text), Width(), indent);
-  const bool colored = tone == Tone::kAlarm && UseColor();
-  PrintAsIs(colored ? kAlarmColor + line + kPlainColor + "\n" : line + "\n");
+  std::string line = Readable(text);
+  if (UsesTerminal()) line = Folded(line, Width(), indent);
+  if (tone == Tone::kAlarm && UseColor()) line = kAlarmColor + line + kPlainColor;
+  PrintAsIs(line += '\n');
 }
 
 void PrintAsIs(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }

@@ -1,187 +1,135 @@
-// voatm completion and voatm man: the command line for shells and for man, from the verbs.
-#include <cstdio>
-#include <fstream>
-#include <iterator>
+// voatm completion: scripts with which shells ask voatm complete what may stand at the cursor.
 #include <memory>
-#include <sstream>
-#include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "show/commands.h"
 #include "show/output.h"
 #include "verbs/verbs.h"
 
 namespace {
 
-// What may stand at a place of the command line, and what it is.
-using Word = std::pair<std::string, std::string>;
+struct Shell {
+  const char* name;
+  const char* script;
+};
 
-std::vector<Word> WordsOf(const Command& command, const std::vector<Command>& all) {
-  std::vector<Word> words;
-  for (const Command& other : all) {
-    if (other.IsBelow(command)) words.emplace_back(other.Name(), other.summary);
+// Where voatm knows no word, a file may stand.
+constexpr Shell kShells[] = {
+    {"bash", R"sh(_voatm() {
+  local words
+  mapfile -t words < <(voatm complete -- "${COMP_WORDS[@]:1:COMP_CWORD}" 2>/dev/null)
+  COMPREPLY=("${words[@]%%$'\t'*}")
+}
+complete -o default -F _voatm voatm
+)sh"},
+    {"zsh", R"sh(#compdef voatm
+_voatm() {
+  local -a found
+  found=(${(f)"$(voatm complete -- "${(@)words[2,CURRENT]}" 2>/dev/null)"})
+  found=(${found/$'\t'/:})
+  if (( $#found )); then _describe voatm found; else _files; fi
+}
+if [[ $funcstack[1] == _voatm ]]; then _voatm "$@"; else compdef _voatm voatm; fi
+)sh"},
+    {"fish", R"sh(function __voatm_complete
+  set -l words (commandline -opc)
+  set -l word (commandline -ct)
+  set -l found (voatm complete -- $words[2..-1] "$word" 2>/dev/null)
+  or set found (__fish_complete_path "$word")
+  printf '%s\n' $found
+end
+complete -c voatm -f -a '(__voatm_complete)'
+)sh"},
+};
+
+const Verb* FindVerb(const Verb& above, const std::string& word) {
+  for (const Verb* verb : kVerbs) {
+    if (verb->Is(above, word)) return verb;
   }
-  for (const OptionRow& option : command.options.rows()) {
-    if (!option.IsArgument()) {
-      words.emplace_back(option.name, option.about);
-      continue;
+  return nullptr;
+}
+
+void AddChoices(const OptionRow& row, NamedTexts* words) {
+  for (const std::string& choice : row.Choices()) words->emplace_back(choice, row.about);
+}
+
+// What may stand behind a verb: verbs, options and the choices of its arguments.
+NamedTexts WordsBehind(const Verb& verb, const OptionList& options) {
+  NamedTexts words;
+  for (const Verb* below : kVerbs) {
+    if (below->for_operators && below->Is(verb, below->Word())) {
+      words.emplace_back(below->Word(), below->summary);
     }
-    for (const std::string& choice : option.Choices()) words.emplace_back(choice, option.about);
   }
+  for (const OptionRow& row : options.rows()) {
+    if (!row.IsArgument()) words.emplace_back(row.name, row.about);
+    if (row.IsArgument()) AddChoices(row, &words);
+  }
+  words.emplace_back("--help", "Print help");
   return words;
 }
 
-// The patterns of a case that tells which verb the words before the cursor make.
-std::string PathPatterns(const std::vector<Command>& all) {
-  std::string patterns;
-  for (const Command& command : all) {
-    if (command.path.empty()) continue;
-    patterns += (patterns.empty() ? "'" : "|'") + command.path + "'";
+// What may stand in place of the last word, which is begun.
+NamedTexts Candidates(const std::vector<std::string>& words) {
+  const Verb* verb = &kVoatm;
+  OptionList options;
+  verb->declare(&options);
+  const OptionRow* waiting = nullptr;  // the option whose value comes next
+  for (std::size_t i = 0; i + 1 < words.size(); ++i) {
+    const Verb* const below = waiting == nullptr ? FindVerb(*verb, words[i]) : nullptr;
+    const OptionRow* const option = waiting == nullptr ? options.Find(words[i]) : nullptr;
+    waiting = option != nullptr && !option->IsFlag() ? option : nullptr;
+    if (below == nullptr) continue;
+    verb = below;
+    options = {};
+    verb->declare(&options);
   }
-  return patterns;
+  if (waiting == nullptr) return WordsBehind(*verb, options);
+  NamedTexts values;
+  AddChoices(*waiting, &values);
+  return values;
 }
 
-// In single quotes, for all three shells.
-std::string Quoted(const std::string& text) {
-  std::string quoted = "'";
-  for (const char character : text) {
-    quoted += character == '\'' ? "'\\''" : std::string(1, character);
+ExitCode Complete(const std::vector<std::string>& words) {
+  ExitCode exit_code = kFindings;
+  const std::string begun = words.empty() ? "" : words.back();
+  for (const auto& [word, about] : Candidates(words)) {
+    if (word.rfind(begun, 0) != 0) continue;
+    PrintAsIs(word + "\t" + about + "\n");
+    exit_code = kDone;
   }
-  return quoted + "'";
-}
-
-std::string BashScript(const std::vector<Command>& all) {
-  std::string script =
-      "_voatm() {\n"
-      "  local verb='' word words current=${COMP_WORDS[COMP_CWORD]}\n"
-      "  for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
-      "    case \"${verb:+$verb }$word\" in\n      " +
-      PathPatterns(all) +
-      ") verb=\"${verb:+$verb }$word\" ;;\n"
-      "    esac\n"
-      "  done\n"
-      "  case ${COMP_WORDS[COMP_CWORD-1]} in\n"
-      "    --home) mapfile -t COMPREPLY < <(compgen -d -- \"$current\"); return ;;\n"
-      "  esac\n"
-      "  case $verb in\n";
-  for (const Command& command : all) {
-    script += "    '" + command.path + "') words='";
-    for (const Word& word : WordsOf(command, all)) script += word.first + " ";
-    script += "' ;;\n";
-  }
-  return script +
-         "  esac\n"
-         "  mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$current\")\n"
-         "}\n"
-         "complete -o default -F _voatm voatm\n";
-}
-
-std::string ZshScript(const std::vector<Command>& all) {
-  std::string script =
-      "#compdef voatm\n"
-      "_voatm() {\n"
-      "  local verb='' word\n"
-      "  local -a choices\n"
-      "  for word in \"${(@)words[2,CURRENT-1]}\"; do\n"
-      "    case \"${verb:+$verb }$word\" in\n      (" +
-      PathPatterns(all) +
-      ") verb=\"${verb:+$verb }$word\" ;;\n"
-      "    esac\n"
-      "  done\n"
-      "  if [[ ${words[CURRENT-1]} == --home ]]; then _files -/; return; fi\n"
-      "  case \"$verb\" in\n";
-  for (const Command& command : all) {
-    script += "    ('" + command.path + "') choices=(";
-    for (const Word& word : WordsOf(command, all)) {
-      script += Quoted(word.first + ":" + word.second) + " ";
-    }
-    script += ") ;;\n";
-  }
-  return script +
-         "  esac\n"
-         "  _describe -o voatm choices || _files\n"
-         "}\n"
-         "if [[ $funcstack[1] == _voatm ]]; then _voatm \"$@\"; else compdef _voatm voatm; fi\n";
-}
-
-// The condition that the words before the cursor make a command.
-std::string FishCondition(const Command& command, const std::vector<Command>& all) {
-  std::string condition;
-  std::istringstream path(command.path);
-  for (std::string word; path >> word;) {
-    condition += (condition.empty() ? "" : "; and ");
-    condition += "__fish_seen_subcommand_from " + word;
-  }
-  std::string below;
-  for (const Command& other : all) {
-    if (other.IsBelow(command)) below += " " + other.Name();
-  }
-  if (below.empty()) return condition;
-  return (condition.empty() ? "" : condition + "; and ") + "not __fish_seen_subcommand_from" +
-         below;
-}
-
-std::string FishScript(const std::vector<Command>& all) {
-  std::string script;
-  for (const Command& command : all) {
-    const std::string condition = FishCondition(command, all);
-    for (const auto& [word, description] : WordsOf(command, all)) {
-      const std::size_t dashes = word.find_first_not_of('-');
-      constexpr const char* kKinds[] = {" -f -a ", " -s ", " -l "};
-      script += "complete -c voatm -n '" + condition + "'" + kKinds[dashes] + word.substr(dashes) +
-                " -d " + Quoted(description) + "\n";
-    }
-  }
-  return script;
-}
-
-std::vector<Command> AllCommands() {
-  return CommandsOf(kSummary, {std::begin(kVerbs), std::end(kVerbs)});
-}
-
-ExitCode Complete(const std::string& shell) {
-  const std::vector<Command> all = AllCommands();
-  PrintAsIs(shell == "bash" ? BashScript(all) : shell == "zsh" ? ZshScript(all) : FishScript(all));
-  return kDone;
-}
-
-ExitCode WriteManual(const std::string& directory) {
-  const std::vector<Command> all = AllCommands();
-  for (const Command& command : all) {
-    const std::string path = directory + "/" + command.Page() + ".1";
-    std::ofstream stream(path);
-    stream << ManualPage(command, all);
-    if (!stream.flush()) throw std::runtime_error("cannot write " + path);
-  }
-  return kDone;
+  return exit_code;
 }
 
 Action DeclareCompletion(OptionList* list) {
-  const auto shell = std::make_shared<std::string>();
-  list->Choice("SHELL", {"bash", "zsh", "fish"}, shell.get(), "The shell that is to complete")
-      .Required();
-  return [shell] { return Complete(*shell); };
+  const auto name = std::make_shared<std::string>();
+  std::vector<std::string> names;
+  for (const Shell& shell : kShells) names.emplace_back(shell.name);
+  list->Choice("SHELL", names, name.get(), "The shell that is to complete").Required();
+  return [name] {
+    for (const Shell& shell : kShells) {
+      if (*name == shell.name) PrintAsIs(shell.script);
+    }
+    return kDone;
+  };
 }
 
-Action DeclareManual(OptionList* list) {
-  const auto directory = std::make_shared<std::string>();
-  list->Text("DIR", "", directory.get(), "Where the pages go").Required();
-  return [directory] { return WriteManual(*directory); };
+Action DeclareComplete(OptionList* list) {
+  const auto words = std::make_shared<std::vector<std::string>>();
+  list->Texts("WORD", "", OptionRow::kAnyNumber, words.get(), "The words up to the cursor");
+  return [words] { return Complete(*words); };
 }
 
 }  // namespace
 
-const Verb kCompletion = {
-    "completion", "Print what a shell needs to complete the command line",
-    "Names every verb and option, for bash, zsh or fish. Have the shell read it when it starts.",
-    "source <(voatm completion bash)", DeclareCompletion};
+const Verb kCompletion = {"completion", "Print what a shell needs to complete the command line",
+                          "For bash, zsh or fish. Have the shell read it when it starts.",
+                          "source <(voatm completion bash)", DeclareCompletion};
 
-const Verb kManual = {"man",
-                      "Write the manual pages",
-                      "Writes voatm.1 and a page a verb into a directory.",
-                      "voatm man build/man",
-                      DeclareManual,
-                      nullptr,
-                      false};
+const Verb kComplete = {"complete",
+                        "Print what may stand in place of the last word",
+                        "A word a line, and behind a tab what it is.",
+                        "voatm complete -- locks rel",
+                        DeclareComplete,
+                        nullptr,
+                        false};

@@ -2,27 +2,21 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
-#include <sstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "ask/cash_plan.h"
 #include "ask/experiment.h"
 #include "json_file.h"
 #include "show/output.h"
-#include "verbs/plan_empty.h"
+#include "verbs/plan_sweep.h"
 #include "verbs/verbs.h"
 
 namespace {
 
 constexpr const char* kPays = "pays";  // the fate of a configured logic that is dispensed
-constexpr std::size_t kValues = 12;    // the column of values in a report
-constexpr const char* kModels[] = {"NDC+ATM", "D912ATM"};
 
 struct Options : DataOptions {
-  std::string file;
-  std::optional<std::string> model;
+  std::string model;
   std::optional<int> amount;
   std::optional<int> currency;
   std::optional<int> max_notes;
@@ -36,19 +30,6 @@ struct Options : DataOptions {
   std::string html;
 };
 
-// What the command line does not say, the file may.
-void ReadFile(Options* options) {
-  if (options->file.empty()) return;
-  const JsonFile file(options->file,
-                      {"model", "amount", "currency", "max_notes", "logic", "cassettes"});
-  file.Take("model", &options->model);
-  file.Take("amount", 1, &options->amount);
-  file.Take("currency", 0, &options->currency);
-  file.Take("max_notes", 1, &options->max_notes);
-  file.Take("logic", &options->logic);
-  file.Take("cassettes", &options->cassettes);
-}
-
 template <typename T>
 const T& Required(const std::optional<T>& value, const char* name) {
   if (!value) throw UsageError(std::string(name) + " is required");
@@ -57,10 +38,8 @@ const T& Required(const std::optional<T>& value, const char* name) {
 
 CashRequest RequestOf(const Options& options) {
   CashRequest request;
-  request.model = Required(options.model, "--model");
-  if (request.model != kModels[0] && request.model != kModels[1]) {
-    throw UsageError("--model " + request.model + " is neither NDC+ATM nor D912ATM");
-  }
+  if (options.model.empty()) throw UsageError("--model is required");
+  request.model = options.model;
   request.currency = Required(options.currency, "--currency");
   request.max_notes = Required(options.max_notes, "--max-notes");
   if (options.cassettes.empty()) throw UsageError("CASSETTE is required");
@@ -73,23 +52,24 @@ Placed LookUpLogic(const Options& options, int amount) {
   Inputs inputs;
   inputs["logic"] = options.logic_name;
   inputs["index"] = std::to_string(options.index.value_or(amount));
-  inputs["model"] = *options.model;
+  inputs["model"] = options.model;
   const char* const names[] = {"s1", "s2", "s3", "fallback"};
   for (std::size_t i = 0; i < options.scope.size(); ++i) inputs[names[i]] = options.scope[i];
   return AskFiles(*FindQuestion("displogic"), inputs);
 }
 
+bool HasLogic(const Options& options) { return options.logic || !options.logic_name.empty(); }
+
 // Where the configured logic comes from: the home, the command line or the file, or nowhere.
 LogicOf LogicSource(const Options& options, const CashRequest& request) {
-  if (!options.logic_name.empty()) {
-    return [&](int amount) -> std::optional<std::string> {
-      const Placed placed = LookUpLogic(options, amount);
-      if (!placed.answer.found) return std::nullopt;
-      return placed.answer.facts.front().get<std::string>();
-    };
+  if (options.logic_name.empty()) {
+    return [logic = options.logic.value_or(request.NoLogic())](int) { return logic; };
   }
-  if (!options.logic) return NoLogic(request);
-  return [logic = *options.logic](int) { return logic; };
+  return [&](int amount) -> std::optional<std::string> {
+    const Placed placed = LookUpLogic(options, amount);
+    if (!placed.answer.found) return std::nullopt;
+    return placed.answer.facts.front().get<std::string>();
+  };
 }
 
 void CheckLogicOptions(const Options& options, const CashRequest& request) {
@@ -109,166 +89,90 @@ void CheckLogicOptions(const Options& options, const CashRequest& request) {
 }
 
 // One amount: what is configured, what is paid instead, and what else could be asked for.
-struct Report {
-  int amount;
-  std::optional<std::string> configured;
-  std::string source;
-  std::string fate;  // of the configured logic
-  CashOutcome outcome;
-  std::vector<int> nearby;
-};
-
-Report ReportOf(const Options& options, const CashRequest& request) {
-  const LogicOf logic_of = LogicSource(options, request);
-  Report report;
-  report.amount = Required(options.amount, "--amount");
-  if (options.logic || !options.logic_name.empty()) report.configured = logic_of(report.amount);
-  if (!options.logic_name.empty()) report.source = LookUpLogic(options, report.amount).where;
-  report.outcome = Pay(request, logic_of, report.amount);
-  report.fate = FateOf(report.configured, report.outcome);
-  report.nearby = PaidNearby(request, logic_of, report.amount);
-  return report;
-}
-
-Json ReportJson(const CashRequest& request, const Report& report) {
-  const CashOutcome& outcome = report.outcome;
-  Json json = {{"amount", report.amount},
+Json ReportOf(const Options& options, const CashRequest& request, const LogicOf& logic_of) {
+  const int amount = Required(options.amount, "--amount");
+  const std::optional<std::string> configured = logic_of(amount);
+  const CashOutcome outcome = Pay(request, configured, amount);
+  Json json = {{"amount", amount},
                {"configured", nullptr},
                {"outcome", NameOf(outcome.payment)},
                {"code", outcome.code},
                {"meaning", outcome.meaning},
                {"logic", outcome.logic},
                {"notes", outcome.logic.empty() ? "" : DescribeLogic(request, outcome.logic)},
-               {"nearby", report.nearby}};
-  if (report.configured) {
-    json["configured"] = {{"logic", *report.configured},
-                          {"notes", DescribeLogic(request, *report.configured)},
-                          {"source", report.source},
-                          {"fate", report.fate}};
+               {"nearby", PaidNearby(request, logic_of, amount)}};
+  if (HasLogic(options) && configured) {
+    const bool looked_up = !options.logic_name.empty();
+    json["configured"] = {{"logic", *configured},
+                          {"notes", DescribeLogic(request, *configured)},
+                          {"source", looked_up ? LookUpLogic(options, amount).where : ""},
+                          {"fate", FateOf(configured, outcome)}};
   }
   return json;
 }
 
-void PrintReport(const CashRequest& request, const Report& report) {
-  const CashOutcome& outcome = report.outcome;
-  if (report.configured) {
-    const std::string from = report.source.empty() ? "" : ", " + report.source;
-    PrintLine("configured  " + *report.configured + ": " +
-                  DescribeLogic(request, *report.configured) + from,
-              Tone::kPlain, kValues);
-    if (report.fate != kPays) PrintLine(std::string(kValues, ' ') + report.fate);
-  }
-  if (outcome.code == 0 && !outcome.logic.empty()) {
-    PrintLine((report.fate == kPays ? "dispensed   " : "planned     ") + outcome.logic + ": " +
-                  DescribeLogic(request, outcome.logic),
-              Tone::kPlain, kValues);
-  }
-  const bool paid = outcome.payment == Payment::kPaid;
-  const std::string name = NameOf(outcome.payment);
-  const std::string code = outcome.code == 0 ? "" : ", code " + std::to_string(outcome.code);
-  const std::string why = outcome.meaning.empty() ? "" : ": " + outcome.meaning;
-  PrintLine("outcome     " + name + code + why, paid ? Tone::kPlain : Tone::kAlarm, kValues);
-  std::string nearby;
-  for (const int amount : report.nearby) nearby += " " + std::to_string(amount);
-  PrintLine("in full    " + (nearby.empty() ? " nothing near by" : nearby), Tone::kPlain, kValues);
+// "01000001: 1 x A (20) + 1 x D (10) = 30"
+std::string LogicText(const Json& object) {
+  const std::string logic = object["logic"];
+  return logic.empty() ? "" : logic + ": " + object["notes"].get<std::string>();
 }
 
-struct Range {
-  int from;
-  int to;
-  int step;
-};
-
-Range RangeOf(const std::string& text) {
-  std::istringstream stream(text);
-  std::vector<std::optional<int>> numbers;
-  for (std::string part; std::getline(stream, part, ':');) numbers.push_back(ReadNumber(part, 1));
-  if (numbers.size() == 2) numbers.emplace_back(1);
-  const bool good = numbers.size() == 3 && text.back() != ':' && numbers[0] && numbers[1] &&
-                    numbers[2] && *numbers[0] <= *numbers[1];
-  if (good) return {*numbers[0], *numbers[1], *numbers[2]};
-  throw UsageError("--sweep " + text + " is not like 10:500:10");
-}
-
-Json SweepJson(const std::vector<SweepRun>& runs, int amounts, int unpaid) {
-  Json rows = Json::array();
-  for (const SweepRun& run : runs) {
-    rows.push_back({{"from", run.from},
-                    {"to", run.to},
-                    {"amounts", run.amounts},
-                    {"paid", run.paid},
-                    {"configured", run.configured},
-                    {"planned", run.planned}});
+void PrintReport(const Json& report) {
+  const bool paid = report["outcome"] == NameOf(Payment::kPaid);
+  const std::string outcome = report["outcome"], meaning = report["meaning"];
+  const std::string code = report["code"] == 0 ? "" : ", code " + report["code"].dump();
+  const Json& configured = report["configured"];
+  std::string logic, fate, nearby;
+  if (configured.is_object()) {
+    const std::string source = configured["source"];
+    logic = LogicText(configured) + (source.empty() ? "" : ", " + source);
+    fate = configured["fate"];
   }
-  return {{"amounts", amounts}, {"unpaid", unpaid}, {"runs", rows}};
+  for (const Json& amount : report["nearby"]) nearby += (nearby.empty() ? "" : " ") + amount.dump();
+  PrintFacts(
+      report["amount"].dump() + ": " + outcome + code + (meaning.empty() ? "" : ", " + meaning),
+      {{"configured", logic},
+       {"", fate == kPays ? "" : fate},
+       {fate == kPays ? "dispensed" : "planned", LogicText(report)},
+       {"in full", nearby.empty() ? "nothing near by" : nearby}},
+      paid ? Tone::kPlain : Tone::kAlarm);
 }
 
-ExitCode SweepAndPrint(const Options& options, const CashRequest& request) {
-  const Range range = RangeOf(options.sweep);
-  const std::vector<SweepRun> runs =
-      Sweep(request, LogicSource(options, request), range.from, range.to, range.step);
-  int amounts = 0;
-  int unpaid = 0;
-  const bool any_logic = options.logic || !options.logic_name.empty();
-  TextTable table(
-      {{"FROM", true}, {"TO", true}, {"AMOUNTS", true}, {"PAID"}, {"CONFIGURED"}, {"PLANNED"}});
-  for (const SweepRun& run : runs) {
-    amounts += run.amounts;
-    unpaid += run.paid ? 0 : run.amounts;
-    table.AddRow({std::to_string(run.from), std::to_string(run.to), std::to_string(run.amounts),
-                  run.paid ? "yes" : "no", any_logic ? run.configured : "-", run.planned},
-                 !run.paid);
-  }
-  if (options.json) {
-    PrintJson(SweepJson(runs, amounts, unpaid));
-  } else {
-    table.Print();
-  }
-  Say(std::to_string(unpaid) + " of " + std::to_string(amounts) + " amounts are not paid in full");
-  return unpaid == 0 ? kDone : kFindings;
-}
-
-ExitCode SweepAndPrintEmpty(const Options& options, const CashRequest& request) {
-  const Range range = RangeOf(options.sweep);
-  std::string about = "Cassettes (letter, face value, currency, status):";
-  for (const std::string& cassette : options.cassettes) about += " " + cassette;
-  about += ". Amounts from " + std::to_string(range.from) + " to " + std::to_string(range.to) +
-           " in steps of " + std::to_string(range.step) + ", currency " +
-           std::to_string(request.currency) + ", at most " + std::to_string(request.max_notes) +
-           " notes.";
-  return ShowEmpty(
-      SweepEmpty(request, LogicSource(options, request), range.from, range.to, range.step),
-      {range.step, options.json, options.html, request.model, about});
-}
-
-ExitCode Plan(Options options) {
-  ReadFile(&options);
+ExitCode Plan(const Options& options) {
   const CashRequest request = RequestOf(options);
   CheckLogicOptions(options, request);
+  const LogicOf logic_of = LogicSource(options, request);
   if (options.sweep.empty() && options.empty) throw UsageError("--empty needs --sweep");
   if (!options.html.empty() && !options.empty) throw UsageError("--html needs --empty");
   if (!options.sweep.empty()) {
     if (options.amount) throw UsageError("--sweep and an amount exclude each other");
-    return options.empty ? SweepAndPrintEmpty(options, request) : SweepAndPrint(options, request);
+    return (options.empty ? ShowEmptySweep : ShowSweep)(
+        request, logic_of, {RangeOf(options.sweep), options.json, HasLogic(options), options.html});
   }
-  const Report report = ReportOf(options, request);
-  if (options.json) {
-    PrintJson(ReportJson(request, report));
-  } else {
-    PrintReport(request, report);
-  }
-  return report.outcome.payment == Payment::kPaid ? kDone : kFindings;
+  const Json report = ReportOf(options, request, logic_of);
+  options.json ? PrintJson(report) : PrintReport(report);
+  return report["outcome"] == NameOf(Payment::kPaid) ? kDone : kFindings;
 }
 
 Action DeclarePlan(OptionList* list) {
   const auto options = std::make_shared<Options>();
+  // Taken first, so that the command line has the last word.
+  list->Add({"--file", "FILE", "JSON with what the command line leaves out",
+             [list](const auto& values) { TakeFile(values.front(), *list); }});
   list->Texts("CASSETTE", "", OptionRow::kAnyNumber, &options->cassettes,
-              "A:20:978:Y: letter, face value, currency, status; @ is outside the logic");
-  list->Text("--model", "MODEL", &options->model, "NDC+ATM (cassettes A to D) or D912ATM (A to H)");
-  list->Number("--amount", 1, INT_MAX, &options->amount, "In whole currency units");
-  list->Number("--currency", 0, INT_MAX, &options->currency, "Numeric currency code");
-  list->Number("--max-notes", 1, INT_MAX, &options->max_notes, "The most notes of one dispense");
-  list->Text("--logic", "LOGIC", &options->logic, "The configured logic: two digits a cassette");
+              "A:20:978:Y: letter, face value, currency, status; @ is outside the logic")
+      .Member("cassettes");
+  list->Choice("--model", {"NDC+ATM", "D912ATM"}, &options->model,
+               "The ATM's model: with cassettes A to D, or A to H")
+      .Member("model");
+  list->Number("--amount", 1, INT_MAX, &options->amount, "In whole currency units")
+      .Member("amount");
+  list->Number("--currency", 0, INT_MAX, &options->currency, "Numeric currency code")
+      .Member("currency");
+  list->Number("--max-notes", 1, INT_MAX, &options->max_notes, "The most notes of one dispense")
+      .Member("max_notes");
+  list->Text("--logic", "LOGIC", &options->logic, "The configured logic: two digits a cassette")
+      .Member("logic");
   list->Text("--logic-name", "NAME", &options->logic_name,
              "Look the configured logic up in the home");
   list->Texts("--scope", "NAME", 4, &options->scope, "Its scopes: three names, then the fallback");
@@ -277,7 +181,6 @@ Action DeclarePlan(OptionList* list) {
   list->Text("--sweep", "FROM:TO[:STEP]", &options->sweep, "Try every amount of a range");
   list->Flag("--empty", &options->empty, "Sweep with every combination of empty cassettes");
   list->Text("--html", "FILE", &options->html, "Draw what --empty finds, as a page of its own");
-  list->Text("--file", "FILE", &options->file, "JSON with what the command line leaves out");
   AddDataOptions(list, options.get());
   return [options] { return Plan(*options); };
 }

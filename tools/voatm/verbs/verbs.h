@@ -1,9 +1,10 @@
-// The command table: every verb of `voatm`, in the order of the help.
+// The command table: `voatm` and its verbs, in the order of the help.
 #ifndef TOOLS_VOATM_VERBS_VERBS_H
 #define TOOLS_VOATM_VERBS_VERBS_H
 
 #include "verb.h"
 
+extern const Verb kVoatm;
 extern const Verb kStatus;
 extern const Verb kServe;
 extern const Verb kTables;
@@ -18,15 +19,14 @@ extern const Verb kPlan;
 extern const Verb kDiff;
 extern const Verb kWhy;
 extern const Verb kCompletion;
+extern const Verb kComplete;
 extern const Verb kManual;
 
-inline constexpr char kSummary[] =
-    "Says what the ATM drivers' shared tables and configuration hold, and why.";
-
-// A verb below another stands behind it.
+// voatm itself, then its verbs; one below another stands behind it.
 inline constexpr const Verb* kVerbs[] = {
-    &kStatus, &kServe,   &kTables, &kList, &kShow, &kDump,       &kLocks,  &kLocksRelease,
-    &kCheck,  &kExplain, &kPlan,   &kDiff, &kWhy,  &kCompletion, &kManual,
+    &kVoatm, &kStatus, &kServe,        &kTables,   &kList,    &kShow,
+    &kDump,  &kLocks,  &kLocksRelease, &kCheck,    &kExplain, &kPlan,
+    &kDiff,  &kWhy,    &kCompletion,   &kComplete, &kManual,
 };
 
 #endif  // TOOLS_VOATM_VERBS_VERBS_H

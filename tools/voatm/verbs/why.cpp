@@ -72,10 +72,9 @@ std::string ErrorText(const Json& error) {
 
 void PrintAnswer(const Json& answer) {
   for (const Json& text : answer["texts"]) {
-    PrintFacts("", {{"text", text["text"]},
-                    {"means", text["means"]},
-                    {"cause", text["cause"]},
-                    {"next", text["next"]}});
+    NamedTexts facts;
+    for (const auto& [name, value] : text.items()) facts.emplace_back(name, value);
+    PrintFacts("", facts);
   }
   PrintFacts("", {{"error", ErrorText(answer["system_error"])}});
 }
@@ -96,15 +95,13 @@ ExitCode ExplainText(const Options& options) {
 void PrintExplained(std::string_view text, const TraceLine& line) {
   constexpr std::size_t kBelow = 4;
   const std::string below(kBelow, ' ');
-  const bool is_error =
-      !line.matches.empty() && line.matches.front().row->advice->weight == Weight::kError;
-  PrintLine(text, is_error ? Tone::kAlarm : Tone::kPlain);
-  if (line.matches.empty()) return;
+  if (line.matches.empty()) return PrintLine(text);
   const TraceMatch& match = line.matches.front();
+  const TraceAdvice& advice = *match.row->advice;
+  PrintLine(text, advice.weight == Weight::kError ? Tone::kAlarm : Tone::kPlain);
   PrintLine(below + match.Means(), Tone::kPlain, kBelow);
   const char* const error = MeaningOfError(line.error_number);
   if (error != nullptr) PrintLine(below + "Error: " + error, Tone::kPlain, kBelow);
-  const TraceAdvice& advice = *match.row->advice;
   if (advice.weight != Weight::kNormal) {
     PrintLine(below + "Next: " + advice.next, Tone::kPlain, kBelow);
   }
@@ -116,50 +113,46 @@ Json MessageJson(const LogMessage& message) {
           {"count", message.count},
           {"first", message.first},
           {"last", message.last},
-          {"processes", message.processes},
-          {"more_processes", message.more_processes},
-          {"means", message.means},
-          {"more_means", message.more_means},
+          {"processes", message.processes.texts},
+          {"more_processes", message.processes.more},
+          {"means", message.means.texts},
+          {"more_means", message.means.more},
           {"cause", message.row->advice->cause},
           {"next", message.row->advice->next},
           {"system_error", ErrorJson(message.error_number, "")}};
 }
 
-void PrintMessage(const LogMessage& message) {
-  const TraceAdvice& advice = *message.row->advice;
-  const std::string times =
-      message.first + (message.last == message.first ? "" : " to " + message.last);
-  std::string processes;
-  for (const std::string& process : message.processes) {
-    processes += (processes.empty() ? "" : ", ") + process;
-  }
-  NamedTexts facts = {{"time", times},
-                      {"process", processes + (message.more_processes ? " and others" : "")}};
-  for (const std::string& means : message.means) facts.emplace_back("means", means);
-  if (message.more_means) facts.emplace_back("", "and of other values");
-  const char* const error = MeaningOfError(message.error_number);
-  if (error != nullptr) facts.emplace_back("error", message.error_number + ", " + error);
-  facts.emplace_back("cause", advice.weight == Weight::kNormal ? "" : advice.cause);
-  facts.emplace_back("next", advice.weight == Weight::kNormal ? "" : advice.next);
-  PrintFacts(std::to_string(message.count) + " x " + message.row->text, facts,
-             advice.weight == Weight::kError ? Tone::kAlarm : Tone::kPlain);
+std::string Joined(const Json& texts) {
+  std::string joined;
+  for (const std::string text : texts) joined += (joined.empty() ? "" : ", ") + text;
+  return joined;
 }
 
-ExitCode Summarize(const LogSummary& summary, const Options& options) {
-  const std::vector<LogMessage> messages = summary.Messages();
-  const bool wrong = !messages.empty() && messages.front().row->advice->weight == Weight::kError;
-  if (options.each_line) return wrong ? kFindings : kDone;
-  if (options.json) {
-    Json json = {
-        {"lines", summary.lines()}, {"unknown", summary.unknown()}, {"messages", Json::array()}};
-    for (const LogMessage& message : messages) json["messages"].push_back(MessageJson(message));
-    PrintJson(json);
-  } else {
-    for (const LogMessage& message : messages) PrintMessage(message);
-    Say("lines: " + std::to_string(summary.lines()) + ", of them no text of the library: " +
-        std::to_string(summary.unknown()) + ", messages: " + std::to_string(messages.size()));
+void PrintMessage(const Json& message) {
+  const std::string weight = message["weight"], first = message["first"], last = message["last"];
+  NamedTexts facts = {
+      {"time", first + (last == first ? "" : " to " + last)},
+      {"process", Joined(message["processes"]) + (message["more_processes"] ? " and others" : "")}};
+  for (const Json& means : message["means"]) facts.emplace_back("means", means);
+  if (message["more_means"]) facts.emplace_back("", "and of other values");
+  facts.emplace_back("error", ErrorText(message["system_error"]));
+  if (weight != NameOf(Weight::kNormal)) {
+    facts.emplace_back("cause", message["cause"]);
+    facts.emplace_back("next", message["next"]);
   }
-  return wrong ? kFindings : kDone;
+  PrintFacts(message["count"].dump() + " x " + message["text"].get<std::string>(), facts,
+             weight == NameOf(Weight::kError) ? Tone::kAlarm : Tone::kPlain);
+}
+
+void PrintSummary(const LogSummary& summary, const std::vector<LogMessage>& messages,
+                  bool as_json) {
+  Json json = {
+      {"lines", summary.lines()}, {"unknown", summary.unknown()}, {"messages", Json::array()}};
+  for (const LogMessage& message : messages) json["messages"].push_back(MessageJson(message));
+  if (as_json) return PrintJson(json);
+  for (const Json& message : json["messages"]) PrintMessage(message);
+  Say("lines: " + json["lines"].dump() + ", of them no text of the library: " +
+      json["unknown"].dump() + ", messages: " + std::to_string(messages.size()));
 }
 
 ExitCode ReadLog(const Options& options) {
@@ -178,7 +171,9 @@ ExitCode ReadLog(const Options& options) {
       PrintExplained(*text, line);
     }
   }
-  return Summarize(summary, options);
+  const std::vector<LogMessage> messages = summary.Messages();
+  if (!options.each_line) PrintSummary(summary, messages, options.json);
+  return !messages.empty() && messages.front().weight() == Weight::kError ? kFindings : kDone;
 }
 
 ExitCode Why(Options options) {

@@ -1,0 +1,130 @@
+#include "ask/cash_sweep.h"
+
+#include <algorithm>
+#include <climits>
+#include <numeric>
+
+namespace {
+
+// What all amounts that can be paid are multiples of.
+int UnitOf(const CashRequest& request) {
+  int unit = 0;
+  for (const DenomInfo& cassette : request.cassettes) {
+    if (request.CanUse(cassette)) unit = std::gcd(unit, cassette.Value);
+  }
+  return std::max(unit, 1);
+}
+
+// Without the amounts, which would keep equal runs apart.
+std::string PlannedFate(const CashOutcome& outcome) {
+  if (outcome.payment == Payment::kPaid) return "pays";
+  if (outcome.payment != Payment::kRefused) return NameOf(outcome.payment);
+  return "refuses, " + std::to_string(outcome.code) + ": " + outcome.meaning;
+}
+
+// The combinations of some letters, those of few letters first, each in alphabetical order.
+std::vector<std::string> CombinationsOf(const std::string& letters) {
+  std::vector<std::string> all = {""};
+  for (const char letter : letters) {
+    const std::vector<std::string> without = all;
+    for (const std::string& combination : without) all.push_back(combination + letter);
+  }
+  std::sort(all.begin(), all.end(), [](const std::string& a, const std::string& b) {
+    return a.size() != b.size() ? a.size() < b.size() : a < b;
+  });
+  return all;
+}
+
+CashRequest Without(const std::string& empty, CashRequest request) {
+  for (DenomInfo& cassette : request.cassettes) {
+    if (empty.find(cassette.Id) != std::string::npos) cassette.Status = 'N';
+  }
+  return request;
+}
+
+}  // namespace
+
+std::vector<int> PaidNearby(const CashRequest& request, const LogicOf& logic_of, int amount) {
+  constexpr int kSteps = 200;
+  constexpr int kWanted = 2;  // on each side
+  const int unit = UnitOf(request);
+  std::vector<int> paid;
+  for (const int direction : {-1, 1}) {
+    int wanted = kWanted;
+    long long candidate = amount / unit * static_cast<long long>(unit);
+    if (direction < 0 && candidate < amount) candidate += unit;
+    for (int step = 0; step < kSteps && wanted > 0; ++step) {
+      candidate += direction * static_cast<long long>(unit);
+      if (candidate <= 0 || candidate > INT_MAX) break;
+      const int near = static_cast<int>(candidate);
+      if (Pay(request, logic_of(near), near).payment != Payment::kPaid) continue;
+      paid.push_back(near);
+      --wanted;
+    }
+  }
+  std::sort(paid.begin(), paid.end());
+  return paid;
+}
+
+std::vector<int> AmountRange::Amounts() const {
+  std::vector<int> amounts;
+  for (long long amount = from; amount <= to; amount += step) {
+    amounts.push_back(static_cast<int>(amount));
+  }
+  return amounts;
+}
+
+std::vector<SweepRun> Sweep(const CashRequest& request, const LogicOf& logic_of,
+                            const AmountRange& range) {
+  std::vector<SweepRun> runs;
+  for (const int amount : range.Amounts()) {
+    const std::optional<std::string> logic = logic_of(amount);
+    const CashOutcome outcome = Pay(request, logic, amount);
+    const bool paid = outcome.payment == Payment::kPaid;
+    const char* const configured = FateOf(logic, outcome);
+    const std::string planned = PlannedFate(Pay(request, request.NoLogic(), amount));
+    const bool alike = !runs.empty() && runs.back().paid == paid &&
+                       runs.back().configured == configured && runs.back().planned == planned;
+    if (!alike) runs.push_back({amount, amount, 0, paid, configured, planned});
+    runs.back().to = amount;
+    ++runs.back().amounts;
+  }
+  return runs;
+}
+
+std::vector<EmptyCase> SweepEmpty(const CashRequest& request, const LogicOf& logic_of,
+                                  const AmountRange& range) {
+  const std::vector<int> amounts = range.Amounts();
+  std::vector<std::optional<std::string>> logics;  // looked up once, as files may hold them
+  for (const int amount : amounts) logics.push_back(logic_of(amount));
+  std::string usable;
+  for (const DenomInfo& cassette : request.cassettes) {
+    if (request.CanUse(cassette)) usable += cassette.Id;
+  }
+  std::vector<EmptyCase> cases;
+  for (const std::string& empty : CombinationsOf(usable)) {
+    const CashRequest left = Without(empty, request);
+    EmptyCase each = {empty, {}, {}, 0};
+    for (std::size_t i = 0; i < amounts.size(); ++i) {
+      each.fates.push_back(Pay(left, logics[i], amounts[i]).payment);
+      const bool is_paid = each.fates[i] == Payment::kPaid;
+      const bool is_lost = !is_paid && !empty.empty() && cases.front().fates[i] == Payment::kPaid;
+      each.paid += is_paid ? 1 : 0;
+      if (is_lost) each.lost.push_back(amounts[i]);
+    }
+    cases.push_back(std::move(each));
+  }
+  return cases;
+}
+
+std::string RunsOf(const std::vector<int>& amounts, int step) {
+  std::string text;
+  for (std::size_t i = 0; i < amounts.size();) {
+    std::size_t last = i;
+    while (last + 1 < amounts.size() && amounts[last + 1] - amounts[last] == step) ++last;
+    text += (text.empty() ? "" : ", ") + std::to_string(amounts[i]);
+    if (last > i) text += (last == i + 1 ? ", " : "-") + std::to_string(amounts[last]);
+    i = last + 1;
+  }
+  return text;
+}
