@@ -1,5 +1,6 @@
 /* The protocol of `voatm locks release` (tools/voatm/look/release.cpp and slot_locks.cpp) on one slot:
- * two drivers, two releasers, a crash at any step, numbers of processes that are used again.
+ * two drivers, two releasers, a crash at any step, numbers of processes that are used again. A driver
+ * may give its two units back one by one, so that a crash leaves one of them (--reset).
  *
  * Shown: no release gives back what a living process holds, no two living processes hold the slot,
  * and what a dead one held is released sooner or later.
@@ -69,6 +70,18 @@ ready:
   assert(!(holds[1] && holds[2]));
   if
   :: atomic { units = units + 2; Changed(me); holds[me] = false }; goto ready
+  :: atomic { units = units + 1; Changed(me) }
+  :: atomic {
+       crashes < CRASHES -> crashes++;
+       lives[me] = false;
+       holds[me] = false;
+       orphaned = true;
+       goto start
+     }
+  fi;
+  /* it has given one of its units back */
+  if
+  :: atomic { units = units + 1; Changed(me); holds[me] = false }; goto ready
   :: atomic {
        crashes < CRASHES -> crashes++;
        lives[me] = false;
@@ -123,7 +136,7 @@ look:
   fi;
 #endif
   if
-  :: number == NOBODY || number == RELEASER || value != 0 -> goto done
+  :: number == NOBODY || number == RELEASER || value == 2 -> goto done
 #ifdef FAULT_NUMBER_IS_PROCESS
   :: else -> is_gone = !lives[number]
 #else
@@ -133,7 +146,7 @@ look:
   fi;
 #ifndef FAULT_VALUE_ONCE
   if
-  :: units != 0 -> goto done
+  :: units != value -> goto done
   :: else
   OR_CRASH
   fi;
@@ -150,15 +163,14 @@ look:
   :: else
   OR_CRASH
   fi;
-  /* semop finds none and adds two in one step */
+  /* semop takes what was found, finds none and adds two in one step */
   atomic {
     if
-    :: units != 0 -> goto done
+    :: units != value -> goto done
     :: else
     fi;
     assert(!holds[1] && !holds[2]);
-    units = units + 2;
-    assert(units == 2);
+    units = 2;
     Changed(RELEASER);
     orphaned = false
   }

@@ -13,7 +13,9 @@
 #include "devhost/system_call.h"
 #include "support/child.h"
 #include "support/served_home.h"
+#include "support/watched.h"
 #include "tables/locate.h"
+#include "tools/voatm/look/findings.h"
 #include "tools/voatm/look/locate.h"
 #include "tools/voatm/look/process.h"
 #include "tools/voatm/look/release.h"
@@ -26,12 +28,6 @@ using devhost::SemaphoreArgument;
 
 Json Ask(const std::string& arguments) {
   return Json::parse(Voatm(arguments + " --json 2>/dev/null").text);
-}
-
-std::ptrdiff_t Count(const std::string& text, const std::string& word) {
-  std::ptrdiff_t count = 0;
-  for (auto at = text.find(word); at != std::string::npos; at = text.find(word, at + 1)) ++count;
-  return count;
 }
 
 class LookTest : public testing::Test {
@@ -75,8 +71,8 @@ TEST_F(LookTest, ALivingHolderIsRefusedAndADeadOneReleased) {
   locks["locks"][0].erase("last_change");
   locks["locks"][0].erase("command");
   EXPECT_EQ(locks.dump(),
-            R"({"complete":true,"locks":[{"table":"ATMFITMEMORY","slot":2,"id":"NOTDEFINED",)"
-            R"("value":0,"process":)" +
+            R"({"complete":true,"locks":[{"table":"ATMFITMEMORY","name":"fit","slot":2,)"
+            R"("id":"NOTDEFINED","value":0,"process":)" +
                 process + R"(,"state":"alive","waiting":0,"stuck":false}],"findings":[]})");
   EXPECT_EQ(Voatm("locks").code, 0);
   const Answer refused = Voatm("locks release fit 2 --reset --force");
@@ -175,34 +171,42 @@ TEST_F(LookTest, ASetThatWasNeverInitialisedIsAFindingAndIsInitialised) {
 
 // All eight come while one is at work, and go on one after the other.
 TEST_F(LookTest, OfEightReleasersOneSucceedsWhoeverWaits) {
-  const std::string race = "for i in 1 2 3 4 5 6 7 8; do " BUILD_DIRECTORY
-                           "/voatm locks release fit 2 --json 2>>" +
-                           home_.path() + "/said | grep 'd\": true' & done; wait";
+  const TableState table = LookAtTable(records::kRecordTables[1], 6, Key(1));
   for (const bool is_awaited : {false, true}) {
     Holder()->Kill();
     const auto waiting = is_awaited ? Holder() : nullptr;
-    auto gate = std::make_unique<OnlyReleaser>(set_);
-    home_.Write("said", "");
-    auto answer = std::async([&] { return Shell(race); });
-    EXPECT_TRUE(Eventually([&] { return Count(home_.Read("said"), "waiting for another") == 8; }));
+    int go[2], ready[2];
+    ASSERT_EQ(pipe(go) + pipe(ready), 0);
+    std::vector<std::unique_ptr<Child>> releasers(8);
+    for (auto& releaser : releasers) {
+      releaser = std::make_unique<Child>([&] {
+        char byte;
+        if (read(go[0], &byte, 1) != 1 || write(ready[1], &byte, 1) != 1) return 1;
+        return ReleaseSlot(table, 2, {}).done ? 2 : 0;
+      });
+    }
+    auto gate = std::make_unique<OnlyReleaser>(set_);  // which none of them has
+    char eight[8] = {};
+    ASSERT_EQ(write(go[1], eight, sizeof eight), 8);
+    for (char& byte : eight) ASSERT_EQ(read(ready[0], &byte, 1), 1);
+    EXPECT_EQ(Value(), 0) << "they wait";
     gate.reset();
-    EXPECT_EQ(answer.get().text, "  \"released\": true,\n");
+    int released = 0;
+    for (auto& releaser : releasers) released += releaser->Wait();
+    EXPECT_EQ(released, 2) << "one did";
     EXPECT_EQ(Value(), is_awaited ? 0 : 2);
     Set(2);
+    for (const int end : {go[0], go[1], ready[0], ready[1]}) close(end);
   }
   const OnlyReleaser gate(set_);
-  EXPECT_EQ(Voatm("locks release fit 2").code, 2) << "it does not wait for ever";
+  EXPECT_THROW(OnlyReleaser(set_, 0), std::runtime_error) << "it does not wait for ever";
 }
 
 TEST_F(LookTest, AWatchSeesWhatComesBack) {
-  const std::string command = "exec " BUILD_DIRECTORY "/voatm locks --watch --json 2>/dev/null";
-  FILE* const watch = popen(command.c_str(), "r");  // NOLINT(bugprone-command-processor)
+  Watched watch(BUILD_DIRECTORY "/voatm locks --watch --json 2>/dev/null");
   const auto sees = [&](const char* expected) {
-    char line[4096] = {};
-    for (int look = 0; look < 5; ++look) {
-      if (fgets(line, sizeof line, watch) != nullptr && strstr(line, expected) == line) return true;
-    }
-    return false;
+    watch.Press(' ');  // which looks again
+    return !watch.Until(expected).empty();
   };
   EXPECT_TRUE(sees(R"({"complete":true)"));
   semctl(set_, 0, IPC_RMID);
@@ -212,7 +216,27 @@ TEST_F(LookTest, AWatchSeesWhatComesBack) {
   Child([&] { return semctl(set_, 2, SETVAL, 7); }).Wait();
   EXPECT_TRUE(sees(R"({"complete":true,"locks":[{)"));
   semctl(set_, 0, IPC_RMID);
-  fclose(watch);  // which ends it at its next line
+}
+
+// Another user, who may look at the objects only.
+TEST_F(LookTest, WhatThisUserMayNotWriteIsAFinding) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root may be another user";
+  shmid_ds segment{};
+  semid_ds set{};
+  SemaphoreArgument argument{};
+  argument.state = &set;
+  const int id = shmget(Key(1), 0, 0);
+  shmctl(id, IPC_STAT, &segment);
+  semctl(set_, 0, IPC_STAT, argument);
+  segment.shm_perm.mode = set.sem_perm.mode = 0644;
+  shmctl(id, IPC_SET, &segment);
+  semctl(set_, 0, IPC_SET, argument);
+  const auto findings = [&] {
+    const std::vector<TableState> tables = {LookAtTable(records::kRecordTables[1], 6, Key(1))};
+    return static_cast<int>(CheckTable(tables, tables[0]).size());
+  };
+  EXPECT_EQ(findings(), 0);
+  EXPECT_EQ(Child([&] { return setuid(65534) == 0 ? findings() : -1; }).Wait(), 2);
 }
 
 TEST_F(LookTest, FindingsNameTheFaultAndFailTheCommand) {
@@ -313,17 +337,41 @@ TEST_F(LocatorTest, AManagerThatStopsBehindTheLastAnswerKeepsNobodyWaiting) {
 }
 
 TEST_F(LocatorTest, WithoutAManagerOneRequestIsLeftAtMost) {
-  const std::string cut = "$ tables --json 2>&1 | cut -d , -f 1\nvoatm: ";
-  const std::string wait = "waiting for VoChannelMgr's answer where ATMMEMORY is\nvoatm: ";
-  const std::string none = "VoChannelMgr does not answer: ";
-  ExpectTranscript(cut + wait + none + "waited 2 seconds for ATMMEMORY at the queue of " +
-                   "VoChannelMgr\n=> 0\n" + cut + wait + none + "a request lies unread in the " +
-                   "queue of VoChannelMgr\n=> 0\n$ tables 2>/dev/null\n=> 2\n");
+  const auto refusal = [&] {
+    try {
+      Locator(base_ + 2, 0).Ask("ATMMEMORY");
+    } catch (const std::runtime_error& error) {
+      return std::string(error.what());
+    }
+    return std::string();
+  };
+  const std::string none = "VoChannelMgr does not answer: ", queue = "the queue of VoChannelMgr";
+  const auto waits = [&] {
+    return refusal().find(none + "waited 0 seconds for ATMMEMORY at " + queue) == 0 ? 1 : 0;
+  };
+  EXPECT_EQ(Child(waits).Wait(), 1);
+  EXPECT_EQ(refusal().find(none + "a request lies unread in " + queue), 0U);
   msqid_ds state{};
   msgctl(queue_, IPC_STAT, &state);
   EXPECT_EQ(state.msg_qnum, 1U);
+}
+
+// It ends with what it waits for, whatever the limit.
+TEST_F(LocatorTest, SaysWhatItWaitsForAndThatItIsGone) {
+  const std::string said = home_.path() + "/said";
+  home_.Write("said", "");
+  auto tables = std::async([&] { return Voatm("tables 2>" + said); });
+  const std::string expected =
+      "voatm: waiting for VoChannelMgr's answer where ATMMEMORY is\nvoatm: ";
+  EXPECT_TRUE(Eventually([&] { return home_.Read("said").size() > expected.size() - 8; }));
   msgctl(queue_, IPC_RMID, nullptr);
-  ExpectTranscript(cut + "VoChannelMgr is not running: there is no queue of VoChannelMgr\n=> 0\n");
+  EXPECT_EQ(tables.get().code, 2);
+  const std::string all = home_.Read("said");
+  EXPECT_EQ(all.find(expected), 0U) << all;
+  EXPECT_NE(all.find("cannot receive from the queue of VoChannelMgr"), std::string::npos) << all;
+  ExpectTranscript(
+      "$ tables --json 2>&1 | cut -d , -f 1\nvoatm: VoChannelMgr is not running: there is no queue "
+      "of VoChannelMgr\n=> 0\n");
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "support/served_home.h"
+#include "support/watched.h"
 #include "tools/voatm_output.h"
 #include "voatmutil.h"
 
@@ -137,15 +138,15 @@ TEST_F(StatusTest, KnowsWhoIsAttachedAndWhoToWhatWasRemoved) {
 }
 
 TEST_F(StatusTest, LooksWithoutVoChannelMgr) {
-  kill(home_.host(), SIGSTOP);
+  const int nobodys = home_.key_base() + 4;  // whose queue does not exist
+  WriteStartUpFiles(home_, nobodys, {});
   EXPECT_EQ(Ask()["tables"].size(), 0U) << "no keys are known";
   EXPECT_EQ(Ask("--key fit=" + std::to_string(Key(1)))["tables"].size(), 1U);
-  kill(home_.host(), SIGCONT);
+  WriteStartUpFiles(home_, home_.key_base(), {});
   EXPECT_EQ(Found(), "");
-  kill(home_.host(), SIGSTOP);
+  WriteStartUpFiles(home_, nobodys, {});
   semctl(semget(Key(3), 0, 0), 0, IPC_RMID);
   const Json status = Ask("--key atm=" + std::to_string(Key(5)));
-  kill(home_.host(), SIGCONT);
   const Json& findings = status["findings"];
   EXPECT_EQ(findings.size(), 5U) << findings;  // of a key that two tables have, three
   EXPECT_EQ(findings[0]["since"].get<std::string>().find("looked with the keys of its last"), 0U);
@@ -165,24 +166,34 @@ TEST_F(StatusTest, OneBrokenPartHidesNoOther) {
   EXPECT_EQ(findings[2]["next"], "voatm check --home " + home_.path());
 }
 
-TEST_F(StatusTest, AWatchMarksWhatIsNew) {
-  const std::string command = "exec " BUILD_DIRECTORY "/voatm status --watch 1 </dev/null";
-  FILE* const watch = popen(command.c_str(), "r");  // NOLINT(bugprone-command-processor)
-  const auto sees = [&](const char* expected) {
-    char line[4096] = {};
-    for (int i = 0; i < 20 && fgets(line, sizeof line, watch) != nullptr; ++i) {
-      if (strstr(line, expected) != nullptr) return true;
-    }
-    return false;
-  };
-  EXPECT_TRUE(sees("all is well"));
-  semctl(semget(Key(5), 0, 0), 1, SETVAL, 7);
-  EXPECT_TRUE(sees("NEW its value is 7"));
-  EXPECT_TRUE(sees("1 findings"));
-  EXPECT_TRUE(sees("its value is 7"));
-  semctl(semget(Key(5), 0, 0), 1, SETVAL, 2);
-  EXPECT_TRUE(sees("all is well"));
-  fclose(watch);
+TEST_F(StatusTest, AWatchMarksWhatIsNewAndLeavesTheTerminalAsItWas) {
+  const int set = semget(Key(5), 0, 0);
+  Watched watch(BUILD_DIRECTORY "/voatm status --watch 86400");
+  const auto frame = [&](const char* end) { return watch.Until(end); };
+  EXPECT_NE(frame("all is well").find("\033[?1049h"), std::string::npos);
+  semctl(set, 1, SETVAL, 7);
+  watch.Press(' ');
+  EXPECT_NE(frame("its value is 7").find("NEW"), std::string::npos);
+  watch.Press(' ');
+  EXPECT_NE(frame("1 findings"), "");
+  EXPECT_EQ(frame("its value is 7").find("NEW"), std::string::npos);
+  semctl(set, 1, SETVAL, 2);
+  watch.Press(' ');
+  EXPECT_NE(frame("all is well"), "");
+  EXPECT_FALSE(watch.EchoesLines());
+  watch.Press('q');
+  EXPECT_NE(frame("\033[?1049l"), "");
+  EXPECT_EQ(watch.Code(), 0);
+  EXPECT_TRUE(watch.EchoesLines());
+
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+    Watched ended(BUILD_DIRECTORY "/voatm status --watch 86400");
+    EXPECT_NE(ended.Until("all is well"), "");
+    kill(ended.process(), signal);
+    EXPECT_NE(ended.Until("\033[?1049l"), "") << signal;
+    EXPECT_EQ(ended.Code(), 0) << signal;
+    EXPECT_TRUE(ended.EchoesLines()) << signal;
+  }
 }
 
 }  // namespace

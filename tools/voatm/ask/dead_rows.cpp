@@ -1,265 +1,254 @@
 #include "ask/dead_rows.h"
 
 #include <algorithm>
-#include <climits>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
-#include <utility>
 
 #include "ask/observation.h"
+#include "ask/question.h"
 #include "look/row_faults.h"
 #include "show/record_view.h"
 
 namespace {
 
 const std::string kAny = "*";
-const std::string kNew = "\x7f";  // a text that no row has
+const std::string kNew = "\x7f";                // a text that no row has
+const std::string kNewCurrency = "2147483647";  // nor this number
+constexpr std::size_t kClassDigits = 2;         // of a transaction code, that a row may give alone
 
-constexpr const char* kNever = "no request is answered with it";
-constexpr const char* kNeverEffect = "never get it";
-
-template <std::size_t kSize>
-std::string TextOf(const char (&field)[kSize]) {
-  return {field, strnlen(field, kSize)};
+bool IsNumber(const std::string& text) {
+  return text.find_first_not_of("0123456789") == std::string::npos;
 }
 
-template <std::size_t kSize>
-std::string RequestFor(const char (&field)[kSize]) {
-  const std::string text = TextOf(field);
-  return text == kAny ? kNew : text;
+// The field's bytes to its NUL or its end.
+std::string TextOf(const records::RecordTable& table, const char* record, const char* field) {
+  const records::RecordField& found = *table.Find(field);
+  return {record + found.offset, strnlen(record + found.offset, found.size)};
 }
 
-// The codes of one column, and numbers for requests that meet them.
+// The codes of a column, each with one that a request can have to meet it and no longer one.
 class Codes {
  public:
-  explicit Codes(int digits) : digits_(digits) {}
+  Codes(Rows* rows, const char* field, std::size_t digits, std::size_t class_digits)
+      : digits_(digits), class_digits_(class_digits) {
+    if (rows->table->Find(field) == nullptr) return;
+    for (int slot = 0; slot < rows->count(); ++slot) {
+      numbers_[TextOf(*rows->table, (*rows)[slot], field)] = std::nullopt;
+    }
+    numbers_[kAny] = std::nullopt;
+    for (auto& [code, number] : numbers_) number = Find(code);
+  }
 
-  void Add(const std::string& code) { codes_.insert(code); }
+  // Nothing when no request can equal the code.
+  const std::optional<std::string>& NumberFor(const std::string& code) const {
+    return numbers_.at(code);
+  }
 
-  // The number whose digits the code is or begins with, and which no other row has then; nothing
-  // when no request can equal the code.
-  std::optional<int> NumberFor(const std::string& code) const {
-    const bool is_number = code.find_first_not_of("0123456789") == std::string::npos;
-    if (is_number && static_cast<int>(code.size()) == digits_) return std::atoi(code.c_str());
-    const bool is_class = is_number && digits_ == 6 && code.size() == 2;
+ private:
+  std::optional<std::string> Find(const std::string& code) const {
+    if (IsNumber(code) && code.size() == digits_) return code;
+    const bool is_class = IsNumber(code) && code.size() == class_digits_;
     if (!is_class && code != kAny) return std::nullopt;
-    for (int number = digits_ == 6 ? 999999 : 999; number >= 0; --number) {
-      const std::string digits = Digits(number);
-      const std::string its_class = digits.substr(0, 2);
-      if (codes_.count(digits) > 0) continue;
-      if (is_class ? its_class == code : codes_.count(its_class) == 0) return number;
+    const std::string start = is_class ? code : "";
+    const std::size_t open = digits_ - start.size();
+    for (int rest = std::stoi(std::string(open, '9')); rest >= 0; --rest) {
+      const std::string digits = std::to_string(rest);
+      const std::string number = start + std::string(open - digits.size(), '0') + digits;
+      const bool has_class = !is_class && numbers_.count(number.substr(0, class_digits_)) > 0;
+      if (!has_class && numbers_.count(number) == 0) return number;
     }
     return std::nullopt;
   }
 
- private:
-  std::string Digits(int number) const {
-    char digits[16];
-    std::snprintf(digits, sizeof digits, "%0*d", digits_, number);
-    return digits;
-  }
-
-  int digits_;
-  std::set<std::string> codes_;
+  std::size_t digits_;
+  std::size_t class_digits_;  // of the class that a row may give instead; all when there is none
+  std::map<std::string, std::optional<std::string>> numbers_;
 };
 
-// The library on the rows.
-class Asked {
+// The rows of a table, each asked for what it was made for. The one that is asked about carries
+// another mark than all others, so the answer says whether it is that row's.
+class AskedRows {
  public:
-  explicit Asked(Rows* rows) : rows_(*rows), faults_(*rows->table) {
+  AskedRows(const char* question, Rows* rows)
+      : question_(*FindQuestion(question)),
+        rows_(*rows),
+        faults_(*rows->table),
+        txns_(rows, "TxnCode", 6, kClassDigits),
+        resps_(rows, "RespCode", 3, 3) {
     util_.dptr = Observation::Trace();
-    Point(0, rows->count());
+    for (int slot = 0; slot < rows->count(); ++slot) Mark(slot, '0');
   }
 
+  std::vector<Finding> Judge(void (AskedRows::*judge)(int slot)) {
+    for (int slot = 0; slot < rows_.count(); ++slot) {
+      // One without a key is a fault of its own.
+      const bool has_key = *(rows_[slot] + rows_.table->key().offset) != '\0';
+      if (has_key && !IsFree(*rows_.table, rows_[slot])) (this->*judge)(slot);
+    }
+    return faults_.Findings();
+  }
+
+  void JudgeProperty(int slot) {
+    Inputs request = RequestOf(slot);
+    JudgeGroup(slot, request);
+    const auto& txn = txns_.NumberFor(Text(slot, "TxnCode"));
+    const auto& resp = resps_.NumberFor(Text(slot, "RespCode"));
+    if (!txn.has_value()) AddNever("no request can equal its TxnCode", slot);
+    if (!resp.has_value()) AddNever("no request can equal its RespCode", slot);
+    if (!txn.has_value() || !resp.has_value()) return;
+    const std::string currency = FieldText(*rows_.table->Find("CurrencyCode"), rows_[slot]);
+    request["txn"] = *txn;
+    request["resp"] = *resp;
+    request["currency"] = currency == "0" ? kNewCurrency : currency;
+    if (!Answers(FirstOf(request, slot), slot, request)) {
+      AddNever("no request is answered with it", slot);
+    }
+  }
+
+  void JudgeAction(int slot) {
+    Inputs request = RequestOf(slot);
+    JudgeReach(slot, request);
+    const bool has_action = Text(slot, "ActionFlag") == "Y";
+    const bool has_value = Text(slot, "TxnFlag") == "Y";
+    const auto& txn = txns_.NumberFor(Text(slot, "TxnCode"));
+    if (has_value && !txn.has_value()) AddNever("no request can equal its TxnCode", slot);
+    const int first = FirstOf(request, slot);
+    if (has_action && Answers(first, slot, request)) return;
+    request["search"] = "value";
+    request["txn"] = txn.value_or("");
+    if (has_value && txn.has_value() && Answers(first, slot, request)) return;
+    if (has_action || has_value) AddNever("no request is answered with it", slot);
+  }
+
+  // A card range alone in a table must answer for a card that begins as its prefix does.
+  void JudgeFit(int slot) {
+    const std::string prefix = Text(slot, "CardPrefix");
+    std::string card = prefix.substr(0, prefix.find('F'));
+    const bool is_number = IsNumber(card);
+    card.resize(std::max<std::size_t>(card.size(), 16), '0');
+    Inputs request;
+    request["match1"] = Text(slot, "MatchKey1");
+    request["match2"] = Text(slot, "MatchKey2");
+    request["card"] = card;
+    if (is_number && Answers(slot, slot, request)) return;
+    faults_.Add("no card matches its CardPrefix", "never take its state", slot);
+  }
+
+ private:
   void Point(int first, int count) {
     rows_.table->point(util_, rows_[first]);
     util_.*rows_.table->slots = count;
   }
 
-  // Free, or without a key, which is a fault of its own.
-  bool HasNoKey(int slot) {
-    const records::RecordTable& table = *rows_.table;
-    return IsFree(table, rows_[slot]) || *(rows_[slot] + table.key().offset) == '\0';
+  std::string Text(int slot, const char* field) { return TextOf(*rows_.table, rows_[slot], field); }
+
+  void AddNever(const char* what, int slot) { faults_.Add(what, "never get it", slot); }
+
+  // For the row's ATM, or one that no row has where any will do; of an action row with its status.
+  Inputs RequestOf(int slot) {
+    Inputs request;
+    request["search"] = "action";
+    request["txn"] = "0";
+    if (rows_.table->Find("StatusCode") != nullptr) {
+      request["statuses"] = Text(slot, "StatusCode") + "|";
+    }
+    for (const auto& [name, field] :
+         {std::pair{"inst", "InstTerminalGroup"}, {"group", "AtmLogicalGroup"}, {"atm", "AtmId"}}) {
+      const std::string text = Text(slot, field);
+      request[name] = text == kAny ? kNew : text;
+    }
+    return request;
   }
 
- protected:
-  Rows& rows_;
-  RowFaults faults_;
-  VoATMUtil util_;
-};
-
-class AskedProperties : Asked {
- public:
-  explicit AskedProperties(Rows* rows) : Asked(rows) {
-    for (int slot = 0; slot < rows_.count(); ++slot) {
-      VoAtmProperty& row = Row(slot);
-      row.RecordId = slot;
-      txns_.Add(TextOf(row.TxnCode));
-      resps_.Add(TextOf(row.RespCode));
-      currencies_.insert(row.CurrencyCode);
+  void Mark(int slot, char mark) {
+    for (const char* const name : question_.mark.fields) {
+      const records::RecordField& field = *rows_.table->Find(name);
+      char* const out = rows_[slot] + field.offset;
+      memset(out, 0, field.size);
+      *out = field.kind == records::FieldKind::kInt32 ? static_cast<char>(mark - '0') : mark;
     }
   }
 
-  std::vector<Finding> Run() {
-    for (int slot = 0; slot < rows_.count(); ++slot) {
-      if (HasNoKey(slot)) continue;
-      JudgeRow(slot);
-      JudgeGroup(slot);
-    }
-    return faults_.Findings();
+  bool IsAnswered(const Inputs& request) {
+    Point(0, rows_.count());
+    return question_.ask(util_, request).found;
   }
 
- private:
-  VoAtmProperty& Row(int slot) { return *reinterpret_cast<VoAtmProperty*>(rows_[slot]); }
-
-  // The slot that answers, or -1.
-  int Ask(const std::string& inst, const std::string& group, const std::string& atm, int txn,
-          int resp, int currency) {
-    VoAtmProperty answer{};
-    const int result = util_.readAtmProperty(inst.c_str(), group.c_str(), atm.c_str(), txn, resp,
-                                             currency, &answer);
-    return result == 1 ? answer.RecordId : -1;
+  static std::string AtmOf(const Inputs& request) {
+    return std::string(request["inst"]) + '\0' + request["group"] + '\0' + request["atm"];
   }
 
-  int NewCurrency() const {
-    int currency = INT_MAX;
-    while (currencies_.count(currency) > 0) --currency;
-    return currency;
+  // The first row of the request's ATM, which is judged at the latest now.
+  int FirstOf(const Inputs& request, int slot) {
+    return firsts_.emplace(AtmOf(request), slot).first->second;
   }
 
-  void JudgeRow(int slot) {
-    const VoAtmProperty& row = Row(slot);
-    const auto txn = txns_.NumberFor(TextOf(row.TxnCode));
-    const auto resp = resps_.NumberFor(TextOf(row.RespCode));
-    if (!txn.has_value()) faults_.Add("no request can equal its TxnCode", kNeverEffect, slot);
-    if (!resp.has_value()) faults_.Add("no request can equal its RespCode", kNeverEffect, slot);
-    if (!txn.has_value() || !resp.has_value()) return;
-    const int currency = row.CurrencyCode == 0 ? NewCurrency() : row.CurrencyCode;
-    const int answers = Ask(RequestFor(row.InstTerminalGroup), RequestFor(row.AtmLogicalGroup),
-                            RequestFor(row.AtmId), *txn, *resp, currency);
-    if (answers != slot) faults_.Add(kNever, kNeverEffect, slot);
+  // Whether the row answers, asked of the rows from `first` to itself: whoever could come before it
+  // lies there, and a look at all rows for each of them would last minutes.
+  bool Answers(int first, int slot, const Inputs& request) {
+    Point(first, slot - first + 1);
+    Mark(slot, '1');
+    const Answer answer = question_.ask(util_, request);
+    Mark(slot, '0');
+    const auto& fields = question_.mark.fields;
+    return answer.found && std::any_of(fields.begin(), fields.end(), [&](const char* name) {
+             return answer.facts.contains(name) && answer.facts[name] != "0";
+           });
   }
 
   // Whether an ATM of the row's group without rows of its own is answered, as it would be without
   // the group's rows.
-  void JudgeGroup(int slot) {
-    const VoAtmProperty& row = Row(slot);
-    const std::string inst = RequestFor(row.InstTerminalGroup);
-    const std::string group = TextOf(row.AtmLogicalGroup);
-    if (group == kAny || !groups_.insert({inst, group}).second) return;
-    const int txn = txns_.NumberFor(kAny).value_or(0), resp = resps_.NumberFor(kAny).value_or(0);
-    if (Ask(inst, group, kNew, txn, resp, NewCurrency()) >= 0) return;
-    if (Ask(inst, kNew, kNew, txn, resp, NewCurrency()) < 0) return;
+  void JudgeGroup(int slot, Inputs request) {
+    const bool is_new = groups_.insert(request["inst"] + '\0' + request["group"]).second;
+    if (!is_new || request["group"] == kNew) return;
+    request["atm"] = kNew;
+    request["txn"] = txns_.NumberFor(kAny).value_or("0");
+    request["resp"] = resps_.NumberFor(kAny).value_or("0");
+    request["currency"] = kNewCurrency;
+    if (IsAnswered(request)) return;
+    request["group"] = kNew;
+    if (!IsAnswered(request)) return;
     faults_.Add("its group has no row for all, but its institution has",
                 "find nothing for ATMs of the group that have no row", slot);
   }
 
-  Codes txns_{6};
-  Codes resps_{3};
-  std::set<int> currencies_;
-  std::set<std::pair<std::string, std::string>> groups_;
-};
-
-class AskedActions : Asked {
- public:
-  explicit AskedActions(Rows* rows) : Asked(rows) {
-    for (int slot = 0; slot < rows_.count(); ++slot) txns_.Add(TextOf(Row(slot).TxnCode));
+  // Whether the row answers for the ATM whose rows lie before those of its own.
+  void JudgeReach(int slot, Inputs request) {
+    if (!last_.has_value() || AtmOf(*last_) != AtmOf(request))
+      above_ = std::exchange(last_, request);
+    if (!above_.has_value() || request["atm"] == kNew) return;
+    for (const char* const name : {"inst", "group", "atm"}) request[name] = (*above_)[name];
+    if (Text(slot, "ActionFlag") != "Y") return;
+    if (!Answers(FirstOf(*above_, slot), slot, request)) return;
+    faults_.Add("requests of an ATM above are answered with it", "take it for theirs", slot);
   }
 
-  std::vector<Finding> Run() {
-    const VoAtmActionProperty* before = nullptr;  // the ATM whose rows lie before this one's
-    const VoAtmActionProperty* last = nullptr;
-    for (int slot = 0; slot < rows_.count(); ++slot) {
-      if (HasNoKey(slot)) continue;
-      const VoAtmActionProperty& row = Row(slot);
-      if (last != nullptr && !IsSameAtm(*last, row)) before = last;
-      last = &row;
-      JudgeRow(slot);
-      if (before == nullptr || row.ActionFlag != 'Y' || TextOf(row.AtmId) == kAny) continue;
-      if (Ask(*before, row, 0, STATUS_ACTION) == slot) {
-        faults_.Add("requests of an ATM above are answered with it", "take it for theirs", slot);
-      }
-    }
-    return faults_.Findings();
-  }
-
- private:
-  VoAtmActionProperty& Row(int slot) {
-    return *reinterpret_cast<VoAtmActionProperty*>(rows_[slot]);
-  }
-
-  static bool IsSameAtm(const VoAtmActionProperty& one, const VoAtmActionProperty& other) {
-    return TextOf(one.InstTerminalGroup) == TextOf(other.InstTerminalGroup) &&
-           TextOf(one.AtmLogicalGroup) == TextOf(other.AtmLogicalGroup) &&
-           TextOf(one.AtmId) == TextOf(other.AtmId);
-  }
-
-  void JudgeRow(int slot) {
-    const VoAtmActionProperty& row = Row(slot);
-    const bool has_action = row.ActionFlag == 'Y', has_value = row.TxnFlag == 'Y';
-    const auto txn = txns_.NumberFor(TextOf(row.TxnCode));
-    if (has_value && !txn.has_value()) {
-      faults_.Add("no request can equal its TxnCode", kNeverEffect, slot);
-    }
-    if (has_action && Ask(row, row, 0, STATUS_ACTION) == slot) return;
-    if (has_value && txn.has_value() && Ask(row, row, *txn, TXN_VALUE) == slot) return;
-    if (has_action || has_value) faults_.Add(kNever, kNeverEffect, slot);
-  }
-
-  // The slot that answers a request of one row's ATM with the other's status, or -1. The library
-  // says which it is.
-  int Ask(const VoAtmActionProperty& atm, const VoAtmActionProperty& status, int txn, int search) {
-    std::string statuses = TextOf(status.StatusCode) + "|";
-    char action[sizeof status.ActionText + 1] = {};
-    int value = 0;
-    Observation observation;
-    util_.readAtmActionProperty(
-        RequestFor(atm.InstTerminalGroup).c_str(), RequestFor(atm.AtmLogicalGroup).c_str(),
-        RequestFor(atm.AtmId).c_str(), statuses.data(), txn, action, &value, search);
-    int slot = -1;
-    for (const Event& event : observation.Take()) {
-      std::sscanf(event.text.c_str(), "inside tableoffset[%d]", &slot);
-    }
-    return slot;
-  }
-
-  Codes txns_{6};
-};
-
-// A card range alone in a table must answer for a card that begins as its prefix does.
-class AskedFits : Asked {
- public:
-  using Asked::Asked;
-
-  std::vector<Finding> Run() {
-    for (int slot = 0; slot < rows_.count(); ++slot) {
-      if (HasNoKey(slot)) continue;
-      const auto& row = *reinterpret_cast<const AtmFit*>(rows_[slot]);
-      const std::string prefix = TextOf(row.CardPrefix);
-      std::string card = prefix.substr(0, prefix.find('F'));
-      const bool digits = card.find_first_not_of("0123456789") == std::string::npos;
-      card.resize(std::max<std::size_t>(card.size(), 16), '0');
-      char state[16] = {};
-      Point(slot, 1);
-      const std::string key1 = TextOf(row.MatchKey1), key2 = TextOf(row.MatchKey2);
-      if (digits && util_.readIndirectState(key1.c_str(), key2.c_str(), card.c_str(), state) == 1) {
-        continue;
-      }
-      faults_.Add("no card matches its CardPrefix", "never take its state", slot);
-    }
-    return faults_.Findings();
-  }
+  const Question& question_;
+  Rows& rows_;
+  RowFaults faults_;
+  Codes txns_;
+  Codes resps_;
+  VoATMUtil util_;
+  std::set<std::string> groups_;
+  std::map<std::string, int> firsts_;  // the first row of each ATM
+  std::optional<Inputs> last_;         // for the ATM of the row before
+  std::optional<Inputs> above_;        // for the ATM whose rows end before those of that one begin
 };
 
 }  // namespace
 
 std::vector<Finding> FindDeadRows(Rows* rows) {
-  if (rows->table->slots == &VoATMUtil::MaxFit) return AskedFits(rows).Run();
-  if (rows->table->record_size == sizeof(VoAtmProperty)) return AskedProperties(rows).Run();
-  if (rows->table->record_size == sizeof(VoAtmActionProperty)) return AskedActions(rows).Run();
+  const struct {
+    const char* question;
+    void (AskedRows::*judge)(int slot);
+  } kJudges[] = {{"indirect-state", &AskedRows::JudgeFit},
+                 {"property", &AskedRows::JudgeProperty},
+                 {"action", &AskedRows::JudgeAction}};
+  for (const auto& [question, judge] : kJudges) {
+    if (FindQuestion(question)->table == rows->table) return AskedRows(question, rows).Judge(judge);
+  }
   return {};
 }

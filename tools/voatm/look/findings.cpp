@@ -21,108 +21,78 @@ std::string Count(std::size_t count, const char* what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-std::string Time(std::time_t time) {
-  std::tm local{};
-  char text[32];
-  localtime_r(&time, &local);
-  std::strftime(text, sizeof text, "%F %T", &local);
-  return text;
-}
-
 std::string CreatedBy(const SegmentState& segment) {
-  return Time(segment.last) + ", process " + std::to_string(segment.creator);
+  return TimeText(segment.last) + ", process " + std::to_string(segment.creator);
 }
 
-// The findings of one table, as they are found.
-class TableCheck {
- public:
-  TableCheck(const std::vector<TableState>& all, const TableState& table)
-      : all_(all), table_(table) {}
+using Findings = std::vector<Finding>;
 
-  std::vector<Finding> Run() {
-    if (!CheckKey()) return findings_;
-    if (table_.segment.error == ENOENT && table_.set.error == ENOENT) {
-      findings_.push_back({"it does not exist, nor does its set", table_.DescribeSegment(), "",
-                           kNoStart, kStartOwner});
-      return findings_;
-    }
-    if (CheckObject(table_.segment, table_.DescribeSegment())) CheckSegment();
-    if (CheckObject(table_.set, table_.DescribeSet())) CheckSet();
-    return findings_;
+// Adds what is wrong with a table's key; returns whether there may be anything under it.
+bool CheckKey(const std::vector<TableState>& all, const TableState& table, Findings* findings) {
+  const std::string name = table.record->name;
+  if (!table.key.has_value()) {
+    findings->push_back({"VoChannelMgr does not know the table", name, "", kNoStart,
+                         "define it there, with the key of its segment and set"});
+    return false;
   }
-
- private:
-  // Returns whether there may be anything under the key.
-  bool CheckKey() {
-    const std::string name = table_.record->name;
-    if (!table_.key.has_value()) {
-      findings_.push_back({"VoChannelMgr does not know the table", name, "", kNoStart,
-                           "define it there, with the key of its segment and set"});
-      return false;
-    }
-    if (*table_.key == IPC_PRIVATE) {
-      findings_.push_back({"VoChannelMgr gives the key 0, under which nothing can be shared", name,
-                           "", kNoStart, "give the table a key of its own there"});
-      return false;
-    }
-    for (const TableState& other : all_) {
-      if (&other == &table_ || other.key != table_.key) continue;
-      findings_.push_back(
-          {std::string("VoChannelMgr gives ") + other.record->name + " the same key",
-           table_.DescribeSegment(), "", "take the records of the one table for those of the other",
-           "give each table a key of its own there; restart owner and drivers"});
-    }
-    return true;
+  if (*table.key == IPC_PRIVATE) {
+    findings->push_back({"VoChannelMgr gives the key 0, under which nothing can be shared", name,
+                         "", kNoStart, "give the table a key of its own there"});
+    return false;
   }
-
-  // Returns whether it is there and may be looked at.
-  bool CheckObject(const IpcState& object, const std::string& description) {
-    if (object.error == ENOENT) {
-      findings_.push_back({"it does not exist", description, "", kNoStart, kStartOwner});
-    } else if (!object.there()) {
-      findings_.push_back({std::string(std::strerror(object.error)), description, "", "",
-                           "look again as the drivers' user"});
-    } else if (!object.for_us) {
-      findings_.push_back({"this user may not write it", description, "",
-                           std::string(kNoStart) + " as this user",
-                           "run drivers as its owner; ipcs -m -s shows owner and mode"});
-    }
-    return object.there();
+  for (const TableState& other : all) {
+    if (&other == &table || other.key != table.key) continue;
+    findings->push_back({std::string("VoChannelMgr gives ") + other.record->name + " the same key",
+                         table.DescribeSegment(), "",
+                         "take the records of the one table for those of the other",
+                         "give each table a key of its own there; restart owner and drivers"});
   }
+  return true;
+}
 
-  void CheckSegment() {
-    const auto slots = static_cast<std::size_t>(table_.slots);
-    const std::size_t held = table_.HeldSlots();
-    const std::string sizes = "it holds " + Count(held, "slot") + " (" +
-                              Count(table_.segment.bytes, "byte") + "), " + Configured(table_) +
-                              " says " + std::to_string(slots);
-    if (held < slots) {
-      findings_.push_back({sizes, table_.DescribeSegment(), CreatedBy(table_.segment),
-                           "read behind its end",
-                           "stop the drivers; have the owner create it with " +
-                               Count(slots * table_.record->record_size, "byte")});
-    } else if (held > slots && slots > 0) {
-      findings_.push_back({sizes, table_.DescribeSegment(), CreatedBy(table_.segment),
-                           "do not see the slots from " + std::to_string(slots),
-                           "set the count to " + std::to_string(held) +
-                               " if the owner fills them, and restart the drivers"});
-    }
+// Adds why drivers cannot open it; returns whether it is there and may be looked at.
+bool CheckObject(const IpcState& object, const std::string& description, Findings* findings) {
+  if (object.error == ENOENT) {
+    findings->push_back({"it does not exist", description, "", kNoStart, kStartOwner});
+  } else if (!object.there()) {
+    findings->push_back(
+        {std::strerror(object.error), description, "", "", "look again as the drivers' user"});
+  } else if (!object.for_us) {
+    findings->push_back({"this user may not write it", description, "",
+                         std::string(kNoStart) + " as this user",
+                         "run drivers as its owner; ipcs -m -s shows owner and mode"});
   }
+  return object.there();
+}
 
-  void CheckSet() {
-    if (table_.set.semaphores >= table_.slots) return;
-    const std::string semaphores = std::to_string(table_.set.semaphores);
-    findings_.push_back({"it has " + semaphores + " semaphores, " + Configured(table_) + " says " +
-                             std::to_string(table_.slots),
-                         table_.DescribeSet(), "", "fail to lock a slot from " + semaphores + " on",
+void CheckSegment(const TableState& table, Findings* findings) {
+  const auto slots = static_cast<std::size_t>(table.slots);
+  const std::size_t held = table.HeldSlots();
+  const std::string sizes = "it holds " + Count(held, "slot") + " (" +
+                            Count(table.segment.bytes, "byte") + "), " + Configured(table) +
+                            " says " + std::to_string(slots);
+  if (held < slots) {
+    findings->push_back({sizes, table.DescribeSegment(), CreatedBy(table.segment),
+                         "read behind its end",
                          "stop the drivers; have the owner create it with " +
-                             std::to_string(table_.slots) + " semaphores, all at 2"});
+                             Count(slots * table.record->record_size, "byte")});
+  } else if (held > slots && slots > 0) {
+    findings->push_back({sizes, table.DescribeSegment(), CreatedBy(table.segment),
+                         "do not see the slots from " + std::to_string(slots),
+                         "set the count to " + std::to_string(held) +
+                             " if the owner fills them, and restart the drivers"});
   }
+}
 
-  const std::vector<TableState>& all_;
-  const TableState& table_;
-  std::vector<Finding> findings_;
-};
+void CheckSet(const TableState& table, Findings* findings) {
+  if (table.set.semaphores >= table.slots) return;
+  const std::string semaphores = std::to_string(table.set.semaphores);
+  const std::string slots = std::to_string(table.slots);
+  findings->push_back(
+      {"it has " + semaphores + " semaphores, " + Configured(table) + " says " + slots,
+       table.DescribeSet(), "", "fail to lock a slot from " + semaphores + " on",
+       "stop the drivers; have the owner create it with " + slots + " semaphores, all at 2"});
+}
 
 bool AreAlike(const SlotLock& one, const SlotLock& next) {
   return next.slot == one.slot + 1 && next.value == one.value && next.last.id == one.last.id &&
@@ -138,7 +108,8 @@ std::string WhatHolds(const SlotLock& lock) {
 // What is said of stuck slots that are alike, from the first to the last.
 Finding Stuck(const SlotLock& first, const SlotLock& last, int waiting) {
   const std::string slot = std::to_string(first.slot);
-  Finding finding{WhatHolds(first), "slot " + slot, "not changed since " + Time(first.last_change),
+  Finding finding{WhatHolds(first), "slot " + slot,
+                  "not changed since " + TimeText(first.last_change),
                   "wait without end in each locked call that reaches it",
                   std::string("voatm locks release ") + first.table->short_name + " " + slot};
   if (first.slot != last.slot) finding.where += " to " + std::to_string(last.slot);
@@ -151,22 +122,8 @@ Finding Stuck(const SlotLock& first, const SlotLock& last, int waiting) {
   return finding;
 }
 
-Finding NeverInitialised(const TableState& table) {
-  return {"its semaphores were never given a value: all are 0", table.DescribeSet(),
-          Time(table.set.last), "wait without end in each locked call",
-          std::string("restart the owner and the drivers, or: voatm locks release ") +
-              table.record->short_name + " --reset"};
-}
-
-}  // namespace
-
-std::vector<Finding> CheckTable(const std::vector<TableState>& all, const TableState& table) {
-  return TableCheck(all, table).Run();
-}
-
-std::vector<Finding> CheckLocks(const TableState& table) {
-  if (table.set.never_initialised) return {NeverInitialised(table)};
-  std::vector<Finding> findings;
+void CheckLocks(const TableState& table, Findings* findings) {
+  if (table.set.never_initialised) findings->push_back(NeverInitialised(table));
   const std::vector<SlotLock> locks = FindLocks(table);
   for (auto first = locks.begin(); first != locks.end();) {
     auto last = first;
@@ -174,8 +131,31 @@ std::vector<Finding> CheckLocks(const TableState& table) {
     for (; last + 1 != locks.end() && AreAlike(*last, *(last + 1)); ++last) {
       waiting += (last + 1)->waiting;
     }
-    if (first->IsStuck()) findings.push_back(Stuck(*first, *last, waiting));
+    if (first->IsStuck()) findings->push_back(Stuck(*first, *last, waiting));
     first = last + 1;
   }
+}
+
+}  // namespace
+
+Finding NeverInitialised(const TableState& table) {
+  return {"its semaphores were never given a value: all are 0", table.DescribeSet(),
+          TimeText(table.set.last), "wait without end in each locked call",
+          std::string("restart the owner and the drivers, or: voatm locks release ") +
+              table.record->short_name + " --reset"};
+}
+
+std::vector<Finding> CheckTable(const std::vector<TableState>& all, const TableState& table) {
+  Findings findings;
+  if (!CheckKey(all, table, &findings)) return findings;
+  const std::string segment = table.DescribeSegment();
+  if (table.segment.error == ENOENT && table.set.error == ENOENT) {
+    findings.push_back({"it does not exist, nor does its set", segment, "", kNoStart, kStartOwner});
+    return findings;
+  }
+  if (CheckObject(table.segment, segment, &findings)) CheckSegment(table, &findings);
+  if (!CheckObject(table.set, table.DescribeSet(), &findings)) return findings;
+  CheckSet(table, &findings);
+  CheckLocks(table, &findings);
   return findings;
 }

@@ -8,12 +8,12 @@
 #include "show/finding.h"
 
 // Compares what is configured for a table, one of all, with its segment and set, and its key with
-// those of the other ones.
-std::vector<Finding> CheckTable(const std::vector<TableState>& all, const TableState& table);
-
-// A set that was never initialised, and the slots that will not come to rest by themselves: those
+// those of the other ones; then the slots that will not come to rest by themselves, of which those
 // next to each other that are alike count as one. Throws std::runtime_error when the set is removed
 // meanwhile.
-std::vector<Finding> CheckLocks(const TableState& table);
+std::vector<Finding> CheckTable(const std::vector<TableState>& all, const TableState& table);
+
+// Of a set that was never initialised.
+Finding NeverInitialised(const TableState& table);
 
 #endif  // TOOLS_VOATM_LOOK_FINDINGS_H

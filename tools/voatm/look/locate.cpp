@@ -23,8 +23,9 @@ std::runtime_error NoAnswer(const std::string& why) {
 
 }  // namespace
 
-Locator::Locator(int queue_key)
-    : queue_(msgget(queue_key, 0)),
+Locator::Locator(int queue_key, int seconds)
+    : seconds_(seconds),
+      queue_(msgget(queue_key, 0)),
       description_(devhost::DescribeIpc(devhost::IpcKind::kQueue, "VoChannelMgr", queue_key)) {
   if (queue_ >= 0) return;
   const int error = errno;
@@ -69,19 +70,19 @@ void Locator::Send(const char* table) const {
 
 std::optional<int> Locator::Ask(const char* table) const {
   const std::string answer = std::string("VoChannelMgr's answer where ") + table + " is";
-  if (!WaitFor(answer, kSecondsToAnswer, [&] { return !HoldsOrphanedRequest(); })) {
+  if (!WaitFor(answer, seconds_, [&] { return !HoldsOrphanedRequest(); })) {
     throw NoAnswer("a request lies unread in the " + description_);
   }
   LocateMemoryMsg reply{};
   while (Receive(&reply)) {  // left behind for an earlier process of this number
   }
   Send(table);
-  const bool answered = WaitFor(answer, kSecondsToAnswer, [&] {
+  const bool answered = WaitFor(answer, seconds_, [&] {
     return Receive(&reply) && std::strncmp(reply.MemoryName, table, sizeof reply.MemoryName) == 0;
   });
   if (!answered) {
-    throw NoAnswer("waited " + std::to_string(kSecondsToAnswer) + " seconds for " + table +
-                   " at the " + description_);
+    throw NoAnswer("waited " + std::to_string(seconds_) + " seconds for " + table + " at the " +
+                   description_);
   }
   if (reply.LocateStatus < 0) return std::nullopt;
   return reply.ChannelKeyId;

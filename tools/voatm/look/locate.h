@@ -9,8 +9,9 @@
 
 class Locator {
  public:
-  // Opens VoChannelMgr's queue; throws std::runtime_error when there is none.
-  explicit Locator(int queue_key);
+  // Opens VoChannelMgr's queue; throws std::runtime_error when there is none. It has so many
+  // seconds for an answer.
+  explicit Locator(int queue_key, int seconds = 2);
 
   // Returns the key of a table, or nothing when VoChannelMgr does not know it. Throws
   // std::runtime_error when it does not answer in time. The request then stays in the queue, and
@@ -22,6 +23,7 @@ class Locator {
   bool Receive(LocateMemoryMsg* reply) const;
   void Send(const char* table) const;
 
+  int seconds_;
   int queue_;
   std::string description_;
 };

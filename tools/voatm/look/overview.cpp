@@ -84,10 +84,9 @@ class HomeLook {
 
   void Judge(const TableState& table) {
     const RecordTable& record = *table.record;
-    Add(CheckTable(overview_.tables, table));
-    Add(JudgeUsers(table, overview_.users));
     const Finding failed{"", record.name, "", "", "look again as the drivers' user"};
-    if (table.set.there()) Try(failed, [&] { Add(CheckLocks(table)); });
+    Try(failed, [&] { Add(CheckTable(overview_.tables, table)); });
+    Add(JudgeUsers(table, overview_.users));
     if (!table.segment.there()) return;
     Try(failed, [&] {
       Rows rows{&record, CopyRecords(table)};

@@ -86,17 +86,8 @@ Process LookAt(pid_t id, std::time_t last_change) {
 }
 
 const char* NameOf(ProcessState state) {
-  switch (state) {
-    case ProcessState::kUnknown:
-      return "unknown";
-    case ProcessState::kAlive:
-      return "alive";
-    case ProcessState::kDead:
-      return "dead";
-    case ProcessState::kReused:
-      return "reused";
-  }
-  return "";
+  constexpr const char* kNames[] = {"unknown", "alive", "dead", "reused"};
+  return kNames[static_cast<int>(state)];
 }
 
 std::string DescribeProcess(const Process& process) {

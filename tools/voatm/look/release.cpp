@@ -67,7 +67,8 @@ std::optional<std::string> OwnerAtWork(const TableState& table) {
 
 }  // namespace
 
-OnlyReleaser::OnlyReleaser(int set) : socket_(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
+OnlyReleaser::OnlyReleaser(int set, int seconds)
+    : socket_(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
   // Sets of other namespaces have the same numbers.
   std::error_code unknown;
   const std::string name = "voatm locks release, set " + std::to_string(set) + " of " +
@@ -77,7 +78,7 @@ OnlyReleaser::OnlyReleaser(int set) : socket_(socket(AF_UNIX, SOCK_DGRAM | SOCK_
   name.copy(address.sun_path + 1, sizeof address.sun_path - 1);
   const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
   int error = 0;
-  WaitFor("another release of slots of the set " + std::to_string(set), kSecondsToRelease, [&] {
+  WaitFor("another release of slots of the set " + std::to_string(set), seconds, [&] {
     error = bind(socket_, reinterpret_cast<sockaddr*>(&address), size) == 0 ? 0 : errno;
     return error != EADDRINUSE;
   });

@@ -15,8 +15,8 @@
 // which lies in no directory and goes with its process.
 class OnlyReleaser {
  public:
-  // Waits for another one, but not without end; throws std::runtime_error.
-  explicit OnlyReleaser(int set);
+  // Waits so many seconds for another one; throws std::runtime_error.
+  explicit OnlyReleaser(int set, int seconds = 5);
   ~OnlyReleaser();
   OnlyReleaser(const OnlyReleaser&) = delete;
   OnlyReleaser& operator=(const OnlyReleaser&) = delete;

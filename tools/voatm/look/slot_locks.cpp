@@ -88,9 +88,15 @@ std::vector<SlotLock> FindLocks(const TableState& table) {
 }
 
 Json LockJson(const SlotLock& lock) {
-  return {
-      {"table", lock.table->name},    {"slot", lock.slot},       {"id", lock.id},
-      {"value", lock.value},          {"process", lock.last.id}, {"state", NameOf(lock.last.state)},
-      {"command", lock.last.command}, {"waiting", lock.waiting}, {"last_change", lock.last_change},
-      {"stuck", lock.IsStuck()}};
+  return {{"table", lock.table->name},
+          {"name", lock.table->short_name},
+          {"slot", lock.slot},
+          {"id", lock.id},
+          {"value", lock.value},
+          {"process", lock.last.id},
+          {"state", NameOf(lock.last.state)},
+          {"command", lock.last.command},
+          {"waiting", lock.waiting},
+          {"last_change", lock.last_change},
+          {"stuck", lock.IsStuck()}};
 }

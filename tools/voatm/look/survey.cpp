@@ -99,10 +99,6 @@ std::string TableState::DescribeSegment() const { return Describe(*this, IpcKind
 
 std::string TableState::DescribeSet() const { return Describe(*this, IpcKind::kSemaphoreSet); }
 
-const TableState& Survey::Of(const records::RecordTable& record) const {
-  return tables[static_cast<std::size_t>(&record - records::kRecordTables.data())];
-}
-
 Survey SurveyTables(const std::string& home) {
   RequireHome(home);
   Survey survey{home, devhost::ReadQueueKey(home), {}};

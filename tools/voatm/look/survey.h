@@ -60,8 +60,6 @@ struct Survey {
   std::string home;
   int queue_key;
   std::vector<TableState> tables;  // in the order of kRecordTables
-
-  const TableState& Of(const records::RecordTable& record) const;
 };
 
 // Throw std::runtime_error when there is no home, an entry of a start-up file that is needed cannot

@@ -52,9 +52,7 @@ std::vector<SegmentUser> FindSegmentUsers() {
 std::vector<Finding> JudgeUsers(const TableState& table, const std::vector<SegmentUser>& users) {
   std::string stale;
   for (const SegmentUser& user : users) {
-    if (user.key != table.key || (table.segment.there() && user.segment == table.segment.id)) {
-      continue;
-    }
+    if (user.key != table.key || user.segment == table.segment.id) continue;
     stale += (stale.empty() ? "" : ", ") + DescribeProcess(user.process);
   }
   if (stale.empty()) return {};

@@ -5,9 +5,6 @@
 #include <functional>
 #include <string>
 
-constexpr int kSecondsToAnswer = 2;   // that VoChannelMgr has
-constexpr int kSecondsToRelease = 5;  // that another release has
-
 // Tries again and again until it succeeds; false when it did not within so many seconds. Once it
 // has taken a second, says "waiting for WHAT".
 bool WaitFor(const std::string& what, int seconds, const std::function<bool()>& succeeds);

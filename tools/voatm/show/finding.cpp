@@ -1,37 +1,32 @@
 #include "show/finding.h"
 
-namespace {
-
-struct Part {
-  const char* name;
-  const std::string Finding::*text;
-};
-
-constexpr Part kParts[] = {{"what", &Finding::what},
-                           {"where", &Finding::where},
-                           {"since", &Finding::since},
-                           {"drivers", &Finding::effect},
-                           {"next", &Finding::next}};
-
-}  // namespace
-
 Json FindingsJson(const std::vector<Finding>& findings) {
   Json json = Json::array();
   for (const Finding& finding : findings) {
-    Json parts = Json::object();
-    for (const Part& part : kParts) parts[part.name] = finding.*part.text;
-    json.push_back(std::move(parts));
+    json.push_back({{"what", finding.what},
+                    {"where", finding.where},
+                    {"since", finding.since},
+                    {"drivers", finding.effect},
+                    {"next", finding.next}});
   }
   return json;
 }
 
-void PrintFindings(const std::vector<Finding>& findings) {
-  for (const Finding& finding : findings) {
+void PrintFindings(const Json& findings) {
+  for (const Json& finding : findings) {
     NamedTexts parts;
-    for (const Part& part : kParts) {
-      if (part.text != &Finding::what) parts.emplace_back(part.name, finding.*part.text);
+    for (const auto& [name, text] : finding.items()) {
+      if (name != "what") parts.emplace_back(name, text);
     }
     PrintLine("");
-    PrintFacts(finding.what, parts, Tone::kAlarm);
+    PrintFacts(finding["what"], parts, Tone::kAlarm);
   }
+}
+
+std::string TimeText(std::time_t time) {
+  std::tm local{};
+  char text[32];
+  localtime_r(&time, &local);
+  std::strftime(text, sizeof text, "%F %T", &local);
+  return text;
 }

@@ -2,6 +2,7 @@
 #ifndef TOOLS_VOATM_SHOW_FINDING_H
 #define TOOLS_VOATM_SHOW_FINDING_H
 
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -16,9 +17,13 @@ struct Finding {
   std::string next;    // the command to type, or what to do
 };
 
+// [{what, where, since, drivers, next}]
 Json FindingsJson(const std::vector<Finding>& findings);
 
-// Prints each with its parts in lines of their own.
-void PrintFindings(const std::vector<Finding>& findings);
+// Prints each of such an array with its parts in lines of their own.
+void PrintFindings(const Json& findings);
+
+// "2026-11-22 03:00:00", as a finding and a frame say when.
+std::string TimeText(std::time_t time);
 
 #endif  // TOOLS_VOATM_SHOW_FINDING_H

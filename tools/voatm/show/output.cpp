@@ -65,6 +65,12 @@ std::string Dumped(const Json& json, int indent) {
   return json.dump(indent, ' ', true, Json::error_handler_t::replace);
 }
 
+const Json& ValueAt(const Json& row, const char* place) {
+  static const Json kNone;
+  const Json::json_pointer pointer(place);
+  return row.contains(pointer) ? row.at(pointer) : kNone;
+}
+
 }  // namespace
 
 bool UsesTerminal() {
@@ -216,3 +222,24 @@ void TextTable::AddRow(const std::vector<std::string>& cells, bool alarm) {
 }
 
 void TextTable::Print() const { scols_print_table(table_.get()); }
+
+void PrintTable(const Json& rows, const std::vector<JsonColumn>& columns, const char* alarm) {
+  std::vector<TextTable::Column> headings;
+  for (const auto& [heading, place] : columns) {
+    const bool number = std::any_of(rows.begin(), rows.end(), [place = place](const Json& row) {
+      return ValueAt(row, place).is_number();
+    });
+    headings.push_back({heading, number});
+  }
+  TextTable table(headings);
+  for (const Json& row : rows) {
+    std::vector<std::string> cells;
+    for (const auto& [heading, place] : columns) {
+      const Json& value = ValueAt(row, place);
+      cells.push_back(value.is_null() ? "-" : InOneLine(value));
+    }
+    const Json& wrong = ValueAt(row, alarm);
+    table.AddRow(cells, wrong.is_boolean() ? wrong.get<bool>() : !wrong.empty());
+  }
+  table.Print();
+}

@@ -94,4 +94,15 @@ class TextTable {
   std::unique_ptr<struct libscols_table, Release> table_;
 };
 
+// Prints an array of JSON objects as a table, a row each. A column has a heading and the place of
+// its value ("/segment/id"); numbers stand to the right, a dash stands for no value. Of an array,
+// the values of its members stand in a cell. Coloured is a row of which what stands at `alarm` is
+// true, or holds something.
+struct JsonColumn {
+  const char* heading;
+  const char* place;
+};
+void PrintTable(const Json& rows, const std::vector<JsonColumn>& columns,
+                const char* alarm = "/alarm");
+
 #endif  // TOOLS_VOATM_SHOW_OUTPUT_H

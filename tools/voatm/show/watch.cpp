@@ -29,7 +29,8 @@ class Screen {
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
 
-  // Waits so many seconds at most; true when q is pressed or a signal comes.
+  // Waits so many seconds at most, less when a key is pressed; true when that is q or a signal
+  // comes.
   bool IsToEnd(int seconds, int signals) const {
     pollfd sources[] = {{signals, POLLIN, 0}, {has_keys_ ? STDIN_FILENO : -1, POLLIN, 0}};
     if (poll(sources, 2, seconds * 1000) <= 0) return false;

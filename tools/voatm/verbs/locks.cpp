@@ -20,90 +20,69 @@ struct Options : DataOptions {
   bool watch = false;
 };
 
-struct Snapshot {
-  std::vector<SlotLock> locks;
-  std::vector<Finding> findings;  // of sets that were never initialised
-  bool complete = true;           // the sets of all tables could be read
-
-  bool IsSound() const {
-    return complete && findings.empty() &&
-           std::none_of(locks.begin(), locks.end(),
-                        [](const SlotLock& lock) { return lock.IsStuck(); });
+// What stands there now: {complete, locks, findings}, the findings of sets that were never
+// initialised.
+Json TakeSnapshot(const std::string& home) {
+  Json snapshot = {{"complete", true}, {"locks", Json::array()}, {"findings", Json::array()}};
+  std::vector<Finding> findings;
+  for (const TableState& table : SurveyTables(home).tables) {
+    try {
+      for (const SlotLock& lock : FindLocks(table)) snapshot["locks"].push_back(LockJson(lock));
+      if (table.set.never_initialised) findings.push_back(NeverInitialised(table));
+    } catch (const std::runtime_error& error) {
+      Say(error.what() + std::string("; see voatm tables"));
+      snapshot["complete"] = false;
+    }
   }
-};
-
-void AddLocks(const TableState& table, Snapshot* snapshot) {
-  try {
-    const std::vector<SlotLock> locks = FindLocks(table);
-    snapshot->locks.insert(snapshot->locks.end(), locks.begin(), locks.end());
-    if (!table.set.never_initialised) return;
-    const std::vector<Finding> findings = CheckLocks(table);
-    snapshot->findings.insert(snapshot->findings.end(), findings.begin(), findings.end());
-  } catch (const std::runtime_error& error) {
-    Say(error.what() + std::string("; see voatm tables"));
-    snapshot->complete = false;
-  }
-}
-
-Snapshot TakeSnapshot(const Survey& survey) {
-  Snapshot snapshot;
-  for (const TableState& table : survey.tables) AddLocks(table, &snapshot);
+  snapshot["findings"] = FindingsJson(findings);
   return snapshot;
 }
 
-Json SnapshotJson(const Snapshot& snapshot) {
-  Json locks = Json::array();
-  for (const SlotLock& lock : snapshot.locks) locks.push_back(LockJson(lock));
-  return {{"complete", snapshot.complete},
-          {"locks", std::move(locks)},
-          {"findings", FindingsJson(snapshot.findings)}};
+bool IsSound(const Json& snapshot) {
+  return snapshot["complete"] && snapshot["findings"].empty() &&
+         std::none_of(snapshot["locks"].begin(), snapshot["locks"].end(),
+                      [](const Json& lock) { return lock["stuck"].get<bool>(); });
 }
 
-void PrintText(const Snapshot& snapshot) {
-  if (snapshot.locks.empty() && snapshot.IsSound()) PrintLine("every slot is at rest");
-  if (!snapshot.locks.empty()) {
-    TextTable text({{"TABLE"},
-                    {"SLOT", true},
-                    {"ID"},
-                    {"VALUE", true},
-                    {"PROCESS", true},
-                    {"STATE"},
-                    {"WAITING", true},
-                    {"COMMAND"}});
-    for (const SlotLock& lock : snapshot.locks) {
-      text.AddRow({lock.table->short_name, std::to_string(lock.slot), lock.id,
-                   std::to_string(lock.value), std::to_string(lock.last.id),
-                   NameOf(lock.last.state), std::to_string(lock.waiting), lock.last.command},
-                  lock.IsStuck());
-    }
-    text.Print();
+void PrintText(const Json& snapshot) {
+  if (!snapshot["locks"].empty()) {
+    PrintTable(snapshot["locks"],
+               {{"TABLE", "/name"},
+                {"SLOT", "/slot"},
+                {"ID", "/id"},
+                {"VALUE", "/value"},
+                {"PROCESS", "/process"},
+                {"STATE", "/state"},
+                {"WAITING", "/waiting"},
+                {"COMMAND", "/command"}},
+               "/stuck");
+  } else if (IsSound(snapshot)) {
+    PrintLine("every slot is at rest");
   }
-  PrintFindings(snapshot.findings);
+  PrintFindings(snapshot["findings"]);
 }
 
 // A look of a watch. Whoever is missing now may be back at the next one.
-Snapshot LookAgain(const std::string& home) {
+Json LookAgain(const std::string& home) {
   try {
-    return TakeSnapshot(SurveyTables(home));
+    return TakeSnapshot(home);
   } catch (const std::runtime_error& error) {
     Say(error.what());
-    Snapshot nothing;
-    nothing.complete = false;
-    return nothing;
+    return {{"complete", false}, {"locks", Json::array()}, {"findings", Json::array()}};
   }
 }
 
 ExitCode ShowLocks(const Options& options) {
-  const Snapshot snapshot = TakeSnapshot(SurveyTables(options.home));
+  const Json snapshot = TakeSnapshot(options.home);
   if (options.watch) {
     Watch(kWatchSeconds, [&] {
-      const Snapshot again = LookAgain(options.home);
-      options.json ? PrintJsonLine(SnapshotJson(again)) : PrintText(again);
+      const Json again = LookAgain(options.home);
+      options.json ? PrintJsonLine(again) : PrintText(again);
     });
     return kDone;
   }
-  options.json ? PrintJson(SnapshotJson(snapshot)) : PrintText(snapshot);
-  return snapshot.IsSound() ? kDone : kFindings;
+  options.json ? PrintJson(snapshot) : PrintText(snapshot);
+  return IsSound(snapshot) ? kDone : kFindings;
 }
 
 Action Declare(OptionList* list) {
@@ -123,8 +102,9 @@ const Verb kLocks = {
     "the slot. A set that was never initialised is a finding of its own.\n\n"
     "Exit status: 1 when a slot will not come to rest by itself, because its holder is dead or\n"
     "unknown or its value is not 0, or when a set is missing; a living holder is no finding.\n\n"
-    "JSON: {complete, locks: [{table, slot, id, value, process, state, command, waiting,\n"
-    "last_change, stuck}], findings: [{what, where, since, drivers, next}]}, last_change being\n"
+    "JSON: {complete, locks: [{table, name, slot, id, value, process, state, command,\n"
+    "waiting, last_change, stuck}], findings: [{what, where, since, drivers, next}]}, last_change "
+    "being\n"
     "the second in which any slot of the set was taken or given back last; with --watch one such\n"
     "line a look.",
     "voatm locks --home examples/home", Declare};

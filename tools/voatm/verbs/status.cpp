@@ -19,92 +19,69 @@ struct Options : DataOptions {
   TableKeys keys;
 };
 
-std::string TimeNow() {
-  const std::time_t now = std::time(nullptr);
-  std::tm local{};
-  char text[32];
-  localtime_r(&now, &local);
-  std::strftime(text, sizeof text, "%F %T", &local);
-  return text;
-}
-
-std::vector<const SegmentUser*> UsersOf(const Overview& overview, const TableState& table) {
-  std::vector<const SegmentUser*> users;
+Json TableJson(const Overview& overview, const TableState& table) {
+  Json users = Json::array();
   for (const SegmentUser& user : overview.users) {
-    if (table.segment.there() && user.segment == table.segment.id) users.push_back(&user);
+    if (user.segment != table.segment.id) continue;
+    users.push_back({{"process", user.process.id}, {"command", user.process.command}});
   }
-  return users;
+  return {{"table", table.record->name},
+          {"name", table.record->short_name},
+          {"key", table.key.has_value() ? Json(*table.key) : Json()},
+          {"slots", table.slots},
+          {"attached", table.segment.attached},
+          {"processes", std::move(users)}};
 }
 
 Json OverviewJson(const Options& options, const Overview& overview) {
   Json tables = Json::array();
-  for (const TableState& table : overview.tables) {
-    Json users = Json::array();
-    for (const SegmentUser* user : UsersOf(overview, table)) {
-      users.push_back({{"process", user->process.id}, {"command", user->process.command}});
-    }
-    tables.push_back({{"table", table.record->name},
-                      {"key", table.key.has_value() ? Json(*table.key) : Json()},
-                      {"slots", table.slots},
-                      {"attached", table.segment.attached},
-                      {"processes", std::move(users)}});
-  }
+  for (const TableState& table : overview.tables) tables.push_back(TableJson(overview, table));
   return {{"home", options.home},
-          {"time", TimeNow()},
+          {"time", TimeText(std::time(nullptr))},
           {"sound", overview.findings.empty()},
           {"findings", FindingsJson(overview.findings)},
           {"tables", std::move(tables)}};
 }
 
-void PrintTables(const Overview& overview) {
-  TextTable text({{"TABLE"}, {"KEY", true}, {"SLOTS", true}, {"ATTACHED", true}, {"PROCESSES"}});
-  for (const TableState& table : overview.tables) {
-    std::string users;
-    for (const SegmentUser* user : UsersOf(overview, table)) {
-      users += (users.empty() ? "" : ", ") + std::to_string(user->process.id) + " " +
-               user->process.command;
-    }
-    text.AddRow({table.record->short_name, table.key.has_value() ? std::to_string(*table.key) : "-",
-                 std::to_string(table.slots), std::to_string(table.segment.attached), users});
+// The findings, with what was not found the last time marked.
+Json WithNewOnesMarked(Json findings, const Json& before) {
+  for (Json& finding : findings) {
+    const bool is_new = std::none_of(before.begin(), before.end(), [&](const Json& each) {
+      return each["what"] == finding["what"] && each["where"] == finding["where"];
+    });
+    if (is_new) finding["what"] = "NEW " + finding["what"].get<std::string>();
   }
-  text.Print();
+  return findings;
 }
 
-// Marks what was not found the last time, when there was one.
-std::vector<Finding> WithChanges(const std::vector<Finding>& findings,
-                                 const std::optional<Overview>& before) {
-  std::vector<Finding> marked = findings;
-  for (Finding& finding : marked) {
-    if (!before.has_value()) continue;
-    const bool is_new =
-        std::none_of(before->findings.begin(), before->findings.end(), [&](const Finding& each) {
-          return each.what == finding.what && each.where == finding.where;
-        });
-    if (is_new) finding.what = "NEW " + finding.what;
+// `before` is the look before this one, or null.
+void PrintText(const Options& options, const Json& now, const Json& before) {
+  const Json& findings = now["findings"];
+  PrintLine(now["time"].get<std::string>() + " " + options.home + ": " +
+            (findings.empty() ? "all is well" : std::to_string(findings.size()) + " findings"));
+  if (options.all) {
+    PrintTable(now["tables"], {{"TABLE", "/name"},
+                               {"KEY", "/key"},
+                               {"SLOTS", "/slots"},
+                               {"ATTACHED", "/attached"},
+                               {"PROCESSES", "/processes"}});
   }
-  return marked;
-}
-
-void PrintText(const Options& options, const Overview& overview,
-               const std::optional<Overview>& before) {
-  const std::string count = std::to_string(overview.findings.size());
-  PrintLine(TimeNow() + " " + options.home + ": " +
-            (overview.findings.empty() ? "all is well" : count + " findings"));
-  if (options.all) PrintTables(overview);
-  PrintFindings(WithChanges(overview.findings, before));
+  PrintFindings(before.is_null() ? findings : WithNewOnesMarked(findings, before["findings"]));
 }
 
 ExitCode ShowStatus(const Options& options) {
-  std::optional<Overview> before;
+  Json before;
   const auto show = [&] {
-    Overview overview = LookAtHome(options.home, options.keys);
-    if (!options.json) PrintText(options, overview, before);
-    const Json json = options.json ? OverviewJson(options, overview) : Json();
-    if (options.json) options.watch.has_value() ? PrintJsonLine(json) : PrintJson(json);
-    before = std::move(overview);
+    Json now = OverviewJson(options, LookAtHome(options.home, options.keys));
+    if (!options.json) {
+      PrintText(options, now, before);
+    } else {
+      options.watch.has_value() ? PrintJsonLine(now) : PrintJson(now);
+    }
+    before = std::move(now);
   };
   options.watch.has_value() ? Watch(*options.watch, show) : show();
-  return before->findings.empty() ? kDone : kFindings;
+  return before["sound"] ? kDone : kFindings;
 }
 
 void TakeKey(const std::string& text, TableKeys* keys) {
@@ -144,5 +121,6 @@ const Verb kStatus = {
     "With --watch each look begins with the time, and what is new is marked.\n\n"
     "Exit status: 0 all is well, 1 there are findings, 2 could not look.\n\n"
     "JSON: {home, time, sound, findings: [{what, where, since, drivers, next}], tables: [{table,\n"
-    "key, slots, attached, processes: [{process, command}]}]}; with --watch one such line a look.",
+    "name, key, slots, attached, processes: [{process, command}]}]}; with --watch one such line a\n"
+    "look.",
     "voatm status --home examples/home", Declare};

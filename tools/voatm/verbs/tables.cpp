@@ -27,14 +27,14 @@ std::string UserName(uid_t user) {
   return entry == nullptr ? std::to_string(user) : entry->pw_name;
 }
 
-Json TableJson(const TableState& table, const std::vector<Finding>& findings) {
+Json TableJson(const Survey& survey, const TableState& table) {
   Json json = {{"table", table.record->name},
                {"name", table.record->short_name},
                {"key", nullptr},
                {"slots", table.slots},
                {"segment", nullptr},
                {"set", nullptr},
-               {"findings", FindingsJson(findings)}};
+               {"findings", FindingsJson(CheckTable(survey.tables, table))}};
   if (table.key.has_value()) json["key"] = *table.key;
   if (table.segment.there()) {
     json["segment"] = {{"id", table.segment.id},
@@ -51,61 +51,34 @@ Json TableJson(const TableState& table, const std::vector<Finding>& findings) {
   return json;
 }
 
-// A cell of the table: a value of the JSON form, or a dash.
-std::string Cell(const Json& object, const char* member) {
-  if (!object.is_object() || object[member].is_null()) return "-";
-  const Json& value = object[member];
-  return value.is_string() ? value.get<std::string>() : value.dump();
-}
-
-void PrintText(const Json& tables) {
-  TextTable text({{"TABLE"},
-                  {"KEY", true},
-                  {"SHMID", true},
-                  {"SEMID", true},
-                  {"SLOTS", true},
-                  {"HELD", true},
-                  {"SEMS", true},
-                  {"DEFINED", true},
-                  {"USERS", true},
-                  {"OWNER"},
-                  {"CREATOR", true}});
-  for (const Json& table : tables) {
-    const Json& segment = table["segment"];
-    const Json& set = table["set"];
-    text.AddRow({Cell(table, "name"), Cell(table, "key"), Cell(segment, "id"), Cell(set, "id"),
-                 Cell(table, "slots"), Cell(segment, "slots"), Cell(set, "semaphores"),
-                 Cell(segment, "defined"), Cell(segment, "attached"), Cell(segment, "owner"),
-                 Cell(segment, "creator")},
-                !table["findings"].empty());
-  }
-  text.Print();
-}
-
-std::vector<Finding> FindingsOf(const Survey& survey, const TableState& table) {
-  std::vector<Finding> findings = CheckTable(survey.tables, table);
-  if (!table.set.there()) return findings;
-  for (Finding& finding : CheckLocks(table)) findings.push_back(std::move(finding));
-  return findings;
+void PrintText(const Json& json) {
+  PrintLine("home " + json["home"].get<std::string>() + ", queue key " + json["queue_key"].dump());
+  PrintTable(json["tables"],
+             {{"TABLE", "/name"},
+              {"KEY", "/key"},
+              {"SHMID", "/segment/id"},
+              {"SEMID", "/set/id"},
+              {"SLOTS", "/slots"},
+              {"HELD", "/segment/slots"},
+              {"SEMS", "/set/semaphores"},
+              {"DEFINED", "/segment/defined"},
+              {"USERS", "/segment/attached"},
+              {"OWNER", "/segment/owner"},
+              {"CREATOR", "/segment/creator"}},
+             "/findings");
+  for (const Json& table : json["tables"]) PrintFindings(table["findings"]);
 }
 
 ExitCode ShowTables(const DataOptions& options) {
   const Survey survey = SurveyTables(options.home);
   Json json = {{"home", survey.home}, {"queue_key", survey.queue_key}, {"tables", Json::array()}};
-  std::vector<Finding> all;
+  bool is_sound = true;
   for (const TableState& table : survey.tables) {
-    const std::vector<Finding> findings = FindingsOf(survey, table);
-    json["tables"].push_back(TableJson(table, findings));
-    all.insert(all.end(), findings.begin(), findings.end());
+    json["tables"].push_back(TableJson(survey, table));
+    is_sound = is_sound && json["tables"].back()["findings"].empty();
   }
-  if (options.json) {
-    PrintJson(json);
-  } else {
-    PrintLine("home " + survey.home + ", queue key " + std::to_string(survey.queue_key));
-    PrintText(json["tables"]);
-    PrintFindings(all);
-  }
-  return all.empty() ? kDone : kFindings;
+  options.json ? PrintJson(json) : PrintText(json);
+  return is_sound ? kDone : kFindings;
 }
 
 Action Declare(OptionList* list) {
