@@ -97,17 +97,18 @@ Json CompareEntries(const Side& a, const Side& b) {
   if (a.home.empty() || b.home.empty()) return changes;
   Entries all = a.entries;
   all.insert(b.entries.begin(), b.entries.end());
-  const auto shown = [](const Entries& entries, Entries::const_iterator entry) {
-    return entry == entries.end() ? "(none)" : InOneLine(entry->second);
+  const auto find = [](const Entries& entries, const Entries::key_type& place) {
+    const auto found = entries.find(place);
+    return found == entries.end() ? nullptr : &found->second;
+  };
+  const auto shown = [](const std::vector<std::string>* fields) {
+    return fields == nullptr ? "(none)" : InOneLine(*fields);
   };
   for (const auto& [place, fields] : all) {
-    const auto in_a = a.entries.find(place), in_b = b.entries.find(place);
-    const bool in_both = in_a != a.entries.end() && in_b != b.entries.end();
-    if (in_both && in_a->second == in_b->second) continue;
-    changes.push_back({{"file", place.first},
-                       {"key", place.second},
-                       {"a", shown(a.entries, in_a)},
-                       {"b", shown(b.entries, in_b)}});
+    const auto *const in_a = find(a.entries, place), *const in_b = find(b.entries, place);
+    if (in_a != nullptr && in_b != nullptr && *in_a == *in_b) continue;
+    changes.push_back(
+        {{"file", place.first}, {"key", place.second}, {"a", shown(in_a)}, {"b", shown(in_b)}});
   }
   return changes;
 }

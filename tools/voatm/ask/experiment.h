@@ -52,7 +52,6 @@ class RowsExperiment {
   int FindSlot();  // of the row that answers, or -1
   int FindMarked();
   int AskMark();
-  void PutMark(int digit, char* record) const;
   Answer AskAlone(int slot);
   std::vector<Event> AskLocked();
   void LookBehind(int taken, Json* explanation);

@@ -52,6 +52,16 @@ class Scans {
   int visited_ = 0;
 };
 
+void PutMark(const records::RecordField& field, int digit, char* record) {
+  char* const out = record + field.offset;
+  std::memset(out, 0, field.size);
+  if (field.kind == records::FieldKind::kInt32) {
+    std::memcpy(out, &digit, sizeof digit);
+  } else {
+    std::to_string(digit).copy(out, field.size);
+  }
+}
+
 int Calls(const std::vector<Event>& events) {
   return static_cast<int>(std::count_if(events.begin(), events.end(), [](const Event& event) {
     return event.kind == Event::Kind::kTake || event.kind == Event::Kind::kGive;
@@ -80,21 +90,6 @@ Placed RowsExperiment::Place() { return {Where(FindSlot()), Ask()}; }
 
 Answer RowsExperiment::Ask() { return question_.ask(util_, inputs_); }
 
-// Writes a digit into a row's marked fields.
-void RowsExperiment::PutMark(int digit, char* record) const {
-  const std::string text = std::to_string(digit);
-  for (const char* const name : question_.mark.fields) {
-    const records::RecordField& field = *rows_->table->Find(name);
-    char* const out = record + field.offset;
-    std::memset(out, 0, field.size);
-    if (field.kind == records::FieldKind::kInt32) {
-      std::memcpy(out, &digit, sizeof digit);
-    } else {
-      text.copy(out, field.size);
-    }
-  }
-}
-
 // The digit that an answer brings along, or -1.
 int RowsExperiment::AskMark() {
   const Answer answer = Ask();
@@ -107,11 +102,14 @@ int RowsExperiment::AskMark() {
 
 int RowsExperiment::FindMarked() {
   const int base = question_.mark.base;
+  std::vector<const records::RecordField*> fields;
+  for (const char* const name : question_.mark.fields) fields.push_back(rows_->table->Find(name));
   const std::vector<char> unmarked = rows_->bytes;
   long long slot = 0;
   for (long long worth = 1; slot >= 0 && (worth == 1 || worth < rows_->count()); worth *= base) {
     for (int i = 0; i < rows_->count(); ++i) {
-      PutMark(static_cast<int>(i / worth % base), (*rows_)[i]);
+      const int digit = static_cast<int>(i / worth % base);
+      for (const auto* field : fields) PutMark(*field, digit, (*rows_)[i]);
     }
     const int digit = AskMark();
     slot = digit < 0 ? kNoSlot : slot + digit * worth;
