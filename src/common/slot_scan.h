@@ -97,8 +97,8 @@ int FindSlotAmong(Slots<Record> slots, Next next, Visit visit) {
   }
 }
 
-// The first record from this one on that may match, or end. Where hardly any does, looking at four
-// in a round costs less than the look itself.
+// The first record from this one on that may match, or end. Where hardly any does, four in a round
+// spare most of what the loop itself costs.
 template <typename Record, typename MayMatch>
 Record* NextCandidate(Record* record, Record* end, MayMatch may_match) {
   for (; end - record >= 4; record += 4) {
