@@ -1,9 +1,12 @@
 #!/usr/bin/env bash
 # Builds the least driver outside the tree in each way that the README names, and runs it:
-# `check_consumers.sh PREFIX`, where the release is installed.
+# `check_consumers.sh PREFIX [whole]`, where the release is installed. `whole` builds and runs voatm
+# on a switch's own platform too, which takes longer than all the rest; else what knows the platform
+# is compiled.
 set -euo pipefail
 
 prefix=$(readlink -f "$1")
+whole=${2:-}
 tree=$(readlink -f "$(dirname "$0")/..")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -71,6 +74,19 @@ configure() {
   cmake -S "$tree" -B "$1" "${common[@]}" -DVOATMUTIL_PLATFORM_INCLUDE_DIR="$own" "${@:2}"
 }
 
+# The objects of voatm whose sources include a header of the platform.
+knowing_the_platform() {
+  local source
+  for source in $(cd "$tree" && grep -lE '"(vo(cfg|debug|datetime)util|devhost/reader_line)\.h"' \
+    tools/voatm/gate.cpp tools/voatm/*/*.cpp devhost/*.cpp); do
+    case $source in
+      */gate.cpp) echo "tools/CMakeFiles/voatm.dir/${source#tools/}.o" ;;
+      tools/*) echo "tools/CMakeFiles/voatm_rooms.dir/${source#tools/}.o" ;;
+      *) echo "devhost/CMakeFiles/devhost.dir/${source#devhost/}.o" ;;
+    esac
+  done
+}
+
 # A library of the switch, installed beside ours; and none, with the symbols in the program.
 with_own_platform() {
   local flags
@@ -78,8 +94,14 @@ with_own_platform() {
   quietly g++ -shared -fPIC -Wl,-soname,libswitch.so "$own/platform.cpp" -o switch/libswitch.so
   quietly configure installed -DVOATMUTIL_PLATFORM_LIBRARY="$work/switch/libswitch.so" \
     -DVOATMUTIL_TOOLS=ON
-  quietly cmake --build installed
-  quietly cmake --install installed --prefix "$work/switch"
+  if [ "$whole" = whole ]; then
+    quietly cmake --build installed
+    quietly cmake --install installed --prefix "$work/switch"
+  else
+    quietly cmake --build installed --target voatmutil $(knowing_the_platform)
+    quietly cmake --install installed --prefix "$work/switch" --component runtime
+    quietly cmake --install installed --prefix "$work/switch" --component development
+  fi
   [ ! -e switch/include/voplatform ] || { echo "bundled headers installed" >&2; return 1; }
   read -ra flags < <(flags switch)
   compile own-library "${flags[@]}" -I"$own" -Lswitch -lswitch \
@@ -142,6 +164,6 @@ with_checked_platform() {
 with_installed_release
 with_driver_tests
 with_own_platform
-with_own_tools
+[ "$whole" != whole ] || with_own_tools
 with_the_wrong_platform
 with_checked_platform
