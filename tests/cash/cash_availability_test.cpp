@@ -51,6 +51,9 @@ D912ATM 100 000000000000000000000099 40 1Y 1Y 1Y 1Y 1Y 1Y 1Y 10Y => 0 [000000000
                trace.Take();
                return result;
              });
+  check("D912ATM 2147483647 0000000000000000 9999 1000000Y 1000Y 1Y");
+  EXPECT_NE(trace.Take().find("Final Disp Logic [ 2147483647000000000 ]"), std::string::npos)
+      << "of the twenty digits of the counts one is cut";
 }
 
 TEST_F(CashAvailabilityTest, AgreesWithTheRuleOnRandomCassettes) {

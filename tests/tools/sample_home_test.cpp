@@ -9,6 +9,8 @@ namespace {
 
 TEST(SampleHome, AnswersAsInTheTranscript) { ExpectTranscript(Transcript("sample_home")); }
 
+TEST(SampleHome, IsExplainedAsInTheTranscript) { ExpectTranscript(Transcript("answers")); }
+
 // What a file holds reaches a terminal as text only: as a row, as a line, as talk and as JSON.
 TEST(ControlCharacters, AreShownAsNumbersWhereverTheyStand) {
   const TestHome home;
