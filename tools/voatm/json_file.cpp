@@ -52,21 +52,27 @@ std::vector<std::string> WordsOf(const Json& value, const OptionRow& row) {
   return {is_number ? value.dump() : value.get<std::string>()};
 }
 
+// The option that a member of the file stands for.
+const OptionRow& RowOf(const std::string& member, const OptionList& options,
+                       const std::string& path) {
+  const auto row = std::find_if(
+      options.rows().begin(), options.rows().end(),
+      [&](const OptionRow& each) { return each.member != nullptr && member == each.member; });
+  if (row == options.rows().end()) {
+    throw std::runtime_error("unknown member \"" + member + "\": " + path);
+  }
+  return *row;
+}
+
 }  // namespace
 
 void TakeFile(const std::string& path, const OptionList& options) {
   const Json json = ReadJson(path);
   if (!json.is_object()) throw std::runtime_error("not an object of JSON: " + path);
   for (const auto& [name, value] : json.items()) {
-    const auto has_name = [&name = name](const OptionRow& row) {
-      return row.member != nullptr && name == row.member;
-    };
-    const auto row = std::find_if(options.rows().begin(), options.rows().end(), has_name);
-    if (row == options.rows().end()) {
-      throw std::runtime_error("unknown member \"" + name + "\": " + path);
-    }
+    const OptionRow& row = RowOf(name, options, path);
     try {
-      row->take(WordsOf(value, *row));
+      row.take(WordsOf(value, row));
     } catch (const UsageError& error) {
       throw std::runtime_error(error.what() + (": " + path));
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <iterator>
 #include <numeric>
 
 namespace {
@@ -96,7 +97,7 @@ std::vector<EmptyCase> SweepEmpty(const CashRequest& request, const LogicOf& log
                                   const AmountRange& range) {
   const std::vector<int> amounts = range.Amounts();
   std::vector<std::optional<std::string>> logics;  // looked up once, as files may hold them
-  for (const int amount : amounts) logics.push_back(logic_of(amount));
+  std::transform(amounts.begin(), amounts.end(), std::back_inserter(logics), logic_of);
   std::string usable;
   for (const DenomInfo& cassette : request.cassettes) {
     if (request.CanUse(cassette)) usable += cassette.Id;

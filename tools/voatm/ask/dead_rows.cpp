@@ -56,7 +56,8 @@ class Codes {
     const std::size_t open = digits_ - start.size();
     for (int rest = std::stoi(std::string(open, '9')); rest >= 0; --rest) {
       const std::string digits = std::to_string(rest);
-      const std::string number = start + std::string(open - digits.size(), '0') + digits;
+      std::string number = start;
+      number.append(open - digits.size(), '0').append(digits);
       const bool has_class = !is_class && numbers_.count(number.substr(0, class_digits_)) > 0;
       if (!has_class && numbers_.count(number) == 0) return number;
     }

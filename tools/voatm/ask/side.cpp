@@ -19,9 +19,10 @@ Entries EntriesOf(const std::string& home) {
   Entries entries;
   for (const TreeFile& file : WalkTree(home)) {
     const std::string path = std::string(file.directory).append("/").append(file.name);
-    if (!file.error.empty()) throw std::runtime_error(file.error + ": " + home + "/" + path);
-    if (!fs::is_regular_file(fs::path(home) / path)) continue;
-    for (const ConfigurationEntry& entry : ReadEntriesOf(home + "/" + path)) {
+    const fs::path place = fs::path(home) / path;
+    if (!file.error.empty()) throw std::runtime_error(file.error + ": " + place.string());
+    if (!fs::is_regular_file(place)) continue;
+    for (const ConfigurationEntry& entry : ReadEntriesOf(place.string())) {
       if (!entry.readable() || entry.key.empty()) continue;
       std::vector<std::string> fields;
       for (std::size_t i = 1; i < entry.fields.size(); ++i) fields.push_back(entry.fields[i].text);

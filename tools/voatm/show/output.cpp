@@ -65,7 +65,7 @@ std::string Dumped(const Json& json, int indent) {
   return json.dump(indent, ' ', true, Json::error_handler_t::replace);
 }
 
-const Json& ValueAt(const Json& row, const char* place) {
+const Json& ValueAt(const Json& row, const std::string& place) {
   static const Json kNone;
   const Json::json_pointer pointer(place);
   return row.contains(pointer) ? row.at(pointer) : kNone;
@@ -128,20 +128,14 @@ std::string InOneLine(const Json& value) {
 
 void PrintRows(const std::string& title, const Json& objects) {
   if (objects.empty()) return;
-  std::vector<TextTable::Column> columns;
+  std::vector<JsonColumn> columns;
   for (const auto& [name, value] : objects.front().items()) {
-    columns.push_back({name});
+    columns.push_back({name, "/" + name});
     for (char& c : columns.back().heading) c = static_cast<char>(std::toupper(c));
   }
   PrintLine("");
   PrintLine(title);
-  TextTable table(columns);
-  for (const Json& object : objects) {
-    std::vector<std::string> cells;
-    for (const Json& value : object) cells.push_back(InOneLine(value));
-    table.AddRow(cells);
-  }
-  table.Print();
+  PrintTable(objects, columns);
 }
 
 void ClearScreen() {
@@ -226,7 +220,7 @@ void TextTable::Print() const { scols_print_table(table_.get()); }
 void PrintTable(const Json& rows, const std::vector<JsonColumn>& columns, const char* alarm) {
   std::vector<TextTable::Column> headings;
   for (const auto& [heading, place] : columns) {
-    const bool number = std::any_of(rows.begin(), rows.end(), [place = place](const Json& row) {
+    const bool number = std::any_of(rows.begin(), rows.end(), [&place = place](const Json& row) {
       return ValueAt(row, place).is_number();
     });
     headings.push_back({heading, number});

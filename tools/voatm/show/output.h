@@ -99,8 +99,8 @@ class TextTable {
 // the values of its members stand in a cell. Coloured is a row of which what stands at `alarm` is
 // true, or holds something.
 struct JsonColumn {
-  const char* heading;
-  const char* place;
+  std::string heading;
+  std::string place;
 };
 void PrintTable(const Json& rows, const std::vector<JsonColumn>& columns,
                 const char* alarm = "/alarm");

@@ -95,7 +95,7 @@ ExitCode Complete(const std::vector<std::string>& words) {
   const std::string begun = words.empty() ? "" : words.back();
   for (const auto& [word, about] : Candidates(words)) {
     if (word.rfind(begun, 0) != 0) continue;
-    PrintAsIs(word + "\t" + about + "\n");
+    PrintAsIs(std::string(word).append("\t").append(about).append("\n"));
     exit_code = kDone;
   }
   return exit_code;
