@@ -9,14 +9,17 @@ prefix=$(readlink -f "$1")
 whole=${2:-}
 tree=$(readlink -f "$(dirname "$0")/..")
 work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+trap 'wait; rm -rf "$work"' EXIT
 cp -r "$tree/packaging/consumer" "$work/driver"
 cd "$work"
 own=$work/driver/platform
 common=(-G Ninja -DCMAKE_BUILD_TYPE=Debug)
 
 # quietly COMMAND...: what it says is shown when it fails.
-quietly() { "$@" >log 2>&1 || { cat log >&2; return 1; }; }
+quietly() {
+  local log=log.$BASHPID
+  "$@" >"$log" 2>&1 || { cat "$log" >&2; return 1; }
+}
 
 # build NAME OPTION...: the driver's CMake tree with these options, in NAME.
 build() {
@@ -116,9 +119,9 @@ with_own_platform() {
 # where lines are missing.
 with_own_tools() {
   local voatm=(env LD_LIBRARY_PATH="$work/switch/lib:$work/switch" switch/bin/voatm)
-  quietly "${voatm[@]}" explain flags utc --home driver/home
-  grep -q 'vobusiness.cfg (the switch.s reader gives no line)' log ||
-    { cat log >&2; echo "voatm does not say that the reader gives no line" >&2; return 1; }
+  "${voatm[@]}" explain flags utc --home driver/home >explained
+  grep -q 'vobusiness.cfg (the switch.s reader gives no line)' explained ||
+    { cat explained >&2; echo "voatm does not say that the reader gives no line" >&2; return 1; }
   refused check "gives no lines" "${voatm[@]}" check --home driver/home
 }
 
@@ -161,9 +164,11 @@ with_checked_platform() {
   done
 }
 
+with_driver_tests &
+driver_tests=$!
 with_installed_release
-with_driver_tests
 with_own_platform
 [ "$whole" != whole ] || with_own_tools
 with_the_wrong_platform
 with_checked_platform
+wait $driver_tests
