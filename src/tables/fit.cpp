@@ -74,8 +74,6 @@ class Selection {
   }
 
   static bool MayBeOrAny(const FieldKey& key, const char* field) {
-    // Two looks at a record ask for more than the processor fetches on its own.
-    __builtin_prefetch(field + 16 * sizeof(AtmFit));
     return key.MayBe(field) || *field == kAny[0];
   }
 
@@ -98,12 +96,24 @@ int FindSelected(Slots<AtmFit> fits, const NoLock&, const Selection& selection, 
       [&](const AtmFit& fit, int) { return visit(fit); });
 }
 
+int FindId(Slots<AtmFit> fits, const SlotLock& lock, const FieldKey& id) {
+  return FindSlot(fits, 0, lock, [&](const AtmFit& fit, int) { return id.Is(fit.FitId); });
+}
+
+int FindId(Slots<AtmFit> fits, const NoLock&, const FieldKey& id) {
+  return FindSlotAmong(
+      fits,
+      [id](AtmFit* fit, AtmFit* end) {
+        return NextCandidate(fit, end, [id](const AtmFit& next) { return id.MayBe(next.FitId); });
+      },
+      [&](const AtmFit& fit, int) { return id.Is(fit.FitId); });
+}
+
 // Intended: the sense is inverted. It answers whether the id is still free.
 template <typename Lock>
 int VerifyFit(const VoATMUtil& util, const Lock& lock, const char* id) {
   const FieldKey key(id, sizeof(AtmFit::FitId));
-  const int slot =
-      FindSlot(FitSlots(util), 0, lock, [&](const AtmFit& fit, int) { return key.Is(fit.FitId); });
+  const int slot = FindId(FitSlots(util), lock, key);
   if (slot == kNoSlot) return 1;
   if (slot >= 0) errno = EEXIST;
   return -1;
