@@ -49,7 +49,7 @@ std::vector<std::string> WordsOf(const Json& value, const OptionRow& row) {
   const bool is_number = row.type == OptionRow::kNumber;
   refuse_unless(is_number ? value.is_number_unsigned() : value.is_string(),
                 is_number ? "a whole number" : "a text");
-  return {is_number ? value.dump() : value.get<std::string>()};
+  return {is_number ? InOneLine(value) : value.get<std::string>()};
 }
 
 // The option that a member of the file stands for.

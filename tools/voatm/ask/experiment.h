@@ -17,8 +17,9 @@ struct Placed {
 
 // What an explanation begins with: {found, source, answer, tries, behind: [], alone: [], trace}. A
 // try is {level: "file", "entry" or "scan", tried: the path, the key or the slots, result: where it
-// was found, or "none"}; the trace is the library's own: level, or '-', and text.
-Json ExplanationOf(const Placed& taken, const Json& tries, const Json& trace);
+// was found, or "none"}; the trace, a list of "7 text", '-' being a line without a level, is the
+// library's own among the events.
+Json ExplanationOf(const Placed& taken, const Json& tries, const std::vector<Event>& events);
 
 // As those behind the answer, which would each answer if those before it were gone, and those
 // alone, rows that are never reached but would answer by themselves, are shown.

@@ -127,6 +127,16 @@ Answer AskOnce(const Question& question, const Inputs& inputs) {
   return question.ask(util, inputs);
 }
 
+Json TracesOf(const std::vector<Event>& events) {
+  Json lines = Json::array();
+  for (const Event& event : events) {
+    if (event.kind != Event::Kind::kTrace) continue;
+    const std::string level = event.number == Event::kNoLevel ? "-" : std::to_string(event.number);
+    lines.push_back(level + " " + event.text);
+  }
+  return lines;
+}
+
 // An entry that is not there is none, whatever the library makes of that.
 Placed PlacedBy(const Question& question, const Calls& calls, Answer answer) {
   if (question.ground == Ground::kEntry) answer.found = answer.found && !calls.key().empty();
@@ -141,14 +151,11 @@ Placed AskFiles(const Question& question, const Inputs& inputs) {
   return PlacedBy(question, Calls(observation.Take()), std::move(answer));
 }
 
-Json ExplanationOf(const Placed& taken, const Json& tries, const Json& trace) {
-  return {{"found", taken.answer.found},
-          {"source", taken.where},
-          {"answer", taken.answer.facts},
-          {"tries", tries},
-          {"behind", Json::array()},
-          {"alone", Json::array()},
-          {"trace", trace}};
+Json ExplanationOf(const Placed& taken, const Json& tries, const std::vector<Event>& events) {
+  return {{"found", taken.answer.found},  {"source", taken.where},
+          {"answer", taken.answer.facts}, {"tries", tries},
+          {"behind", Json::array()},      {"alone", Json::array()},
+          {"trace", TracesOf(events)}};
 }
 
 Json ExplainFiles(const Question& question, const Inputs& inputs) {
@@ -160,7 +167,7 @@ Json ExplainFiles(const Question& question, const Inputs& inputs) {
     const Calls calls(events);
     const Placed placed = PlacedBy(question, calls, std::move(answer));
     if (explanation.is_null()) {
-      explanation = ExplanationOf(placed, calls.tries(), TracesOf(events));
+      explanation = ExplanationOf(placed, calls.tries(), events);
       if (!calls.unseen().empty()) explanation["unseen"] = calls.unseen();
     } else if (placed.answer.found) {
       explanation["behind"].push_back(PlacedJson(placed));
@@ -181,5 +188,5 @@ Json ExplainText(const Question& question, const Inputs& inputs) {
   const std::vector<Event> events = observation.Take();
   Json facts = SaidFacts(events);
   facts.update(answer.facts);
-  return ExplanationOf({"", {answer.found, facts}}, Json::array(), TracesOf(events));
+  return ExplanationOf({"", {answer.found, facts}}, Json::array(), events);
 }

@@ -8,8 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include "show/output.h"
-
 class VoDebugUtil;
 
 // One call of the library.
@@ -65,8 +63,5 @@ class Observation {
   std::set<std::pair<std::string, std::string>> entries_;
   std::vector<Event> events_;
 };
-
-// The traces among the events, a list of "7 text", '-' being a line without a level.
-Json TracesOf(const std::vector<Event>& events);
 
 #endif  // TOOLS_VOATM_ASK_OBSERVATION_H

@@ -62,7 +62,7 @@ void PutMark(const records::RecordField& field, int digit, char* record) {
   }
 }
 
-int Calls(const std::vector<Event>& events) {
+int CallCount(const std::vector<Event>& events) {
   return static_cast<int>(std::count_if(events.begin(), events.end(), [](const Event& event) {
     return event.kind == Event::Kind::kTake || event.kind == Event::Kind::kGive;
   }));
@@ -144,17 +144,17 @@ Answer RowsExperiment::AskAlone(int slot) {
 }
 
 Json RowsExperiment::Explain() {
-  Json trace;
+  std::vector<Event> asked;
   {
     Observation observation;
     Ask();
-    trace = TracesOf(observation.Take());
+    asked = observation.Take();
   }
   const int taken = FindSlot();
   const std::vector<Event> locked = AskLocked();
   const Scans scans(locked, rows_->count(), taken);
-  Json explanation = ExplanationOf({Where(taken), Ask()}, scans.tries(), trace);
-  explanation["locks"] = {{"slots", scans.visited()}, {"calls", Calls(locked)}};
+  Json explanation = ExplanationOf({Where(taken), Ask()}, scans.tries(), asked);
+  explanation["locks"] = {{"slots", scans.visited()}, {"calls", CallCount(locked)}};
   LookBehind(taken, &explanation);
   return explanation;
 }

@@ -12,13 +12,13 @@
 
 namespace {
 
-struct Options {
+struct CheckOptions {
   DataOptions data;
   bool strict = false;
   bool verbose = false;
 };
 
-void PrintReport(const Json& report, bool verbose) {
+void PrintCheck(const Json& report, bool verbose) {
   if (verbose) {
     for (const Json& file : report["files"]) Say("read " + InOneLine(file));
   }
@@ -40,17 +40,17 @@ void RequireLines() {
       "own");
 }
 
-ExitCode Check(const Options& options) {
+ExitCode Check(const CheckOptions& options) {
   RequireLines();
   RequireHome(options.data.home);
   const Json report = CheckConfiguration(options.data.home);
-  options.data.json ? PrintJson(report) : PrintReport(report, options.verbose);
+  options.data.json ? PrintJson(report) : PrintCheck(report, options.verbose);
   const Json& wrong = report[options.strict ? "findings" : "errors"];
   return wrong.empty() || wrong == 0 ? kDone : kFindings;
 }
 
-Action Declare(OptionList* list) {
-  const auto options = std::make_shared<Options>();
+Action DeclareCheck(OptionList* list) {
+  const auto options = std::make_shared<CheckOptions>();
   AddDataOptions(list, &options->data);
   list->Flag("--strict", &options->strict, "Warnings are findings too");
   list->Flag("--verbose", &options->verbose, "Name every file that is read");
@@ -67,4 +67,4 @@ const Verb kCheck = {
     "reads or that is probably not meant. Needs no tables in memory and changes nothing.\n\n"
     "Exit status: 0 no errors (with --strict: no warnings either), 1 there are, 2 no such home.\n\n"
     "JSON: {errors, warnings, findings: [{path, line, column, severity, text, rule}], files}.",
-    "voatm check --strict --home examples/home", Declare};
+    "voatm check --strict --home examples/home", DeclareCheck};

@@ -16,7 +16,7 @@
 
 namespace {
 
-struct Options : DataOptions {
+struct DiffOptions : DataOptions {
   std::string a;
   std::string b;
   std::vector<Atm> atms;
@@ -60,7 +60,7 @@ class Progress {
   std::chrono::steady_clock::time_point shown_ = std::chrono::steady_clock::now();
 };
 
-Json Compare(const Options& options) {
+Json Compare(const DiffOptions& options) {
   Side a = ReadSide(options.a, options.home);
   Side b = ReadSide(options.b, options.home);
   Json answers = Json::array();
@@ -73,7 +73,7 @@ Json Compare(const Options& options) {
   return {{"rows", CompareRows(a, b)}, {"entries", CompareEntries(a, b)}, {"answers", answers}};
 }
 
-void PrintText(const Json& difference) {
+void PrintDiff(const Json& difference) {
   Json fields = Json::array();
   for (const Json& row : difference["rows"]) {
     const auto add = [&](const Json& field, const Json& before, const Json& after) {
@@ -91,18 +91,18 @@ void PrintText(const Json& difference) {
   PrintRows("Answers", difference["answers"]);
 }
 
-ExitCode Diff(Options options) {
+ExitCode Diff(DiffOptions options) {
   if (!options.atms_file.empty()) ReadAtms(options.atms_file, &options.atms);
   if (options.a == "live" || options.b == "live") RequireHome(options.home);
   const Json difference = Compare(options);
-  options.json ? PrintJson(difference) : PrintText(difference);
+  options.json ? PrintJson(difference) : PrintDiff(difference);
   const bool equal = std::all_of(difference.begin(), difference.end(),
                                  [](const Json& changes) { return changes.empty(); });
   return equal ? kDone : kFindings;
 }
 
-Action Declare(OptionList* list) {
-  const auto options = std::make_shared<Options>();
+Action DeclareDiff(OptionList* list) {
+  const auto options = std::make_shared<DiffOptions>();
   list->Text("A", "", &options->a, "A home, a directory of seed files, a dump, or live").Required();
   list->Text("B", "", &options->b, "What it is compared with, of the same kinds").Required();
   AddDataOptions(list, options.get());
@@ -130,4 +130,4 @@ const Verb kDiff = {
     "JSON: {rows: [{table, id, change, fields: [{field, before, after}]}], entries: [{file, key, "
     "a, b}],\n"
     "answers: [{atm, request, a: {found, where, answer}, b}]}.",
-    "voatm diff examples/home /tmp/new --atm HARBOUR BRANCH ATM00001 COMMON", Declare};
+    "voatm diff examples/home /tmp/new --atm HARBOUR BRANCH ATM00001 COMMON", DeclareDiff};

@@ -12,7 +12,7 @@ namespace {
 
 using records::RecordTable;
 
-struct Options : DataOptions {
+struct DumpOptions : DataOptions {
   const RecordTable* table = nullptr;
 };
 
@@ -23,7 +23,7 @@ bool IsUntouched(const RecordTable& table, const char* record) {
   return std::memcmp(fresh.data(), record, fresh.size()) == 0;
 }
 
-ExitCode Dump(const Options& options) {
+ExitCode Dump(const DumpOptions& options) {
   const TableReader table(options.home, *options.table);
   JsonList list;
   int next = 0;  // the slot of a row that does not say its own
@@ -46,8 +46,8 @@ ExitCode Dump(const Options& options) {
   return kFindings;
 }
 
-Action Declare(OptionList* list) {
-  const auto options = std::make_shared<Options>();
+Action DeclareDump(OptionList* list) {
+  const auto options = std::make_shared<DumpOptions>();
   AddTableArgument(list, &options->table);
   AddDataOptions(list, options.get());
   return [options] { return Dump(*options); };
@@ -63,4 +63,4 @@ const Verb kDump = {
     "before its ], so that voatm serve refuses it.\n\n"
     "JSON, with --json or without: [{Slot, field: value}], a Slot where the row is not in the\n"
     "slot behind the row before; a value is {hex} when JSON text would not hold its bytes.",
-    "voatm dump fit --home examples/home > atm_fit.json", Declare};
+    "voatm dump fit --home examples/home > atm_fit.json", DeclareDump};

@@ -12,7 +12,7 @@
 
 namespace {
 
-struct Options : DataOptions {
+struct ExplainOptions : DataOptions {
   std::string kind;
   std::vector<std::string> given;
   std::string from;
@@ -25,7 +25,7 @@ void PrintTitle(const std::string& title) {
   PrintLine(title);
 }
 
-void PrintText(const Question& question, const Json& json) {
+void PrintExplain(const Question& question, const Json& json) {
   if (question.ground != Ground::kNothing) {
     json["found"] ? PrintLine("found: " + json["source"].get<std::string>())
                   : PrintLine("not found", Tone::kAlarm);
@@ -48,7 +48,7 @@ void PrintText(const Question& question, const Json& json) {
   for (const Json& line : json["trace"]) PrintLine(InOneLine(line));
 }
 
-Json Explain(const Options& options, const Question& question, const Inputs& inputs) {
+Json Explain(const ExplainOptions& options, const Question& question, const Inputs& inputs) {
   if (!options.from.empty() && question.ground != Ground::kRows) {
     throw UsageError("--from is of use where a table answers");
   }
@@ -62,14 +62,14 @@ Json Explain(const Options& options, const Question& question, const Inputs& inp
   return RowsExperiment(question, inputs, &rows).Explain();
 }
 
-ExitCode ExplainAndPrint(const Options& options) {
+ExitCode ExplainAndPrint(const ExplainOptions& options) {
   const Question& question = *FindQuestion(options.kind);
   Json json = {{"kind", question.name}};
   json.update(Explain(options, question, ReadInputs(question, options.given)));
   if (question.note != nullptr) json["note"] = question.note;
   if (!options.locks) json.erase("locks");
   if (!options.trace) json.erase("trace");
-  options.json ? PrintJson(json) : PrintText(question, json);
+  options.json ? PrintJson(json) : PrintExplain(question, json);
   if (json.contains("unseen")) {
     Say(InOneLine(json["unseen"]) + ": a driver may see more");
     return kCannotRun;
@@ -87,7 +87,7 @@ std::string Usages() {
 }
 
 Action DeclareExplain(OptionList* list) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<ExplainOptions>();
   std::vector<std::string> kinds;
   for (const Question* question : AllQuestions()) kinds.emplace_back(question->name);
   list->Choice("KIND", kinds, &options->kind, "What is explained").Required();

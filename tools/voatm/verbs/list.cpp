@@ -16,7 +16,7 @@ using records::FieldKind;
 using records::RecordField;
 using records::RecordTable;
 
-struct Options : DataOptions {
+struct ListOptions : DataOptions {
   const RecordTable* table = nullptr;
   bool all = false;
 };
@@ -96,7 +96,7 @@ void PrintTextRows(const TableReader& table, bool all) {
   text.Print();
 }
 
-ExitCode List(const Options& options) {
+ExitCode List(const ListOptions& options) {
   const TableReader table(options.home, *options.table);
   options.json ? PrintJsonRows(table, options.all) : PrintTextRows(table, options.all);
   if (table.complete()) return kDone;
@@ -104,8 +104,8 @@ ExitCode List(const Options& options) {
   return kFindings;
 }
 
-Action Declare(OptionList* list) {
-  const auto options = std::make_shared<Options>();
+Action DeclareList(OptionList* list) {
+  const auto options = std::make_shared<ListOptions>();
   AddTableArgument(list, &options->table);
   AddDataOptions(list, options.get());
   list->Flag("--all", &options->all, "Show free slots too");
@@ -123,4 +123,4 @@ const Verb kList = {
     "JSON: {table, slots, complete, rows: [{slot, free, unterminated: [field...],\n"
     "record: {field: value}}]}, a row a line; bytes, and texts that cannot be printed, are {hex},\n"
     "without the zeros at their end.",
-    "voatm list fit --home examples/home", Declare};
+    "voatm list fit --home examples/home", DeclareList};

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kWatchSeconds = 1;
 
-struct Options : DataOptions {
+struct LocksOptions : DataOptions {
   bool watch = false;
 };
 
@@ -44,7 +44,7 @@ bool IsSound(const Json& snapshot) {
                       [](const Json& lock) { return lock["stuck"].get<bool>(); });
 }
 
-void PrintText(const Json& snapshot) {
+void PrintLocks(const Json& snapshot) {
   if (!snapshot["locks"].empty()) {
     PrintTable(snapshot["locks"],
                {{"TABLE", "/name"},
@@ -72,21 +72,21 @@ Json LookAgain(const std::string& home) {
   }
 }
 
-ExitCode ShowLocks(const Options& options) {
+ExitCode ShowLocks(const LocksOptions& options) {
   const Json snapshot = TakeSnapshot(options.home);
   if (options.watch) {
     Watch(kWatchSeconds, [&] {
       const Json again = LookAgain(options.home);
-      options.json ? PrintJsonLine(again) : PrintText(again);
+      options.json ? PrintJsonLine(again) : PrintLocks(again);
     });
     return kDone;
   }
-  options.json ? PrintJson(snapshot) : PrintText(snapshot);
+  options.json ? PrintJson(snapshot) : PrintLocks(snapshot);
   return IsSound(snapshot) ? kDone : kFindings;
 }
 
-Action Declare(OptionList* list) {
-  const auto options = std::make_shared<Options>();
+Action DeclareLocks(OptionList* list) {
+  const auto options = std::make_shared<LocksOptions>();
   AddDataOptions(list, options.get());
   list->Flag("--watch", &options->watch, "Look again every second until q");
   return [options] { return ShowLocks(*options); };
@@ -107,4 +107,4 @@ const Verb kLocks = {
     "being\n"
     "the second in which any slot of the set was taken or given back last; with --watch one such\n"
     "line a look.",
-    "voatm locks --home examples/home", Declare};
+    "voatm locks --home examples/home", DeclareLocks};

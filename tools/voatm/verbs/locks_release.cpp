@@ -12,7 +12,7 @@
 
 namespace {
 
-struct Options : DataOptions {
+struct ReleaseOptions : DataOptions {
   const records::RecordTable* table = nullptr;
   std::optional<int> slot;
   ReleaseRights rights;
@@ -47,7 +47,7 @@ std::vector<std::string> Afterwards(const records::RecordTable& table, const Rel
   return next;
 }
 
-ExitCode DoRelease(const Options& options) {
+ExitCode DoRelease(const ReleaseOptions& options) {
   if (!options.slot.has_value() && !options.rights.reset) {
     throw UsageError("SLOT is required, or --reset for a set that was never initialised");
   }
@@ -77,8 +77,8 @@ ExitCode DoRelease(const Options& options) {
   return release.done ? kDone : kFindings;
 }
 
-Action Declare(OptionList* list) {
-  const auto options = std::make_shared<Options>();
+Action DeclareRelease(OptionList* list) {
+  const auto options = std::make_shared<ReleaseOptions>();
   AddTableArgument(list, &options->table);
   list->Number("SLOT", 0, INT_MAX, &options->slot, "The slot's number");
   AddDataOptions(list, options.get());
@@ -109,4 +109,4 @@ const Verb kLocksRelease = {
     "Exit status: 0 released, 1 not, with the reason.\n\n"
     "JSON: {released, text, lock, record, next: [text]}, lock being as in voatm locks, before the\n"
     "release, and record as in voatm show; either may be null.",
-    "voatm locks release atm 3 --home examples/home", Declare};
+    "voatm locks release atm 3 --home examples/home", DeclareRelease};

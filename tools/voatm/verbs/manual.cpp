@@ -148,7 +148,7 @@ ExitCode WriteManual(const std::string& directory) {
   return kDone;
 }
 
-Action Declare(OptionList* list) {
+Action DeclareManual(OptionList* list) {
   const auto directory = std::make_shared<std::string>();
   list->Text("DIR", "", directory.get(), "Where the pages go").Required();
   return [directory] { return WriteManual(*directory); };
@@ -160,6 +160,6 @@ const Verb kManual = {"man",
                       "Write the manual pages",
                       "Writes voatm.1 and a page a verb into a directory.",
                       "voatm man build/man",
-                      Declare,
+                      DeclareManual,
                       nullptr,
                       false};

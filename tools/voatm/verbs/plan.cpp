@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* kPays = "pays";  // the fate of a configured logic that is dispensed
 
-struct Options : DataOptions {
+struct PlanOptions : DataOptions {
   std::string model;
   std::optional<int> amount;
   std::optional<int> currency;
@@ -36,7 +36,7 @@ const T& Required(const std::optional<T>& value, const char* name) {
   return *value;
 }
 
-CashRequest RequestOf(const Options& options) {
+CashRequest RequestOf(const PlanOptions& options) {
   CashRequest request;
   if (options.model.empty()) throw UsageError("--model is required");
   request.model = options.model;
@@ -48,7 +48,7 @@ CashRequest RequestOf(const Options& options) {
 }
 
 // The answer of the home's dispense logics for an amount.
-Placed LookUpLogic(const Options& options, int amount) {
+Placed LookUpLogic(const PlanOptions& options, int amount) {
   Inputs inputs;
   inputs["logic"] = options.logic_name;
   inputs["index"] = std::to_string(options.index.value_or(amount));
@@ -58,10 +58,10 @@ Placed LookUpLogic(const Options& options, int amount) {
   return AskFiles(*FindQuestion("displogic"), inputs);
 }
 
-bool HasLogic(const Options& options) { return options.logic || !options.logic_name.empty(); }
+bool HasLogic(const PlanOptions& options) { return options.logic || !options.logic_name.empty(); }
 
 // Where the configured logic comes from: the home, the command line or the file, or nowhere.
-LogicOf LogicSource(const Options& options, const CashRequest& request) {
+LogicOf LogicSource(const PlanOptions& options, const CashRequest& request) {
   if (options.logic_name.empty()) {
     return [logic = options.logic.value_or(request.NoLogic())](int) { return logic; };
   }
@@ -72,7 +72,7 @@ LogicOf LogicSource(const Options& options, const CashRequest& request) {
   };
 }
 
-void CheckLogicOptions(const Options& options, const CashRequest& request) {
+void CheckLogicOptions(const PlanOptions& options, const CashRequest& request) {
   if (options.logic && options.logic->size() != 2 * request.positions()) {
     throw UsageError("--logic " + *options.logic + " has not " +
                      std::to_string(2 * request.positions()) + " digits");
@@ -89,7 +89,7 @@ void CheckLogicOptions(const Options& options, const CashRequest& request) {
 }
 
 // One amount: what is configured, what is paid instead, and what else could be asked for.
-Json ReportOf(const Options& options, const CashRequest& request, const LogicOf& logic_of) {
+Json ReportOf(const PlanOptions& options, const CashRequest& request, const LogicOf& logic_of) {
   const int amount = Required(options.amount, "--amount");
   const std::optional<std::string> configured = logic_of(amount);
   const CashOutcome outcome = Pay(request, configured, amount);
@@ -117,10 +117,10 @@ std::string LogicText(const Json& object) {
   return logic.empty() ? "" : logic + ": " + object["notes"].get<std::string>();
 }
 
-void PrintReport(const Json& report) {
+void PrintPlan(const Json& report) {
   const bool paid = report["outcome"] == NameOf(Payment::kPaid);
   const std::string outcome = report["outcome"], meaning = report["meaning"];
-  const std::string code = report["code"] == 0 ? "" : ", code " + report["code"].dump();
+  const std::string code = report["code"] == 0 ? "" : ", code " + InOneLine(report["code"]);
   const Json& configured = report["configured"];
   std::string logic, fate, nearby;
   if (configured.is_object()) {
@@ -128,9 +128,10 @@ void PrintReport(const Json& report) {
     logic = LogicText(configured) + (source.empty() ? "" : ", " + source);
     fate = configured["fate"];
   }
-  for (const Json& amount : report["nearby"]) nearby += (nearby.empty() ? "" : " ") + amount.dump();
+  for (const Json& amount : report["nearby"])
+    nearby += (nearby.empty() ? "" : " ") + InOneLine(amount);
   PrintFacts(
-      report["amount"].dump() + ": " + outcome + code + (meaning.empty() ? "" : ", " + meaning),
+      InOneLine(report["amount"]) + ": " + outcome + code + (meaning.empty() ? "" : ", " + meaning),
       {{"configured", logic},
        {"", fate == kPays ? "" : fate},
        {fate == kPays ? "dispensed" : "planned", LogicText(report)},
@@ -138,7 +139,7 @@ void PrintReport(const Json& report) {
       paid ? Tone::kPlain : Tone::kAlarm);
 }
 
-ExitCode Plan(const Options& options) {
+ExitCode Plan(const PlanOptions& options) {
   const CashRequest request = RequestOf(options);
   CheckLogicOptions(options, request);
   const LogicOf logic_of = LogicSource(options, request);
@@ -150,12 +151,12 @@ ExitCode Plan(const Options& options) {
         request, logic_of, {RangeOf(options.sweep), options.json, HasLogic(options), options.html});
   }
   const Json report = ReportOf(options, request, logic_of);
-  options.json ? PrintJson(report) : PrintReport(report);
+  options.json ? PrintJson(report) : PrintPlan(report);
   return report["outcome"] == NameOf(Payment::kPaid) ? kDone : kFindings;
 }
 
 Action DeclarePlan(OptionList* list) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<PlanOptions>();
   // Taken first, so that the command line has the last word.
   list->Add({"--file", "FILE", "JSON with what the command line leaves out",
              [list](const auto& values) { TakeFile(values.front(), *list); }});

@@ -16,7 +16,7 @@ namespace {
 using devhost::HostPlan;
 using devhost::PlannedTable;
 
-struct Options : DataOptions {
+struct ServeOptions : DataOptions {
   devhost::HostOptions host;
   bool check = false;
 };
@@ -34,7 +34,7 @@ Json PlanJson(const HostPlan& plan) {
   return {{"queue_key", plan.queue_key}, {"tables", std::move(tables)}};
 }
 
-void Print(const Options& options, const HostPlan& plan, bool ready) {
+void Print(const ServeOptions& options, const HostPlan& plan, bool ready) {
   if (options.json) {
     Json json = {{"ready", ready},
                  {"home", std::filesystem::canonical(options.home).string()},
@@ -66,14 +66,14 @@ void SayWhatStartsEmpty(const HostPlan& plan) {
   if (!missing.empty()) Say("these tables start empty, there is no " + missing);
 }
 
-ExitCode CheckHome(const Options& options) {
+ExitCode CheckHome(const ServeOptions& options) {
   const HostPlan plan = devhost::PlanHost(options.home, options.host.replace);
   SayWhatStartsEmpty(plan);
   Print(options, plan, false);
   return plan.refusals.empty() ? kDone : kFindings;
 }
 
-ExitCode Serve(const Options& options) {
+ExitCode Serve(const ServeOptions& options) {
   RequireHome(options.home);
   if (options.check) return CheckHome(options);
   std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away must not leave the tables behind
@@ -86,8 +86,8 @@ ExitCode Serve(const Options& options) {
   return kDone;
 }
 
-Action Declare(OptionList* list) {
-  const auto options = std::make_shared<Options>();
+Action DeclareServe(OptionList* list) {
+  const auto options = std::make_shared<ServeOptions>();
   AddDataOptions(list, options.get());
   list->Flag("--replace", &options->host.replace,
              "Remove a queue and tables that are there already, whoever uses them");
@@ -117,4 +117,4 @@ const Verb kServe = {
     "line once ready; a file that is not there is null. With --check ready is false, and there "
     "are\n"
     "refusals: [text].",
-    "voatm serve --home examples/home", Declare};
+    "voatm serve --home examples/home", DeclareServe};

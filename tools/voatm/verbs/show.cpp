@@ -14,7 +14,7 @@ namespace {
 using records::RecordField;
 using records::RecordTable;
 
-struct Options : DataOptions {
+struct ShowOptions : DataOptions {
   const RecordTable* table = nullptr;
   std::string wanted;
   bool is_id = false;
@@ -35,7 +35,7 @@ void PrintWhole(const RecordTable& table, int slot, const char* record) {
 }
 
 // Why there is nothing to show.
-std::string WhyNothing(const TableReader& table, const Options& options) {
+std::string WhyNothing(const TableReader& table, const ShowOptions& options) {
   const std::string name = table.table().name;
   const auto slot = options.Slot();
   if (!slot) return "no record " + options.wanted + " in " + name;
@@ -45,7 +45,7 @@ std::string WhyNothing(const TableReader& table, const Options& options) {
          "; --id if it is an id";
 }
 
-ExitCode Show(const Options& options) {
+ExitCode Show(const ShowOptions& options) {
   const TableReader table(options.home, *options.table);
   const auto slot = options.Slot();
   if (slot && *slot < table.slots() && *slot >= table.readable()) {
@@ -66,8 +66,8 @@ ExitCode Show(const Options& options) {
   return found && looked_at_all ? kDone : kFindings;
 }
 
-Action Declare(OptionList* list) {
-  const auto options = std::make_shared<Options>();
+Action DeclareShow(OptionList* list) {
+  const auto options = std::make_shared<ShowOptions>();
   AddTableArgument(list, &options->table);
   list->Text("SLOT|ID", "", &options->wanted, "A slot's number, or the id of a record").Required();
   AddDataOptions(list, options.get());
@@ -87,4 +87,4 @@ const Verb kShow = {
     "or\n"
     "when an id was looked for and slots lie behind the end of the segment.\n\n"
     "JSON: as that of voatm list.",
-    "voatm show atm ATM00003 --home examples/home", Declare};
+    "voatm show atm ATM00003 --home examples/home", DeclareShow};

@@ -13,13 +13,13 @@
 
 namespace {
 
-struct Options : DataOptions {
+struct StatusOptions : DataOptions {
   bool all = false;
   std::optional<int> watch;
   TableKeys keys;
 };
 
-Json TableJson(const Overview& overview, const TableState& table) {
+Json TableStatus(const Overview& overview, const TableState& table) {
   Json users = Json::array();
   for (const SegmentUser& user : overview.users) {
     if (user.segment != table.segment.id) continue;
@@ -33,9 +33,9 @@ Json TableJson(const Overview& overview, const TableState& table) {
           {"processes", std::move(users)}};
 }
 
-Json OverviewJson(const Options& options, const Overview& overview) {
+Json OverviewJson(const StatusOptions& options, const Overview& overview) {
   Json tables = Json::array();
-  for (const TableState& table : overview.tables) tables.push_back(TableJson(overview, table));
+  for (const TableState& table : overview.tables) tables.push_back(TableStatus(overview, table));
   return {{"home", options.home},
           {"time", TimeText(std::time(nullptr))},
           {"sound", overview.findings.empty()},
@@ -55,7 +55,7 @@ Json WithNewOnesMarked(Json findings, const Json& before) {
 }
 
 // `before` is the look before this one, or null.
-void PrintText(const Options& options, const Json& now, const Json& before) {
+void PrintStatus(const StatusOptions& options, const Json& now, const Json& before) {
   const Json& findings = now["findings"];
   PrintLine(now["time"].get<std::string>() + " " + options.home + ": " +
             (findings.empty() ? "all is well" : std::to_string(findings.size()) + " findings"));
@@ -69,12 +69,12 @@ void PrintText(const Options& options, const Json& now, const Json& before) {
   PrintFindings(before.is_null() ? findings : WithNewOnesMarked(findings, before["findings"]));
 }
 
-ExitCode ShowStatus(const Options& options) {
+ExitCode ShowStatus(const StatusOptions& options) {
   Json before;
   const auto show = [&] {
     Json now = OverviewJson(options, LookAtHome(options.home, options.keys));
     if (!options.json) {
-      PrintText(options, now, before);
+      PrintStatus(options, now, before);
     } else {
       options.watch.has_value() ? PrintJsonLine(now) : PrintJson(now);
     }
@@ -95,8 +95,8 @@ void TakeKey(const std::string& text, TableKeys* keys) {
   throw UsageError("--key cannot be \"" + text + "\": it is like atm=71010");
 }
 
-Action Declare(OptionList* list) {
-  const auto options = std::make_shared<Options>();
+Action DeclareStatus(OptionList* list) {
+  const auto options = std::make_shared<StatusOptions>();
   AddDataOptions(list, options.get());
   list->Flag("--all", &options->all, "Show what is healthy too, and who is attached");
   list->Number("--watch", 1, 86400, &options->watch, "Look again every so many seconds until q");
@@ -123,4 +123,4 @@ const Verb kStatus = {
     "JSON: {home, time, sound, findings: [{what, where, since, drivers, next}], tables: [{table,\n"
     "name, key, slots, attached, processes: [{process, command}]}]}; with --watch one such line a\n"
     "look.",
-    "voatm status --home examples/home", Declare};
+    "voatm status --home examples/home", DeclareStatus};

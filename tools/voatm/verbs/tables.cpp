@@ -51,8 +51,9 @@ Json TableJson(const Survey& survey, const TableState& table) {
   return json;
 }
 
-void PrintText(const Json& json) {
-  PrintLine("home " + json["home"].get<std::string>() + ", queue key " + json["queue_key"].dump());
+void PrintTables(const Json& json) {
+  PrintLine("home " + json["home"].get<std::string>() + ", queue key " +
+            InOneLine(json["queue_key"]));
   PrintTable(json["tables"],
              {{"TABLE", "/name"},
               {"KEY", "/key"},
@@ -77,11 +78,11 @@ ExitCode ShowTables(const DataOptions& options) {
     json["tables"].push_back(TableJson(survey, table));
     is_sound = is_sound && json["tables"].back()["findings"].empty();
   }
-  options.json ? PrintJson(json) : PrintText(json);
+  options.json ? PrintJson(json) : PrintTables(json);
   return is_sound ? kDone : kFindings;
 }
 
-Action Declare(OptionList* list) {
+Action DeclareTables(OptionList* list) {
   const auto options = std::make_shared<DataOptions>();
   AddDataOptions(list, options.get());
   return [options] { return ShowTables(*options); };
@@ -100,4 +101,4 @@ const Verb kTables = {
     "JSON: {home, queue_key, tables: [{table, name, key, slots, segment: {id, bytes, slots,\n"
     "defined, attached, owner, creator}, set: {id, semaphores}, findings: [{what, where, since,\n"
     "drivers, next}]}]}; key, segment and set are null when there is none.",
-    "voatm tables --home examples/home", Declare};
+    "voatm tables --home examples/home", DeclareTables};

@@ -6,7 +6,7 @@
 
 namespace {
 
-Action Declare(OptionList* list) {
+Action DeclareVoatm(OptionList* list) {
   const auto version = std::make_shared<bool>();
   list->Flag("--version", version.get(), "Print the version");
   return [version] {
@@ -24,4 +24,4 @@ const Verb kVoatm = {
     "It does not pay: plan. It left a trace: why. What changed: diff. Only serve and locks\n"
     "release write anything. Data goes to standard output, talk to standard error.\n\n"
     "Exit status: 0 yes or fine, 1 no or findings, 2 could not look.",
-    "voatm tables --home examples/home", Declare};
+    "voatm tables --home examples/home", DeclareVoatm};

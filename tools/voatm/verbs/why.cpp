@@ -15,7 +15,7 @@
 
 namespace {
 
-struct Options {
+struct WhyOptions {
   std::vector<std::string> words;
   std::string file;
   bool follow = false;
@@ -79,7 +79,7 @@ void PrintAnswer(const Json& answer) {
   PrintFacts("", {{"error", ErrorText(answer["system_error"])}});
 }
 
-ExitCode ExplainText(const Options& options) {
+ExitCode ExplainText(const WhyOptions& options) {
   std::string words;
   for (const std::string& word : options.words) words += (words.empty() ? "" : " ") + word;
   TraceReader reader;
@@ -140,7 +140,7 @@ void PrintMessage(const Json& message) {
     facts.emplace_back("cause", message["cause"]);
     facts.emplace_back("next", message["next"]);
   }
-  PrintFacts(message["count"].dump() + " x " + message["text"].get<std::string>(), facts,
+  PrintFacts(InOneLine(message["count"]) + " x " + message["text"].get<std::string>(), facts,
              weight == NameOf(Weight::kError) ? Tone::kAlarm : Tone::kPlain);
 }
 
@@ -151,11 +151,11 @@ void PrintSummary(const LogSummary& summary, const std::vector<LogMessage>& mess
   for (const LogMessage& message : messages) json["messages"].push_back(MessageJson(message));
   if (as_json) return PrintJson(json);
   for (const Json& message : json["messages"]) PrintMessage(message);
-  Say("lines: " + json["lines"].dump() + ", of them no text of the library: " +
-      json["unknown"].dump() + ", messages: " + std::to_string(messages.size()));
+  Say("lines: " + InOneLine(json["lines"]) + ", of them no text of the library: " +
+      InOneLine(json["unknown"]) + ", messages: " + std::to_string(messages.size()));
 }
 
-ExitCode ReadLog(const Options& options) {
+ExitCode ReadLog(const WhyOptions& options) {
   LogLines lines(options.file);
   if (options.follow) lines.Follow(FlushOutput);
   TraceReader reader;
@@ -176,7 +176,7 @@ ExitCode ReadLog(const Options& options) {
   return !messages.empty() && messages.front().weight() == Weight::kError ? kFindings : kDone;
 }
 
-ExitCode Why(Options options) {
+ExitCode Why(WhyOptions options) {
   const bool wants_log = !options.file.empty() || options.follow || options.each_line;
   if (!options.words.empty()) {
     if (wants_log) throw UsageError("--file, --follow and -x are of no use beside TEXT");
@@ -188,8 +188,8 @@ ExitCode Why(Options options) {
   return ExplainText(options);
 }
 
-Action Declare(OptionList* list) {
-  const auto options = std::make_shared<Options>();
+Action DeclareWhy(OptionList* list) {
+  const auto options = std::make_shared<WhyOptions>();
   list->Texts("TEXT", "", OptionRow::kAnyNumber, &options->words,
               "A line of a trace, with or without what stands before, or words of texts");
   list->Text("--file", "FILE", &options->file, "A log; else standard input, unless a terminal");
@@ -216,4 +216,4 @@ const Verb kWhy = {
     "system_error is null when there is none. Of a log {lines, unknown, messages: [{text, weight,\n"
     "count, first, last, processes, more_processes, means, more_means, cause, next,\n"
     "system_error}]}; with -x a line each: {line, texts, system_error}.",
-    "voatm why -x --file driver.log", Declare};
+    "voatm why -x --file driver.log", DeclareWhy};
