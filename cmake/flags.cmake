@@ -31,11 +31,11 @@ if(VOATMUTIL_WERROR)
   target_compile_options(voatm_flags INTERFACE -Werror)
 endif()
 
+# A target with the property OPTIMIZATION, 0 or g, takes longer to compile than to run.
+set(optimization $<TARGET_PROPERTY:OPTIMIZATION>)
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT VOATMUTIL_SANITIZE)
-  # A target with the property OPTIMIZATION, 0 or 1, takes longer to compile than to run.
-  set(optimization $<TARGET_PROPERTY:OPTIMIZATION>)
   target_compile_options(voatm_flags INTERFACE
-    $<$<STREQUAL:${optimization},1>:-O1>
+    $<$<STREQUAL:${optimization},g>:-Og>
     "$<IF:$<STREQUAL:${optimization},0>,-O0,-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=3>"
     -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
 endif()
@@ -47,7 +47,9 @@ if(VOATMUTIL_SANITIZE)
   target_link_options(voatm_flags INTERFACE -fsanitize=address,undefined)
 endif()
 if(VOATMUTIL_FUZZ)
-  target_compile_options(voatm_flags INTERFACE -O1 -fsanitize=fuzzer-no-link)
+  target_compile_options(voatm_flags INTERFACE
+    $<$<NOT:$<STREQUAL:${optimization},0>>:-fsanitize=fuzzer-no-link>
+    $<$<STREQUAL:${optimization},>:-O1>)
 endif()
 if(VOATMUTIL_COVERAGE)
   target_compile_options(voatm_flags INTERFACE --coverage -fprofile-abs-path)

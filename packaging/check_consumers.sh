@@ -96,7 +96,7 @@ with_own_platform() {
   mkdir switch
   quietly g++ -shared -fPIC -Wl,-soname,libswitch.so "$own/platform.cpp" -o switch/libswitch.so
   quietly configure installed -DVOATMUTIL_PLATFORM_LIBRARY="$work/switch/libswitch.so" \
-    -DVOATMUTIL_TOOLS=ON
+    -DVOATMUTIL_TOOLS=ON -DVOATMUTIL_JOIN_SOURCES="$([ "$whole" != whole ] || echo ON)"
   if [ "$whole" = whole ]; then
     quietly cmake --build installed
     quietly cmake --install installed --prefix "$work/switch"

@@ -13,8 +13,6 @@
 
 namespace {
 
-using Json = nlohmann::json;
-
 // A row of a seed file, of words: the fields of a table in the order of `names`.
 std::string Row(const Texts& names, const std::string& line) {
   const Texts words = Words(line);
@@ -60,21 +58,22 @@ class ExplainTest : public testing::Test {
       if (from != std::string::npos) arguments.insert(from + 7, home_.path() + "/");
       const Answer answer = Voatm("explain " + arguments + " --json 2>/dev/null");
       EXPECT_EQ(answer.code, each.code) << each.arguments;
-      const Json json = Json::parse(answer.text, nullptr, false);
+      const nlohmann::json json = nlohmann::json::parse(answer.text, nullptr, false);
       for (const auto& [place, expected] : each.expected) {
-        const Json::json_pointer pointer(place);
-        const Json actual = json.contains(pointer) ? json.at(pointer) : Json("nothing there");
+        const nlohmann::json::json_pointer pointer(place);
+        const nlohmann::json actual =
+            json.contains(pointer) ? json.at(pointer) : nlohmann::json("nothing there");
         EXPECT_EQ(Shown(actual), expected) << each.arguments << " at " << place;
       }
     }
   }
 
   // Texts and numbers as they are; of a list each one's place or result.
-  std::string Shown(const Json& json) const {
+  std::string Shown(const nlohmann::json& json) const {
     if (json.is_string()) return WithoutHome(json.get<std::string>());
     if (!json.is_array()) return json.dump();
     std::string all;
-    for (const Json& each : json) {
+    for (const nlohmann::json& each : json) {
       const char* const name = each.contains("where") ? "where" : "result";
       all += (all.empty() ? "" : "; ") + WithoutHome(each.at(name).get<std::string>());
     }

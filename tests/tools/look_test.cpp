@@ -109,21 +109,21 @@ TEST(Process, OneThatHasEndedIsToldByItsStateOrItsStart) {
 
 // They are none that an operation of this system has left.
 TEST_F(LookTest, ValuesThatWereSetNeedAProofOrAnAssumption) {
-  struct Case {
+  struct SetValue {
     int value;
     bool by_the_living;
     const char* rights;
     int code;
     int left;
   };
-  for (const Case& each : {Case{0, true, " --reset --force", 1, 0},
-                           {0, false, "", 0, 2},
-                           {1, false, "", 1, 1},
-                           {1, false, " --reset", 0, 2},
-                           {1, true, " --reset --force", 1, 1},
-                           {7, true, "", 1, 7},
-                           {7, true, " --reset", 0, 2},
-                           {2, false, " --reset", 1, 2}}) {
+  for (const SetValue& each : {SetValue{0, true, " --reset --force", 1, 0},
+                               {0, false, "", 0, 2},
+                               {1, false, "", 1, 1},
+                               {1, false, " --reset", 0, 2},
+                               {1, true, " --reset --force", 1, 1},
+                               {7, true, "", 1, 7},
+                               {7, true, " --reset", 0, 2},
+                               {2, false, " --reset", 1, 2}}) {
     const int set = set_;
     const auto give = [=] { return semctl(set, 2, SETVAL, each.value); };
     each.by_the_living ? give() : Child(give).Wait();

@@ -12,8 +12,6 @@
 
 namespace {
 
-using Json = nlohmann::json;
-
 class VoatmServe : public testing::Test {
  protected:
   VoatmServe() { WriteStartUpFiles(home_, base_, {2, 3, 0, 4, 5}); }
@@ -32,16 +30,16 @@ TEST_F(VoatmServe, TellsWhatItMadeAndEndsWithAnotherProcess) {
   const std::string options = " --mode 0660 --exit-with " + std::to_string(leader.id());
   auto served = std::async([&] { return Voatm("serve --json >$VODIR_HOME/json" + options); });
   EXPECT_TRUE(Eventually([&] { return home_.Read("json").find('\n') != std::string::npos; }));
-  const Json json = Json::parse(home_.Read("json"));
+  const nlohmann::json json = nlohmann::json::parse(home_.Read("json"));
   EXPECT_EQ(json["home"], std::filesystem::canonical(home_.path()).string());
   EXPECT_EQ(json["queue_key"], base_ + 2);
   EXPECT_EQ(kill(json["pid"], 0), 0);
-  EXPECT_EQ(json["tables"][1], Json({{"table", "ATMFITMEMORY"},
-                                     {"key", base_ + 11},
-                                     {"slots", 3},
-                                     {"rows", 1},
-                                     {"bytes", 3 * 87},
-                                     {"file", home_.path() + "/tables/atm_fit.json"}}));
+  EXPECT_EQ(json["tables"][1], nlohmann::json({{"table", "ATMFITMEMORY"},
+                                               {"key", base_ + 11},
+                                               {"slots", 3},
+                                               {"rows", 1},
+                                               {"bytes", 3 * 87},
+                                               {"file", home_.path() + "/tables/atm_fit.json"}}));
   EXPECT_TRUE(json["tables"][5]["file"].is_null());
   shmid_ds state{};
   shmctl(shmget(base_ + 11, 0, 0), IPC_STAT, &state);
@@ -69,11 +67,12 @@ TEST_F(VoatmServe, LeavesNothingWhenItCannotSayThatItIsReady) {
 TEST_F(VoatmServe, ChecksWithoutMakingAnything) {
   home_.Write("tables/atm_fit.json", "[\n{}]");
   home_.Write("tables/atm_status.json", "[");
-  const Json refused = Json::parse(Voatm("serve --check --json 2>/dev/null").text);
+  const nlohmann::json refused =
+      nlohmann::json::parse(Voatm("serve --check --json 2>/dev/null").text);
   const std::string tables = home_.path() + "/tables/";
   EXPECT_EQ(refused["refusals"],
-            Json({"no key text FitId: " + tables + "atm_fit.json:2, row 1",
-                  "the text ends too early: " + tables + "atm_status.json:1, column 1"}));
+            nlohmann::json({"no key text FitId: " + tables + "atm_fit.json:2, row 1",
+                            "the text ends too early: " + tables + "atm_status.json:1, column 1"}));
   EXPECT_EQ(Voatm("serve --check").code, 1);
   home_.Remove("tables");
   EXPECT_EQ(Voatm("serve --check").code, 0);

@@ -13,8 +13,6 @@
 
 namespace {
 
-using Json = nlohmann::json;
-
 class StatusTest : public testing::Test {
  protected:
   StatusTest() { setenv("XDG_STATE_HOME", home_.path().c_str(), 1); }
@@ -29,14 +27,14 @@ class StatusTest : public testing::Test {
     shmdt(records);
   }
 
-  static Json Ask(const std::string& arguments = "") {
-    return Json::parse(Voatm("status --json 2>/dev/null " + arguments).text);
+  static nlohmann::json Ask(const std::string& arguments = "") {
+    return nlohmann::json::parse(Voatm("status --json 2>/dev/null " + arguments).text);
   }
 
   static std::string Found(const std::string& arguments = "") {
     std::string found;
-    const Json status = Ask(arguments);
-    for (const Json& finding : status["findings"]) {
+    const nlohmann::json status = Ask(arguments);
+    for (const nlohmann::json& finding : status["findings"]) {
       found +=
           finding["where"].get<std::string>() + ": " + finding["what"].get<std::string>() + "\n";
     }
@@ -120,13 +118,13 @@ ATMSTATUSMEMORY: all its bytes are 0
 
 TEST_F(StatusTest, KnowsWhoIsAttachedAndWhoToWhatWasRemoved) {
   void* const records = shmat(shmget(Key(1), 0, 0), nullptr, 0);
-  const Json before = Ask()["tables"][1];
+  const nlohmann::json before = Ask()["tables"][1];
   EXPECT_EQ(before["attached"], 1);
   EXPECT_EQ(before["processes"][0]["process"], getpid());
   EXPECT_NE(Voatm("status --all").text.find(std::to_string(getpid()) + " "), std::string::npos);
   shmctl(shmget(Key(1), 0, 0), IPC_RMID, nullptr);
   const int again = shmget(Key(1), 6 * sizeof(AtmFit), IPC_CREAT | 0600);
-  const Json status = Ask();
+  const nlohmann::json status = Ask();
   EXPECT_EQ(status["tables"][1]["processes"].size(), 0U);
   EXPECT_EQ(status["findings"][0]["since"].get<std::string>().find("process " +
                                                                    std::to_string(getpid()) + " ("),
@@ -146,8 +144,8 @@ TEST_F(StatusTest, LooksWithoutVoChannelMgr) {
   EXPECT_EQ(Found(), "");
   WriteStartUpFiles(home_, nobodys, {});
   semctl(semget(Key(3), 0, 0), 0, IPC_RMID);
-  const Json status = Ask("--key atm=" + std::to_string(Key(5)));
-  const Json& findings = status["findings"];
+  const nlohmann::json status = Ask("--key atm=" + std::to_string(Key(5)));
+  const nlohmann::json& findings = status["findings"];
   EXPECT_EQ(findings.size(), 5U) << findings;  // of a key that two tables have, three
   EXPECT_EQ(findings[0]["since"].get<std::string>().find("looked with the keys of its last"), 0U);
   EXPECT_EQ(status["tables"][0]["key"], Key(5));
@@ -159,7 +157,7 @@ TEST_F(StatusTest, OneBrokenPartHidesNoOther) {
   home_.Write("cfg/vosecurity.cfg", "MAXSECURITY many\n");
   home_.Write("cfg/atm/CARDLESS_TXN.cfg", "[OPKEYMAP]\nA \"B\n");
   semctl(semget(Key(5), 0, 0), 1, SETVAL, 7);
-  const Json findings = Ask()["findings"];
+  const nlohmann::json findings = Ask()["findings"];
   ASSERT_EQ(findings.size(), 3U) << findings;
   EXPECT_NE(findings[0]["what"].get<std::string>().find("MAXSECURITY"), std::string::npos);
   EXPECT_EQ(findings[1]["next"], "voatm locks release status 1 --reset");
