@@ -7,6 +7,7 @@ set -euo pipefail
 
 prefix=$(readlink -f "$1")
 whole=${2:-}
+[ "$whole" = whole ] && join=ON || join=OFF
 tree=$(readlink -f "$(dirname "$0")/..")
 work=$(mktemp -d)
 trap 'wait; rm -rf "$work"' EXIT
@@ -96,7 +97,7 @@ with_own_platform() {
   mkdir switch
   quietly g++ -shared -fPIC -Wl,-soname,libswitch.so "$own/platform.cpp" -o switch/libswitch.so
   quietly configure installed -DVOATMUTIL_PLATFORM_LIBRARY="$work/switch/libswitch.so" \
-    -DVOATMUTIL_TOOLS=ON -DVOATMUTIL_JOIN_SOURCES="$([ "$whole" != whole ] || echo ON)"
+    -DVOATMUTIL_TOOLS=ON -DVOATMUTIL_JOIN_SOURCES=$join
   if [ "$whole" = whole ]; then
     quietly cmake --build installed
     quietly cmake --install installed --prefix "$work/switch"
@@ -166,8 +167,10 @@ with_checked_platform() {
 
 with_driver_tests &
 driver_tests=$!
-with_installed_release
+with_installed_release &
+installed_release=$!
 with_own_platform
+wait $installed_release
 [ "$whole" != whole ] || with_own_tools
 with_the_wrong_platform
 with_checked_platform
