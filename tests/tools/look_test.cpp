@@ -1,22 +1,16 @@
 // What voatm says of tables, semaphores and VoChannelMgr as they stand, and what it mends.
-#include <sys/msg.h>
 #include <sys/sem.h>
 #include <sys/shm.h>
 
 #include <cstring>
-#include <functional>
-#include <future>
 #include <memory>
 #include <stdexcept>
-#include <thread>
 
 #include "devhost/system_call.h"
 #include "support/child.h"
 #include "support/served_home.h"
 #include "support/watched.h"
-#include "tables/locate.h"
 #include "tools/voatm/look/findings.h"
-#include "tools/voatm/look/locate.h"
 #include "tools/voatm/look/process.h"
 #include "tools/voatm/look/release.h"
 #include "tools/voatm_output.h"
@@ -25,10 +19,6 @@
 namespace {
 
 using devhost::SemaphoreArgument;
-
-Json Ask(const std::string& arguments) {
-  return Json::parse(Voatm(arguments + " --json 2>/dev/null").text);
-}
 
 class LookTest : public testing::Test {
  protected:
@@ -39,7 +29,9 @@ class LookTest : public testing::Test {
 
   int Key(int table) const { return home_.key_base() + 10 + table; }
 
-  int Set(int value, int slot = 2) const { return semctl(set_, slot, SETVAL, value); }
+  int Set(int value, int slot = 2) const {
+    return semctl(set_, slot, SETVAL, SemaphoreArgument{value});
+  }
   int Value(int slot = 2) const { return semctl(set_, slot, GETVAL); }
 
   // A process that takes slot 2 of the card ranges and keeps it, or waits for it.
@@ -66,7 +58,7 @@ class LookTest : public testing::Test {
 TEST_F(LookTest, ALivingHolderIsRefusedAndADeadOneReleased) {
   auto holder = Holder();
   const std::string process = std::to_string(semctl(set_, 2, GETPID));
-  Json locks = Ask("locks");
+  Json locks = VoatmJson("locks");
   EXPECT_EQ(locks["locks"][0].value("last_change", 0L) / 1000, time(nullptr) / 1000);
   locks["locks"][0].erase("last_change");
   locks["locks"][0].erase("command");
@@ -82,7 +74,7 @@ TEST_F(LookTest, ALivingHolderIsRefusedAndADeadOneReleased) {
 
   holder->Kill();
   const auto waiting = Holder();
-  EXPECT_EQ(Ask("tables")["tables"][1]["findings"].size(), 1U);
+  EXPECT_EQ(VoatmJson("tables")["tables"][1]["findings"].size(), 1U);
   ExpectTranscript("$ locks | tail -n 1 | grep -o '[0-9]* dead.*'\n" + process +
                    " dead        1 \n=> 0\n$ tables >/dev/null\n=> 1\n$ locks >/dev/null\n=> 1\n" +
                    "$ locks release fit 2 | grep -v ' \"*$' | sed 's/00\\*.*//'\n" +
@@ -125,11 +117,12 @@ TEST_F(LookTest, ValuesThatWereSetNeedAProofOrAnAssumption) {
                                {7, true, " --reset", 0, 2},
                                {2, false, " --reset", 1, 2}}) {
     const int set = set_;
-    const auto give = [=] { return semctl(set, 2, SETVAL, each.value); };
+    const auto give = [=] { return semctl(set, 2, SETVAL, SemaphoreArgument{each.value}); };
     each.by_the_living ? give() : Child(give).Wait();
     EXPECT_EQ(Voatm("locks >/dev/null").code,
               each.value == 2 || (each.value == 0 && each.by_the_living) ? 0 : 1);
-    EXPECT_EQ(Ask("locks release fit 2" + std::string(each.rights))["released"], each.code == 0);
+    EXPECT_EQ(VoatmJson("locks release fit 2" + std::string(each.rights))["released"],
+              each.code == 0);
     EXPECT_EQ(Value(), each.left) << each.value << each.rights;
     Set(2);
     EXPECT_EQ(Voatm("locks release fit 2").code, 1) << "at rest";
@@ -144,13 +137,13 @@ TEST_F(LookTest, ASetThatWasNeverInitialisedIsAFindingAndIsInitialised) {
   LeaveSetAsCreated();
   EXPECT_EQ(Voatm("tables >/dev/null").code, 1);
   EXPECT_EQ(Voatm("locks >/dev/null").code, 1);
-  EXPECT_EQ(Ask("locks")["findings"].size(), 1U);
+  EXPECT_EQ(VoatmJson("locks")["findings"].size(), 1U);
   EXPECT_EQ(Voatm("locks release fit 3").code, 1) << "no holder can be told";
   EXPECT_EQ(Voatm("locks release fit --reset").code, 1) << "the owner lives";
   EXPECT_EQ(Value(), 0);
   EXPECT_EQ(Voatm("locks release fit 3 --force").code, 0);
-  EXPECT_EQ(Ask("locks")["locks"].size(), 5U);
-  EXPECT_EQ(Ask("tables")["tables"][1]["findings"].size(), 2U) << "slots in a row are one";
+  EXPECT_EQ(VoatmJson("locks")["locks"].size(), 5U);
+  EXPECT_EQ(VoatmJson("tables")["tables"][1]["findings"].size(), 2U) << "slots in a row are one";
   const auto holder = [&] {
     return Child([&] {
              sembuf take{3, -2, 0};
@@ -213,7 +206,7 @@ TEST_F(LookTest, AWatchSeesWhatComesBack) {
   EXPECT_TRUE(sees(R"({"complete":false)"));
   LeaveSetAsCreated();
   EXPECT_TRUE(sees(R"({"complete":true,"locks":[],"findings":[{"what":"its sem)"));
-  Child([&] { return semctl(set_, 2, SETVAL, 7); }).Wait();
+  Child([&] { return Set(7); }).Wait();
   EXPECT_TRUE(sees(R"({"complete":true,"locks":[{)"));
   semctl(set_, 0, IPC_RMID);
 }
@@ -252,7 +245,7 @@ TEST_F(LookTest, FindingsNameTheFaultAndFailTheCommand) {
   semctl(small_set, 0, SETALL, argument);
   EXPECT_EQ(Voatm("tables >/dev/null").code, 1);
   std::string found;
-  const Json tables = Ask("tables");
+  const Json tables = VoatmJson("tables");
   for (const Json& table : tables["tables"]) {
     for (const Json& finding : table["findings"]) {
       found +=
@@ -264,114 +257,6 @@ TEST_F(LookTest, FindingsNameTheFaultAndFailTheCommand) {
             "property: do not start\naction: fail to lock a slot from 7 on\n"
             "status: do not see the slots from 3\n");
   semctl(small_set, 0, IPC_RMID);
-}
-
-// VoChannelMgr as a test wants it, on a thread.
-class Manager {
- public:
-  using Reply = std::function<void(LocateMemoryMsg* reply)>;
-
-  // Answers so many requests.
-  Manager(int queue, int requests, const Reply& fill)
-      : thread_([=] {
-          for (int i = 0; i < requests; ++i) {
-            LocateMemoryMsg message{};
-            if (msgrcv(queue, &message, voatm::kLocateBodySize, 1, 0) < 0) return;
-            message.MessageType = message.ProcessId;
-            fill(&message);
-            msgsnd(queue, &message, voatm::kLocateBodySize, 0);
-          }
-        }) {}
-  ~Manager() { thread_.join(); }
-  Manager(const Manager&) = delete;
-  Manager& operator=(const Manager&) = delete;
-
- private:
-  std::thread thread_;
-};
-
-class LocatorTest : public testing::Test {
- protected:
-  LocatorTest() { WriteStartUpFiles(home_, base_, {}); }
-  ~LocatorTest() override { msgctl(queue_, IPC_RMID, nullptr); }
-
-  void Send(long type, const char* text, int key = 0) const {
-    LocateMemoryMsg message{};
-    message.MessageType = type;
-    strcpy(message.MemoryName, text);
-    message.ChannelKeyId = key;
-    msgsnd(queue_, &message, voatm::kLocateBodySize, 0);
-  }
-
-  const TestHome home_;
-  const int base_ = 0x10000000 + 16 * getpid();
-  const int queue_ = msgget(base_ + 2, IPC_CREAT | 0600);
-};
-
-TEST_F(LocatorTest, IsBelievedWhateverElseLiesInTheQueue) {
-  Child([&] {
-    Send(99, "a stranger's");
-    return 0;
-  }).Wait();
-  Send(getpid(), "ATMMEMORY", 1);  // to an earlier process of this number
-  const Locator locator(base_ + 2);
-  const Manager manager(queue_, 2, [&](LocateMemoryMsg* reply) {
-    Send(getpid(), "ATMFITMEMORY", 2);
-    reply->ChannelKeyId = 3;
-    reply->LocateStatus = strcmp(reply->MemoryName, "ATMMEMORY") == 0 ? 0 : -1;
-  });
-  EXPECT_EQ(locator.Ask("ATMMEMORY"), 3);
-  EXPECT_EQ(locator.Ask("VOSECURITYMEMORY"), std::nullopt);
-}
-
-TEST_F(LocatorTest, AManagerThatStopsBehindTheLastAnswerKeepsNobodyWaiting) {
-  const Manager manager(queue_, 12, [](LocateMemoryMsg* reply) {
-    const bool action = strcmp(reply->MemoryName, "ATMACTIONPROPERTYMEMORY") == 0;
-    reply->ChannelKeyId = strlen(reply->MemoryName) < 12 ? 0 : action ? 7 : 0x11000000 + getpid();
-  });
-  const Json tables = Ask("tables")["tables"];
-  EXPECT_EQ(tables[0]["findings"][0]["next"], "give the table a key of its own there");
-  EXPECT_EQ(tables[1]["findings"].size(), 3U + 1U) << "three others have its key, and no objects";
-  EXPECT_EQ(tables[4]["findings"].size(), 1U);
-  EXPECT_EQ(Voatm("tables >/dev/null").code, 1);
-}
-
-TEST_F(LocatorTest, WithoutAManagerOneRequestIsLeftAtMost) {
-  const auto refusal = [&] {
-    try {
-      Locator(base_ + 2, 0).Ask("ATMMEMORY");
-    } catch (const std::runtime_error& error) {
-      return std::string(error.what());
-    }
-    return std::string();
-  };
-  const std::string none = "VoChannelMgr does not answer: ", queue = "the queue of VoChannelMgr";
-  const auto waits = [&] {
-    return refusal().find(none + "waited 0 seconds for ATMMEMORY at " + queue) == 0 ? 1 : 0;
-  };
-  EXPECT_EQ(Child(waits).Wait(), 1);
-  EXPECT_EQ(refusal().find(none + "a request lies unread in " + queue), 0U);
-  msqid_ds state{};
-  msgctl(queue_, IPC_STAT, &state);
-  EXPECT_EQ(state.msg_qnum, 1U);
-}
-
-// It ends with what it waits for, whatever the limit.
-TEST_F(LocatorTest, SaysWhatItWaitsForAndThatItIsGone) {
-  const std::string said = home_.path() + "/said";
-  home_.Write("said", "");
-  auto tables = std::async([&] { return Voatm("tables 2>" + said); });
-  const std::string expected =
-      "voatm: waiting for VoChannelMgr's answer where ATMMEMORY is\nvoatm: ";
-  EXPECT_TRUE(Eventually([&] { return home_.Read("said").size() > expected.size() - 8; }));
-  msgctl(queue_, IPC_RMID, nullptr);
-  EXPECT_EQ(tables.get().code, 2);
-  const std::string all = home_.Read("said");
-  EXPECT_EQ(all.find(expected), 0U) << all;
-  EXPECT_NE(all.find("cannot receive from the queue of VoChannelMgr"), std::string::npos) << all;
-  ExpectTranscript(
-      "$ tables --json 2>&1 | cut -d , -f 1\nvoatm: VoChannelMgr is not running: there is no queue "
-      "of VoChannelMgr\n=> 0\n");
 }
 
 }  // namespace

@@ -67,8 +67,7 @@ TEST_F(VoatmServe, LeavesNothingWhenItCannotSayThatItIsReady) {
 TEST_F(VoatmServe, ChecksWithoutMakingAnything) {
   home_.Write("tables/atm_fit.json", "[\n{}]");
   home_.Write("tables/atm_status.json", "[");
-  const nlohmann::json refused =
-      nlohmann::json::parse(Voatm("serve --check --json 2>/dev/null").text);
+  const nlohmann::json refused = VoatmJson("serve --check");
   const std::string tables = home_.path() + "/tables/";
   EXPECT_EQ(refused["refusals"],
             nlohmann::json({"no key text FitId: " + tables + "atm_fit.json:2, row 1",

@@ -6,12 +6,15 @@
 #include <cstring>
 #include <nlohmann/json.hpp>
 
+#include "devhost/system_call.h"
 #include "support/served_home.h"
 #include "support/watched.h"
 #include "tools/voatm_output.h"
 #include "voatmutil.h"
 
 namespace {
+
+using devhost::SemaphoreArgument;
 
 class StatusTest : public testing::Test {
  protected:
@@ -28,7 +31,7 @@ class StatusTest : public testing::Test {
   }
 
   static nlohmann::json Ask(const std::string& arguments = "") {
-    return nlohmann::json::parse(Voatm("status --json 2>/dev/null " + arguments).text);
+    return VoatmJson("status " + arguments);
   }
 
   static std::string Found(const std::string& arguments = "") {
@@ -156,7 +159,7 @@ TEST_F(StatusTest, LooksWithoutVoChannelMgr) {
 TEST_F(StatusTest, OneBrokenPartHidesNoOther) {
   home_.Write("cfg/vosecurity.cfg", "MAXSECURITY many\n");
   home_.Write("cfg/atm/CARDLESS_TXN.cfg", "[OPKEYMAP]\nA \"B\n");
-  semctl(semget(Key(5), 0, 0), 1, SETVAL, 7);
+  semctl(semget(Key(5), 0, 0), 1, SETVAL, SemaphoreArgument{7});
   const nlohmann::json findings = Ask()["findings"];
   ASSERT_EQ(findings.size(), 3U) << findings;
   EXPECT_NE(findings[0]["what"].get<std::string>().find("MAXSECURITY"), std::string::npos);
@@ -169,13 +172,13 @@ TEST_F(StatusTest, AWatchMarksWhatIsNewAndLeavesTheTerminalAsItWas) {
   Watched watch(BUILD_DIRECTORY "/voatm status --watch 86400");
   const auto frame = [&](const char* end) { return watch.Until(end); };
   EXPECT_NE(frame("all is well").find("\033[?1049h"), std::string::npos);
-  semctl(set, 1, SETVAL, 7);
+  semctl(set, 1, SETVAL, SemaphoreArgument{7});
   watch.Press(' ');
   EXPECT_NE(frame("its value is 7").find("NEW"), std::string::npos);
   watch.Press(' ');
   EXPECT_NE(frame("1 findings"), "");
   EXPECT_EQ(frame("its value is 7").find("NEW"), std::string::npos);
-  semctl(set, 1, SETVAL, 2);
+  semctl(set, 1, SETVAL, SemaphoreArgument{2});
   watch.Press(' ');
   EXPECT_NE(frame("all is well"), "");
   EXPECT_FALSE(watch.EchoesLines());

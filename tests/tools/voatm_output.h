@@ -6,6 +6,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 
@@ -17,6 +18,11 @@ inline Answer Voatm(const std::string& arguments) {
                ":$PATH; "
                "VODIR_HOME=${VODIR_HOME:-.} voatm 2>&1 " +
                arguments);
+}
+
+// What --json prints, on standard output.
+inline nlohmann::ordered_json VoatmJson(const std::string& arguments) {
+  return nlohmann::ordered_json::parse(Voatm(arguments + " --json 2>/dev/null").text);
 }
 
 inline std::string Transcript(const std::string& name) {

@@ -9,6 +9,7 @@
 
 #include "devhost/host.h"
 #include "devhost/seed.h"
+#include "devhost/system_call.h"
 #include "support/served_home.h"
 #include "tools/voatm_output.h"
 #include "voatmutil.h"
@@ -82,7 +83,7 @@ TEST_F(VoatmTest, ATableThatIsCutShortIsNotShownAsWhole) {
 }
 
 TEST_F(VoatmTest, OptionsBeforeTheSecondWordCountAsBehindIt) {
-  semctl(semget(Key(1), 0, 0), 2, SETVAL, 0);
+  semctl(semget(Key(1), 0, 0), 2, SETVAL, devhost::SemaphoreArgument{0});
   for (const char* arguments :
        {"locks --home %s --json release fit 2", "locks --json release fit 2 --home %s",
         "locks release fit 2 --home %s --json"}) {
