@@ -85,7 +85,7 @@ class CardNumber {
 };
 
 bool IsCatchAll(const PrefixPattern& pattern) {
-  const bool may_be = pattern[0] == 'F' || pattern[0] == 'f';  // spares nearly all rows the call
+  const bool may_be = pattern[0] == kFill || pattern[0] == 'f';  // spares nearly all rows the call
   return may_be && strncasecmp(pattern, kCatchAll, sizeof pattern) == 0;
 }
 

@@ -213,31 +213,77 @@ TEST_F(ExplainTest, WhatMayNotBeReadIsNoAnswer) {
                               home_.path() + " 2>&1");
   EXPECT_EQ(answer.code, 2);
   EXPECT_NE(answer.text.find("not opened: Permission denied"), std::string::npos) << answer.text;
+  home_.Remove("cfg/atm/CARDLESS_TXN.cfg");
+  home_.Write("cfg/atm/CARDLESS_TXN.cfg/K", "a folder");
+  const Answer folder = Voatm("explain cardless K");
+  EXPECT_EQ(folder.code, 2);
+  EXPECT_NE(folder.text.find("not opened: it is no file"), std::string::npos) << folder.text;
 }
 
 TEST_F(ExplainTest, TextsAreTakenApart) {
   VoATMUtil util;
   VoDebugUtil trace;
   util.dptr = &trace;
+  const auto keep = [&](const char* name, const auto& kept) {
+    const std::string path = home_.path() + "/" + name;
+    std::ofstream(path).write(reinterpret_cast<const char*>(&kept), sizeof kept);
+    return "message " + path;
+  };
   VoAtmMgrQMsg message{};
   util.PackAtmTraceNoMsg("ATM00001", 4711, &message);
-  std::ofstream(home_.path() + "/trace").write(reinterpret_cast<char*>(&message), sizeof message);
-  AtmDenomStatusMsg denom{};
-  denom.DenomNotes[7] = 9;
+  const std::string traced = keep("trace", message);
+  util.PackAtmStatusMsg("ATM00001", "PAPEROUT|", "more", &message);
+  const std::string status = keep("out", message);
+  util.PackAtmLogMsg("ATM00001", "no paper", 'L', &message);
+  const std::string log = keep("log", message);
+  AtmDenomStatusMsg denom{"one", "two", "three", {}, {1, 2, 3, 4, 5, 6, 7, 8}, "000010", "000020"};
   util.PackAtmDenomMsg("ATM00001", &denom, &message);
-  std::ofstream(home_.path() + "/denom").write(reinterpret_cast<char*>(&message), sizeof message);
+  const std::string notes = "message - < " + keep("denom", message).substr(8);
+  VoAlertMgrMsg alert{};
+  util.PackAtmAlertMsg("DRIVER", "no paper", &alert);
+  const std::string alerted = keep("alert", alert);
+  VoDevMsg transaction{};
+  transaction.MsgType = 420;
+  transaction.TxnCode = 10000;
+  transaction.TraceNo = 11;
+  transaction.ReasonCode = 103;
+  transaction.MemTraceNo = 12;
+  const std::string reversal = keep("transaction", transaction);
   home_.Write("short", "abc");
-  const std::string traced = "message " + home_.path() + "/trace";
-  const std::string notes = "message - < " + home_.path() + "/denom";
   const std::string cut = "message " + home_.path() + "/short";
   const std::string lost = "message " + home_.path() + "/absent";
   Expect({
       {traced.c_str(),
        0,
-       {{"/answer/is 2", "AtmTraceNoPayload"},
-        {"/answer/TraceNo", "4711"},
-        {"/answer/AtmId", "ATM00001"}}},
-      {notes.c_str(), 0, {{"/answer/is 2", "AtmDenomStatusMsg"}, {"/answer/DenomNotes H", "9"}}},
+       {{"/answer",
+         R"({"AtmId":"ATM00001","AtmId 2":"ATM00001","MsgCode":"11","MsgGroup":"2",)"
+         R"("MsgSubCode":"13","TraceNo":"4711","is":"VoAtmMgrQMsg","is 2":"AtmTraceNoPayload"})"}}},
+      {status.c_str(),
+       0,
+       {{"/answer/is 2", "AtmStatusPayload"},
+        {"/answer/StatusText", "PAPEROUT|"},
+        {"/answer/ExtraText", "more"}}},
+      {log.c_str(),
+       0,
+       {{"/answer/is 2", "AtmLogPayload"},
+        {"/answer/LogText", "no paper"},
+        {"/answer/LogFlag", "L"}}},
+      {notes.c_str(),
+       0,
+       {{"/answer",
+         R"({"AtmId":"ATM00001","DenomNotes A":"1","DenomNotes B":"2","DenomNotes C":"3",)"
+         R"("DenomNotes D":"4","DenomNotes E":"5","DenomNotes F":"6","DenomNotes G":"7",)"
+         R"("DenomNotes H":"8","DenomNum1":"000010","DenomNum2":"000020","DenomText1":"one",)"
+         R"("DenomText2":"two","DenomText3":"three","MsgCode":"10","MsgGroup":"2",)"
+         R"("MsgSubCode":"13","is":"VoAtmMgrQMsg","is 2":"AtmDenomStatusMsg"})"}}},
+      {alerted.c_str(),
+       0,
+       {{"/answer",
+         R"({"AlertSource":"DRIVER","AlertText":"no paper","MsgCode":"1","is":"VoAlertMgrMsg"})"}}},
+      {reversal.c_str(),
+       0,
+       {{"/answer", R"({"MemTraceNo":"12","MsgType":"420","ReasonCode":"103","TraceNo":"11",)"
+                    R"("TxnCode":"10000","is":"VoDevMsg or VoTxnMsg"})"}}},
       {cut.c_str(), 2, {}},
       {lost.c_str(), 2, {}},
       {"last-transaction 2471010000100002000030000400000 01020304 10000 4711",

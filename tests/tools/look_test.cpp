@@ -121,8 +121,9 @@ TEST_F(LookTest, ValuesThatWereSetNeedAProofOrAnAssumption) {
     each.by_the_living ? give() : Child(give).Wait();
     EXPECT_EQ(Voatm("locks >/dev/null").code,
               each.value == 2 || (each.value == 0 && each.by_the_living) ? 0 : 1);
-    EXPECT_EQ(VoatmJson("locks release fit 2" + std::string(each.rights))["released"],
-              each.code == 0);
+    const Json release = VoatmJson("locks release fit 2" + std::string(each.rights));
+    EXPECT_EQ(release["released"], each.code == 0);
+    EXPECT_EQ(release["next"].size(), each.code == 0 && each.value == 0 ? 2U : 0U);
     EXPECT_EQ(Value(), each.left) << each.value << each.rights;
     Set(2);
     EXPECT_EQ(Voatm("locks release fit 2").code, 1) << "at rest";

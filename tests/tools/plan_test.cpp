@@ -96,6 +96,9 @@ TEST(Plan, TakesDecimalNumbersAndWhatGoesTogether) {
     const Answer answer = Voatm("plan " + std::string(arguments) + kGiven);
     EXPECT_EQ(answer.code, code) << arguments << answer.text;
   }
+  const char* const eight = "plan --currency 36 --max-notes 9 --amount 90 E:90:36:Y --model ";
+  EXPECT_EQ(Voatm(eight + std::string("D912ATM")).code, 0);
+  EXPECT_EQ(Voatm(eight + std::string("NDC+ATM")).code, 2);
   for (const auto& [file, code] : {
            Case{R"({"amount": 50, "currency": 36, "max_notes": 40})", 0},
            {R"({"amount": 70.9, "currency": 36, "max_notes": 40})", 2},

@@ -25,6 +25,7 @@ TEST(ControlCharacters, AreShownAsNumbersWhereverTheyStand) {
     EXPECT_NE(text, "") << command;
     for (const char c : text) ASSERT_TRUE(c == '\n' || (c >= ' ' && c <= '~')) << command << text;
   }
+  EXPECT_NE(Voatm("check --home '~ none'").text.find("~ none"), std::string::npos);
 }
 
 TEST(Terminal, GetsLinesOfItsWidthInColoursThatItHas) {

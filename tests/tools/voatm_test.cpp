@@ -63,7 +63,7 @@ TEST_F(VoatmTest, ServingWhatWasDumpedGivesTheSameBytes) {
 TEST_F(VoatmTest, ATableThatIsCutShortIsNotShownAsWhole) {
   memcpy(Attach(Key(5)), "A", 2);
   WriteStartUpFiles(home_, home_.key_base(), {4, 6, 4, 8, 9});
-  const Answer list = Voatm("list status --json 2>/dev/null"), dump = Voatm("dump status");
+  const Answer list = Voatm("list Status --json 2>/dev/null"), dump = Voatm("dump AtmStatusMemory");
   EXPECT_EQ(list.code, 1);
   const nlohmann::json json = nlohmann::json::parse(list.text);
   EXPECT_EQ(json["slots"], 9);

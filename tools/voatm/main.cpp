@@ -22,6 +22,7 @@ class ParsedVerb {
   ParsedVerb(CLI::App* app, const ParsedVerb* above, const Verb& verb)
       : verb_(verb), above_(above), action_(verb.declare(&options_)), app_(app) {
     app_->group(verb.for_operators ? "Verbs" : "");
+    app_->require_subcommand(0, 1);  // behind a verb no word is one, whatever it says
     app_->footer(verb.Manual() + "\n\nExample:\n  " + verb.example);
     for (const OptionRow& row : options_.rows()) parsed_.push_back(AddOption(row));
   }

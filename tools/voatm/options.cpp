@@ -16,13 +16,13 @@ std::string Braced(const std::vector<std::string>& choices) {
 }  // namespace
 
 std::optional<int> ReadNumber(const std::string& text, int least, int most) {
-  int number = 0;
+  unsigned number = 0;  // one that no text has a sign for
   const char* const end = text.data() + text.size();
-  if (text.empty() || text.front() < '0' || text.front() > '9') return std::nullopt;
   const auto [rest, error] = std::from_chars(text.data(), end, number);
-  const bool whole = error == std::errc() && rest == end;
-  if (!whole || number < least || number > most) return std::nullopt;
-  return number;
+  const bool whole = error == std::errc() && rest == end && number <= INT_MAX;
+  const int given = whole ? static_cast<int>(number) : -1;
+  if (!whole || given < least || given > most) return std::nullopt;
+  return given;
 }
 
 int RequireNumber(const std::string& name, const std::string& text, int least, int most) {

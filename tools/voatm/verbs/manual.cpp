@@ -127,10 +127,13 @@ std::string ManualPage(const Verb& verb) {
     page += (option.required ? "." : ".Op ") + OptionTerm(option) + "\n";
     terms += OptionText(option);
   }
-  page += ".Sh DESCRIPTION\n" + Paragraphs(verb.Manual()) + CommandsBelow(verb) +
-          ".Sh OPTIONS\n.Bl -tag -width Ds\n" + terms + ".El\n" +
-          ".Sh EXIT STATUS\n0 yes or fine, 1 no or findings, 2 wrong usage or it cannot run.\n" +
-          ".Sh EXAMPLES\n" + Display(Escaped(verb.example) + "\n") + ".Sh SEE ALSO\n";
+  const std::string description = verb.Manual();
+  page += ".Sh DESCRIPTION\n" + Paragraphs(description) + CommandsBelow(verb) +
+          ".Sh OPTIONS\n.Bl -tag -width Ds\n" + terms + ".El\n";
+  if (description.find("Exit status:") == std::string::npos) {  // which some say themselves
+    page += ".Sh EXIT STATUS\n0 yes or fine, 1 no or findings, 2 wrong usage or it cannot run.\n";
+  }
+  page += ".Sh EXAMPLES\n" + Display(Escaped(verb.example) + "\n") + ".Sh SEE ALSO\n";
   if (&verb != &kVoatm) return page + ".Xr voatm 1\n";
   return page +
          ".Xr VoATMUtil 3 ,\n.Xr voatmutil-configuration 5 ,\n.Xr voatmutil-tables 5 ,\n"
