@@ -88,7 +88,8 @@ TEST_F(DiffTest, SaysTheSameToPeopleAndToPrograms) {
   Change("tables/atm_fit.json", "\"CardPrefix\": \"978001FFFF\", \"IndirectNextState\": \"D\"",
          "\"CardPrefix\": \"978001FFFF\", \"IndirectNextState\": \"X\"");
   Change("cfg/atm/statetable/resptable/HARBOUR_MALL_resp.cfg", "021", "022");
-  const std::string diff = "diff . " + home_.path() + "/new " + kAtm;
+  home_.Write("atms", "# a mall's\n\n HARBOUR MALL ATM00004 COMMON\n");
+  const std::string diff = "diff . " + home_.path() + "/new --atms " + home_.path() + "/atms";
   ExpectTranscript("$ " + diff + " | tr -s ' '\n" + R"(
 Rows
 TABLE ID FIELD A B
@@ -130,6 +131,11 @@ TEST_F(DiffTest, ADumpIsComparedWithSeedFilesByRowsAlone) {
   EXPECT_EQ(nlohmann::json::parse(changed.text)["rows"].size(), 2U);
   EXPECT_EQ(Voatm("diff tables " + home_.path() + "/absent").code, 2);
   EXPECT_EQ(Voatm("diff tables cfg/vobusiness.cfg").code, 2);
+  home_.Write("atms", "HARBOUR MALL ATM00004\nHARBOUR\n");
+  const Answer refused = Voatm("diff tables tables --atms " + home_.path() + "/atms");
+  EXPECT_EQ(refused.code, 2);
+  EXPECT_NE(refused.text.find("/atms:2 takes S1 S2 S3"), std::string::npos) << refused.text;
+  EXPECT_EQ(Voatm("diff tables tables --atms none").code, 2);
   EXPECT_EQ(Voatm("diff tables tables --atm HARBOUR MALL").code, 2);
 }
 

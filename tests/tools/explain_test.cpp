@@ -143,6 +143,7 @@ TEST_F(ExplainTest, RowsStandBehindInTheOrderInWhichTheyWouldAnswer) {
         {"/behind/0/answer/message", "as it was"}}},
       {"status OTHER --from tables", 1, {{"/answer/row 0", "OTHER"}}},
       {"property I G A 1 2 3 --from nowhere", 2, {}},
+      {"action action I G A X --from tables", 2, {}},
       {"property I G A 0x10 2 3 --from tables", 2, {}},
       {"screen I G A C --from tables", 2, {}},
   });

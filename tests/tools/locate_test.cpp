@@ -88,6 +88,23 @@ TEST_F(LocatorTest, AManagerThatStopsBehindTheLastAnswerKeepsNobodyWaiting) {
   EXPECT_EQ(Voatm("tables >/dev/null").code, 1);
 }
 
+TEST_F(LocatorTest, ATableThatTheManagerDoesNotKnowIsSaid) {
+  const Manager manager(queue_, 1000, [](LocateMemoryMsg* reply) { reply->LocateStatus = -1; });
+  const nlohmann::json tables = VoatmJson("tables")["tables"];
+  EXPECT_EQ(tables[5]["findings"][0]["what"], "VoChannelMgr does not know the table");
+  EXPECT_EQ(Voatm("tables >/dev/null").code, 1);
+  for (const char* verb : {"list fit", "show fit 1", "dump fit", "locks release fit 1",
+                           "explain fit I G A 1", "diff live live"}) {
+    const Answer answer = Voatm(verb);
+    EXPECT_EQ(answer.code, 2) << verb;
+    EXPECT_NE(answer.text.find("VoChannelMgr does not know the table A"), std::string::npos)
+        << answer.text;
+  }
+  EXPECT_EQ(Voatm("locks >/dev/null").code, 1);
+  EXPECT_EQ(Voatm("status >/dev/null").code, 1);
+  msgctl(queue_, IPC_RMID, nullptr);  // which ends it
+}
+
 TEST_F(LocatorTest, WithoutAManagerOneRequestIsLeftAtMost) {
   const auto refusal = [&] {
     try {

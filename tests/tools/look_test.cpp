@@ -2,6 +2,7 @@
 #include <sys/sem.h>
 #include <sys/shm.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
@@ -222,15 +223,23 @@ TEST_F(LookTest, WhatThisUserMayNotWriteIsAFinding) {
   const int id = shmget(Key(1), 0, 0);
   shmctl(id, IPC_STAT, &segment);
   semctl(set_, 0, IPC_STAT, argument);
-  segment.shm_perm.mode = set.sem_perm.mode = 0644;
-  shmctl(id, IPC_SET, &segment);
-  semctl(set_, 0, IPC_SET, argument);
-  const auto findings = [&] {
+  const auto findings = [&](const char* what) {
     const std::vector<TableState> tables = {LookAtTable(records::kRecordTables[1], 6, Key(1))};
-    return static_cast<int>(CheckTable(tables, tables[0]).size());
+    const std::vector<Finding> found = CheckTable(tables, tables[0]);
+    return static_cast<int>(std::count_if(found.begin(), found.end(),
+                                          [&](const Finding& each) { return each.what == what; }));
   };
-  EXPECT_EQ(findings(), 0);
-  EXPECT_EQ(Child([&] { return setuid(65534) == 0 ? findings() : -1; }).Wait(), 2);
+  const auto found_by_another = [&](const char* what) {
+    return Child([&] { return setuid(65534) == 0 ? findings(what) : -1; }).Wait();
+  };
+  for (const auto& [mode, what] :
+       {std::pair{0644U, "this user may not write it"}, {0600U, "Permission denied"}}) {
+    segment.shm_perm.mode = set.sem_perm.mode = static_cast<unsigned short>(mode);
+    shmctl(id, IPC_SET, &segment);
+    semctl(set_, 0, IPC_SET, argument);
+    EXPECT_EQ(findings(what), 0);
+    EXPECT_EQ(found_by_another(what), 2) << what;
+  }
 }
 
 TEST_F(LookTest, FindingsNameTheFaultAndFailTheCommand) {

@@ -12,6 +12,28 @@ TEST(SampleHome, AnswersAsInTheTranscript) { ExpectTranscript(Transcript("sample
 TEST(SampleHome, IsExplainedAsInTheTranscript) { ExpectTranscript(Transcript("answers")); }
 
 // What a file holds reaches a terminal as text only: as a row, as a line, as talk and as JSON.
+// Numbers that differ from run to run go through $MASK.
+TEST(SampleHome, IsShownAsInTheTranscriptWhenItIsServed) {
+  const ServedHome home(SAMPLE_HOME);
+  setenv("MASK",
+         "sed -E \"s|$VODIR_HOME|HOME|g; s/[0-9]{7,}/N/g; "
+         "s/[0-9]{4}(-[0-9]{2}){2} [0-9:]{8}/TIME/g; "
+         "s/\\\"(id|creator)\\\": ?[0-9]+/\\\"\\1\\\": N/g; "
+         "s/\\\"owner\\\": ?\\\"[^\\\"]*\\\"/\\\"owner\\\": \\\"U\\\"/\"",
+         1);
+  setenv("XDG_STATE_HOME", home.path().c_str(), 1);
+  ExpectTranscript(Transcript("served"));
+  unsetenv("XDG_STATE_HOME");
+  unsetenv("MASK");
+}
+
+TEST(SampleHome, HasAPageForEachVerb) {
+  const TestHome home;
+  setenv("PAGES", home.path().c_str(), 1);
+  ExpectTranscript(Transcript("manual"));
+  unsetenv("PAGES");
+}
+
 TEST(ControlCharacters, AreShownAsNumbersWhereverTheyStand) {
   const TestHome home;
   home.Write("cfg/atm/CARDLESS_TXN.cfg", "[OPKEYMAP]\nA \033[2J\xe9 \xc2\x9b\nDEFAULT B\n");

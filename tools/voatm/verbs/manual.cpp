@@ -127,10 +127,9 @@ std::string ManualPage(const Verb& verb) {
     page += (option.required ? "." : ".Op ") + OptionTerm(option) + "\n";
     terms += OptionText(option);
   }
-  const std::string description = verb.Manual();
-  page += ".Sh DESCRIPTION\n" + Paragraphs(description) + CommandsBelow(verb) +
+  page += ".Sh DESCRIPTION\n" + Paragraphs(verb.Manual()) + CommandsBelow(verb) +
           ".Sh OPTIONS\n.Bl -tag -width Ds\n" + terms + ".El\n";
-  if (description.find("Exit status:") == std::string::npos) {  // which some say themselves
+  if (&verb != &kVoatm) {  // which has said it
     page += ".Sh EXIT STATUS\n0 yes or fine, 1 no or findings, 2 wrong usage or it cannot run.\n";
   }
   page += ".Sh EXAMPLES\n" + Display(Escaped(verb.example) + "\n") + ".Sh SEE ALSO\n";
