@@ -40,7 +40,7 @@ class DiffTest : public testing::Test {
 constexpr char kAtm[] = "--atm HARBOUR MALL ATM00004 COMMON";
 
 TEST_F(DiffTest, LayoutAndOrderAreNoDifference) {
-  Change("cfg/atm/displogic/HARBOUR_displogic.cfg", "\n", "\n# a comment\n\n");
+  Change("cfg/atm/displogic/HARBOUR_displogic.cfg", "\n", "\n# a comment\n\n[NOTHING]\n");
   const Answer answer = Diff(kAtm);
   EXPECT_EQ(answer.code, 0);
   EXPECT_EQ(nlohmann::json::parse(answer.text),

@@ -62,6 +62,8 @@ TEST_F(LookTest, ALivingHolderIsRefusedAndADeadOneReleased) {
   Json locks = VoatmJson("locks");
   EXPECT_EQ(locks["locks"][0].value("last_change", 0L) / 1000, time(nullptr) / 1000);
   locks["locks"][0].erase("last_change");
+  const std::string command = locks["locks"][0]["command"];
+  EXPECT_TRUE(!command.empty() && command.back() > ' ' && command.find('\0') == std::string::npos);
   locks["locks"][0].erase("command");
   EXPECT_EQ(locks.dump(),
             R"({"complete":true,"locks":[{"table":"ATMFITMEMORY","name":"fit","slot":2,)"

@@ -90,6 +90,7 @@ TEST(Plan, TakesDecimalNumbersAndWhatGoesTogether) {
            {"--currency 36 --sweep 20:50:30", 0},
            {"--currency 36 --amount 70 --scope A B C COMMON", 2},
            {"--currency 36 --amount 70 --index 7", 2},
+           {"--currency 36 --amount 20 --logic 01000000 --logic-name CASH --scope A B C D", 2},
            {"--currency 36 --amount 70 --logic 0101", 2},
            {"--amount 70", 2},
        }) {

@@ -67,14 +67,16 @@ ProcessState StateOf(pid_t id, std::time_t last_change) {
   return ended ? ProcessState::kDead : ProcessState::kAlive;
 }
 
-std::string CommandOf(pid_t id) {
-  std::string command = ReadFile(id, "cmdline");
-  while (!command.empty() && command.back() == '\0') command.pop_back();
-  if (command.empty()) command = ReadFile(id, "comm");
+// The words of a text in one line.
+std::string Plain(std::string text) {
   std::replace_if(
-      command.begin(), command.end(), [](char c) { return c <= ' ' || c > '~'; }, ' ');
-  while (!command.empty() && command.back() == ' ') command.pop_back();
-  return command;
+      text.begin(), text.end(), [](char c) { return c <= ' ' || c > '~'; }, ' ');
+  return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
+std::string CommandOf(pid_t id) {
+  const std::string command = Plain(ReadFile(id, "cmdline"));
+  return command.empty() ? Plain(ReadFile(id, "comm")) : command;
 }
 
 }  // namespace
