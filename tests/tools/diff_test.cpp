@@ -40,7 +40,9 @@ class DiffTest : public testing::Test {
 constexpr char kAtm[] = "--atm HARBOUR MALL ATM00004 COMMON";
 
 TEST_F(DiffTest, LayoutAndOrderAreNoDifference) {
-  Change("cfg/atm/displogic/HARBOUR_displogic.cfg", "\n", "\n# a comment\n\n[NOTHING]\n");
+  Change("cfg/atm/displogic/HARBOUR_displogic.cfg", "\n", "\n# a comment\n\n");
+  const std::string keys = "new/cfg/atm/statetable/opkey/HARBOUR_opk.cfg";
+  home_.Write(keys, home_.Read(keys) + "[NOTHING]\n");
   const Answer answer = Diff(kAtm);
   EXPECT_EQ(answer.code, 0);
   EXPECT_EQ(nlohmann::json::parse(answer.text),
