@@ -16,7 +16,7 @@ std::string Braced(const std::vector<std::string>& choices) {
 }  // namespace
 
 std::optional<int> ReadNumber(const std::string& text, int least, int most) {
-  unsigned number = 0;  // one that no text has a sign for
+  unsigned number = 0;  // whose reader takes no sign
   const char* const end = text.data() + text.size();
   const auto [rest, error] = std::from_chars(text.data(), end, number);
   const bool whole = error == std::errc() && rest == end && number <= INT_MAX;
