@@ -4,7 +4,6 @@
 
 #include <csignal>
 #include <cstring>
-#include <nlohmann/json.hpp>
 
 #include "devhost/system_call.h"
 #include "support/served_home.h"
@@ -30,14 +29,12 @@ class StatusTest : public testing::Test {
     shmdt(records);
   }
 
-  static nlohmann::json Ask(const std::string& arguments = "") {
-    return VoatmJson("status " + arguments);
-  }
+  static Json Ask(const std::string& arguments = "") { return VoatmJson("status " + arguments); }
 
   static std::string Found(const std::string& arguments = "") {
     std::string found;
-    const nlohmann::json status = Ask(arguments);
-    for (const nlohmann::json& finding : status["findings"]) {
+    const Json status = Ask(arguments);
+    for (const Json& finding : status["findings"]) {
       found +=
           finding["where"].get<std::string>() + ": " + finding["what"].get<std::string>() + "\n";
     }
@@ -121,13 +118,13 @@ ATMSTATUSMEMORY: all its bytes are 0
 
 TEST_F(StatusTest, KnowsWhoIsAttachedAndWhoToWhatWasRemoved) {
   void* const records = shmat(shmget(Key(1), 0, 0), nullptr, 0);
-  const nlohmann::json before = Ask()["tables"][1];
+  const Json before = Ask()["tables"][1];
   EXPECT_EQ(before["attached"], 1);
   EXPECT_EQ(before["processes"][0]["process"], getpid());
   EXPECT_NE(Voatm("status --all").text.find(std::to_string(getpid()) + " "), std::string::npos);
   shmctl(shmget(Key(1), 0, 0), IPC_RMID, nullptr);
   const int again = shmget(Key(1), 6 * sizeof(AtmFit), IPC_CREAT | 0600);
-  const nlohmann::json status = Ask();
+  const Json status = Ask();
   EXPECT_EQ(status["tables"][1]["processes"].size(), 0U);
   EXPECT_EQ(status["findings"][0]["since"].get<std::string>().find("process " +
                                                                    std::to_string(getpid()) + " ("),
@@ -147,8 +144,8 @@ TEST_F(StatusTest, LooksWithoutVoChannelMgr) {
   EXPECT_EQ(Found(), "");
   WriteStartUpFiles(home_, nobodys, {});
   semctl(semget(Key(3), 0, 0), 0, IPC_RMID);
-  const nlohmann::json status = Ask("--key atm=" + std::to_string(Key(5)));
-  const nlohmann::json& findings = status["findings"];
+  const Json status = Ask("--key atm=" + std::to_string(Key(5)));
+  const Json& findings = status["findings"];
   EXPECT_EQ(findings.size(), 5U) << findings;  // of a key that two tables have, three
   EXPECT_EQ(findings[0]["since"].get<std::string>().find("looked with the keys of its last"), 0U);
   EXPECT_EQ(status["tables"][0]["key"], Key(5));
@@ -160,7 +157,7 @@ TEST_F(StatusTest, OneBrokenPartHidesNoOther) {
   home_.Write("cfg/vosecurity.cfg", "MAXSECURITY many\n");
   home_.Write("cfg/atm/CARDLESS_TXN.cfg", "[OPKEYMAP]\nA \"B\n");
   semctl(semget(Key(5), 0, 0), 1, SETVAL, SemaphoreArgument{7});
-  const nlohmann::json findings = Ask()["findings"];
+  const Json findings = Ask()["findings"];
   ASSERT_EQ(findings.size(), 3U) << findings;
   EXPECT_NE(findings[0]["what"].get<std::string>().find("MAXSECURITY"), std::string::npos);
   EXPECT_EQ(findings[1]["next"], "voatm locks release status 1 --reset");
@@ -176,7 +173,7 @@ TEST_F(StatusTest, AWatchMarksWhatIsNewAndLeavesTheTerminalAsItWas) {
   watch.Press(' ');
   EXPECT_NE(frame("its value is 7").find("NEW"), std::string::npos);
   watch.Press(' ');
-  EXPECT_NE(frame("1 findings"), "");
+  EXPECT_NE(frame(": 1 finding"), "");
   EXPECT_EQ(frame("its value is 7").find("NEW"), std::string::npos);
   semctl(set, 1, SETVAL, SemaphoreArgument{2});
   watch.Press(' ');

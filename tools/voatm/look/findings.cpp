@@ -17,10 +17,6 @@ std::string Configured(const TableState& table) {
   return std::string(count.key) + " in cfg/" + count.file;
 }
 
-std::string Count(std::size_t count, const char* what) {
-  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 std::string CreatedBy(const SegmentState& segment) {
   return TimeText(segment.last) + ", process " + std::to_string(segment.creator);
 }
@@ -68,14 +64,14 @@ bool CheckObject(const IpcState& object, const std::string& description, Finding
 void CheckSegment(const TableState& table, Findings* findings) {
   const auto slots = static_cast<std::size_t>(table.slots);
   const std::size_t held = table.HeldSlots();
-  const std::string sizes = "it holds " + Count(held, "slot") + " (" +
-                            Count(table.segment.bytes, "byte") + "), " + Configured(table) +
+  const std::string sizes = "it holds " + Counted(held, "slot") + " (" +
+                            Counted(table.segment.bytes, "byte") + "), " + Configured(table) +
                             " says " + std::to_string(slots);
   if (held < slots) {
     findings->push_back({sizes, table.DescribeSegment(), CreatedBy(table.segment),
                          "read behind its end",
                          "stop the drivers; have the owner create it with " +
-                             Count(slots * table.record->record_size, "byte")});
+                             Counted(slots * table.record->record_size, "byte")});
   } else if (held > slots && slots > 0) {
     findings->push_back({sizes, table.DescribeSegment(), CreatedBy(table.segment),
                          "do not see the slots from " + std::to_string(slots),

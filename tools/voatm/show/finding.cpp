@@ -23,6 +23,10 @@ void PrintFindings(const Json& findings) {
   }
 }
 
+std::string Counted(std::size_t count, const char* what) {
+  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 std::string TimeText(std::time_t time) {
   std::tm local{};
   char text[32];

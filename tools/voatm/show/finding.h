@@ -23,6 +23,9 @@ Json FindingsJson(const std::vector<Finding>& findings);
 // Prints each of such an array with its parts in lines of their own.
 void PrintFindings(const Json& findings);
 
+// "1 slot", "2 slots"
+std::string Counted(std::size_t count, const char* what);
+
 // "2026-11-22 03:00:00", as a finding and a frame say when.
 std::string TimeText(std::time_t time);
 

@@ -58,7 +58,7 @@ Json WithNewOnesMarked(Json findings, const Json& before) {
 void PrintStatus(const StatusOptions& options, const Json& now, const Json& before) {
   const Json& findings = now["findings"];
   PrintLine(now["time"].get<std::string>() + " " + options.home + ": " +
-            (findings.empty() ? "all is well" : std::to_string(findings.size()) + " findings"));
+            (findings.empty() ? "all is well" : Counted(findings.size(), "finding")));
   if (options.all) {
     PrintTable(now["tables"], {{"TABLE", "/name"},
                                {"KEY", "/key"},
