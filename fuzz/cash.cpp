@@ -92,7 +92,7 @@ void CheckDetails(Driver& driver, const std::string& logic, const char* model, i
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t size) {
+FUZZ_TARGET(cash) {
   FuzzedDataProvider input(bytes, size);
   Driver driver;
   const char* const model = input.PickValueInArray({"NDC+ATM", "D912ATM", "other"});

@@ -44,7 +44,7 @@ std::string Plain(FuzzedDataProvider& input, std::size_t length) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t size) {
+FUZZ_TARGET(deposit) {
   static InputFile file({"cfg/atm/bnamap/COMMON_bnamap.cfg"});
   FuzzedDataProvider input(bytes, size);
   std::map<std::string, std::string> types;

@@ -157,7 +157,7 @@ void CheckNumbers(VoATMUtil& util) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t size) {
+FUZZ_TARGET(files) {
   static InputFile file({"cfg/atm/statetable/opkey/F_opk.cfg",
                          "cfg/atm/statetable/resptable/F_resp.cfg",
                          "cfg/atm/statetable/screen/F_screen.cfg",

@@ -40,7 +40,7 @@ std::string LastSaid(const VoDevMsg& message, const std::string& logic, const St
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t size) {
+FUZZ_TARGET(last_transaction) {
   FuzzedDataProvider input(bytes, size);
   Driver driver;
   VoDevMsg message;

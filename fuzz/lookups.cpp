@@ -261,7 +261,7 @@ void CheckActions(VoATMUtil& util, FuzzedDataProvider& input, const Request& req
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t size) {
+FUZZ_TARGET(lookups) {
   static const bool quiet = std::freopen("/dev/null", "w", stdout) != nullptr;
   Require(quiet, "what GetAtmId prints is dropped");
   constexpr void (*kChecks[])(VoATMUtil&, FuzzedDataProvider&, const Request&) = {

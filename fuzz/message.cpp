@@ -72,7 +72,7 @@ bool IsToldApart(const std::string& bytes, Answer* answer) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t size) {
+FUZZ_TARGET(message) {
   static Driver driver;
   FuzzedDataProvider input(bytes, size);
   Packed packed = Pack(input, driver.util);

@@ -112,7 +112,7 @@ void CheckGroup(VoCfgUtil& reader, const Model& model, const std::string& name) 
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t size) {
+FUZZ_TARGET(reader) {
   static InputFile file;
   FuzzedDataProvider input(bytes, size);
   const auto ahead = input.ConsumeIntegral<unsigned char>();

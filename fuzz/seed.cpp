@@ -10,7 +10,7 @@
 
 namespace {
 
-using Json = nlohmann::json;
+using Json = nlohmann::ordered_json;
 
 constexpr int kSlots = 3;
 
@@ -82,7 +82,7 @@ void CheckRows(const records::RecordTable& table, const Json& rows, devhost::Tab
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t size) {
+FUZZ_TARGET(seed) {
   static InputFile file;
   FuzzedDataProvider input(bytes, size);
   const auto chosen = input.ConsumeIntegralInRange<std::size_t>(0, 2 * records::kTableCount - 1);

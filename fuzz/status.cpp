@@ -66,7 +66,7 @@ std::string MessageOf(FuzzedDataProvider& input, const Texts& codes) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t size) {
+FUZZ_TARGET(status) {
   FuzzedDataProvider input(bytes, size);
   Driver driver;
   std::vector<VoAtmStatus> table(input.ConsumeIntegralInRange<std::size_t>(0, 4));

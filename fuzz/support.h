@@ -17,8 +17,17 @@
 #include "support/trace_recorder.h"
 #include "voatmutil.h"
 
-// The one function of a target. It may be called any number of times.
-extern "C" int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t size);
+// The one function of a target; it gets an input and may be called any number of times.
+using FuzzTarget = int (*)(const unsigned char* bytes, std::size_t size);
+
+// The program is all targets: it is the one by whose name it is called.
+bool AddTarget(const char* name, FuzzTarget target);
+
+// FUZZ_TARGET(name) { what is done with `size` of `bytes`; returns 0 }
+#define FUZZ_TARGET(name)                                                          \
+  static int Fuzz_##name(const unsigned char* bytes, std::size_t size);            \
+  [[maybe_unused]] static const bool added_##name = AddTarget(#name, Fuzz_##name); \
+  static int Fuzz_##name(const unsigned char* bytes, std::size_t size)
 
 // Ends the run when something that must hold does not.
 inline void Require(bool holds, const char* what) {

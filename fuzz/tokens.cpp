@@ -41,7 +41,7 @@ void CheckCopy(VoATMUtil& util, Block source, const std::string& old) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t size) {
+FUZZ_TARGET(tokens) {
   FuzzedDataProvider input(bytes, size);
   VoATMUtil util;
   const auto delimiter = static_cast<char>(input.ConsumeIntegral<unsigned char>());

@@ -75,7 +75,7 @@ void CheckLines(const std::string& text) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t size) {
+FUZZ_TARGET(trace) {
   static TraceReader reader;
   FuzzedDataProvider input(bytes, size);
   const std::size_t row = input.ConsumeIntegralInRange<std::size_t>(0, TraceTexts().size() - 1);
