@@ -35,7 +35,7 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using nlohmann::json;
+using json = nlohmann::ordered_json;
 
 constexpr int kSurvivors = 2;
 constexpr long kWarmUp = 2000;               // operations of each survivor before it is measured

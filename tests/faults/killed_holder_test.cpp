@@ -1,14 +1,13 @@
+#include <algorithm>
 #include <csignal>
-#include <nlohmann/json.hpp>
+#include <vector>
 
 #include "faults/locked_operations.h"
 #include "support/call_fault.h"
 #include "support/child.h"
-#include "tools/voatm_output.h"
+#include "tools/voatm/look/release.h"
 
 namespace {
-
-using nlohmann::json;
 
 class KilledHolderTest : public LockedOperationsTest {
  protected:
@@ -37,21 +36,23 @@ class KilledHolderTest : public LockedOperationsTest {
     }
   }
 
-  // Only who needs the slot waits; the command names the slot and the dead, and gives it back.
+  // Only who needs the slot waits; who looks is told the slot and the dead, and gives it back.
   void ExpectReleased(const LockedOperation& o, int slot, pid_t dead) {
     const int set = util_.*o.set;
     Child waiting([&] { return o.run(util_); });
     EXPECT_TRUE(Eventually([&] { return semctl(set, slot, GETNCNT) == 1; }));
     ExpectOthersGoOn(o, slot);
-    const json locks = json::parse(Voatm("locks --json").text)["locks"];
+    const auto& tables = records::kRecordTables;
+    const TableState table =
+        SurveyTable(home_.path(), *std::find_if(tables.begin(), tables.end(),
+                                                [&](auto& each) { return each.semid == o.set; }));
+    const std::vector<SlotLock> locks = FindLocks(table);
     ASSERT_EQ(locks.size(), 1U) << o.name;
-    const std::string table = locks[0]["table"];
-    EXPECT_EQ(locks[0]["slot"], slot);
-    EXPECT_EQ(locks[0]["process"], dead);
-    EXPECT_EQ(locks[0]["state"], "dead");
-    EXPECT_EQ(locks[0]["waiting"], 1);
-    const Answer answer = Voatm("locks release " + table + " " + std::to_string(slot));
-    EXPECT_EQ(answer.code, 0) << answer.text;
+    EXPECT_EQ(locks[0].slot, slot);
+    EXPECT_EQ(locks[0].last.id, dead);
+    EXPECT_EQ(locks[0].last.state, ProcessState::kDead);
+    EXPECT_EQ(locks[0].waiting, 1);
+    EXPECT_TRUE(ReleaseSlot(table, slot, {}).done);
     EXPECT_EQ(waiting.Wait(), o.result & 0xff) << o.name;
   }
 };

@@ -139,7 +139,7 @@ TEST_P(ActionPropertyTest, AgreesWithSlowScansOnRandomTables) {
   std::vector<Texts> rows(10, Words("NOTDEFINED * * - N - N * 0"));
   for (int slot = 0; slot < 10; ++slot) Put(slot, rows[0]);
   int found = 0;
-  const int rounds = locked() ? 3000 : 100000;
+  const int rounds = RandomCases::Rounds(locked() ? 3000 : 100000);
   for (int round = 0; round < rounds; ++round) {
     const int slot = random.Below(10);
     Texts& row = rows[static_cast<std::size_t>(slot)];

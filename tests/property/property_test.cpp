@@ -103,7 +103,7 @@ TEST_P(PropertyTest, AgreesWithSlowScansOnRandomTables) {
   std::vector<Texts> rows(12, Words("NOTDEFINED * * * * 0"));
   for (int slot = 0; slot < 12; ++slot) Put(slot, rows[0]);
   int found = 0;
-  const int rounds = locked() ? 3000 : 100000;
+  const int rounds = RandomCases::Rounds(locked() ? 3000 : 100000);
   for (int round = 0; round < rounds; ++round) {
     const int changed = random.Below(12);
     Texts& row = rows[static_cast<std::size_t>(changed)];

@@ -24,6 +24,10 @@ class RandomCases {
     engine_.seed(seed);
   }
 
+  // As many rounds as are worth their time: where memory is watched each takes ten times as long,
+  // and the fuzz targets try the same.
+  static constexpr int Rounds(int rounds) { return SANITIZED ? rounds / 10 : rounds; }
+
   int Below(int count) { return static_cast<int>(engine_() % static_cast<unsigned>(count)); }
 
   template <typename T>

@@ -36,7 +36,7 @@ TEST_P(FitTest, VerifySaysWhetherAnIdIsStillFree) {
 TEST_P(FitTest, SelectsAsTheRulesSayOnRandomTables) {
   RandomCases random;
   AtmFit record = {};
-  for (int round = 0; round < (locked() ? 5000 : 100000); ++round) {
+  for (int round = 0; round < RandomCases::Rounds(locked() ? 5000 : 100000); ++round) {
     Put(random.Below(util_.MaxFit), random.OneOf({"A", "B"}), random.OneOf({"A", "B", "*", "AB"}),
         random.OneOf({"A", "B", "*", ""}));
     const char* const keys[] = {random.OneOf({"A", "B", "*"}), random.OneOf({"A", "B", "*", ""}),

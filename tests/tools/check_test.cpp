@@ -5,6 +5,7 @@
 
 #include "support/random_cases.h"
 #include "support/served_home.h"
+#include "tools/voatm/home/check_configuration.h"
 #include "tools/voatm/home/configuration_entries.h"
 #include "tools/voatm_output.h"
 #include "vocfgutil.h"
@@ -98,15 +99,33 @@ TEST(Check, FindsEachSeededFaultAndNothingElse) {
     home.Remove(seed.file);
     if (seed.text != "(none)") home.Write(seed.file, seed.text);
     const std::string file = home.path() + "/" + seed.file.substr(0, seed.file.find("/note"));
-    const bool is_error = seed.finding.find(" error ") != std::string::npos;
-    const Answer answer = Voatm(is_error ? "check 2>/dev/null" : "check --strict 2>/dev/null");
-    const std::regex text(": ([a-z]*): .* \\[(.*)\\]\n");
-    EXPECT_EQ(std::regex_replace(answer.text, text, " $1 $2"), file + ":" + seed.finding);
-    EXPECT_EQ(answer.code, 1);
-    if (seed.finding.find("extra-field") != std::string::npos) {
-      EXPECT_EQ(Voatm("check").code, 0) << "it is a warning";
+    const Json report = CheckConfiguration(home.path());
+    std::string found;
+    for (const Json& each : report["findings"]) {
+      found += each["path"].get<std::string>() + ":" + each["line"].dump() + ":" +
+               each["column"].dump() + " " + each["severity"].get<std::string>() + " " +
+               each["rule"].get<std::string>();
     }
+    EXPECT_EQ(found, file + ":" + seed.finding);
+    const int errors = seed.finding.find(" error ") != std::string::npos ? 1 : 0;
+    EXPECT_EQ(report["errors"], errors);
+    EXPECT_EQ(report["warnings"], 1 - errors);
   }
+}
+
+TEST(Check, FailsForAnErrorAndWhenStrictForAWarning) {
+  const TestHome home;
+  std::filesystem::copy(SAMPLE_HOME, home.path(), std::filesystem::copy_options::recursive);
+  home.Write(kOpkey, "A_A 010000 0 978 Y Y Y\n");
+  const std::regex text(": ([a-z]*): .* \\[(.*)\\]\n");
+  for (const auto& [arguments, code] : {std::pair{"check", 0}, {"check --strict", 1}}) {
+    const Answer answer = Voatm(arguments + std::string(" 2>/dev/null"));
+    EXPECT_EQ(std::regex_replace(answer.text, text, " $1 $2"),
+              home.path() + "/" + kOpkey + ":1:22 warning extra-field");
+    EXPECT_EQ(answer.code, code) << arguments;
+  }
+  home.Write(kOpkey, "A_A 010000 0 978 Y\n");
+  EXPECT_EQ(Voatm("check").code, 1);
 }
 
 // Each key's first entry is the one that the reader finds, field by field; so are the groups.

@@ -1,7 +1,6 @@
 // What changed between two sides, and which answers change with it.
 #include <algorithm>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 
 #include "support/served_home.h"
 #include "tools/voatm_output.h"
@@ -27,8 +26,8 @@ class DiffTest : public testing::Test {
     return Voatm("diff . " + home_.path() + "/new --json " + options);
   }
 
-  static nlohmann::json OfRequest(const nlohmann::json& json, const std::string& request) {
-    for (const nlohmann::json& each : json["answers"]) {
+  static Json OfRequest(const Json& json, const std::string& request) {
+    for (const Json& each : json["answers"]) {
       if (each["request"] == request) return each;
     }
     return {};
@@ -45,8 +44,7 @@ TEST_F(DiffTest, LayoutAndOrderAreNoDifference) {
   home_.Write(keys, home_.Read(keys) + "[NOTHING]\n");
   const Answer answer = Diff(kAtm);
   EXPECT_EQ(answer.code, 0);
-  EXPECT_EQ(nlohmann::json::parse(answer.text),
-            nlohmann::json::parse(R"({"rows":[],"entries":[],"answers":[]})"));
+  EXPECT_EQ(Json::parse(answer.text), Json::parse(R"({"rows":[],"entries":[],"answers":[]})"));
 }
 
 TEST_F(DiffTest, NamesRowsEntriesAndTheAnswersThatChange) {
@@ -57,25 +55,23 @@ TEST_F(DiffTest, NamesRowsEntriesAndTheAnswersThatChange) {
   std::filesystem::remove(home_.path() + "/new/cfg/atm/statetable/opkey/HARBOUR_opk.cfg");
   const Answer answer = Diff(std::string(kAtm) + " --atm HARBOUR BRANCH ATM00001");
   EXPECT_EQ(answer.code, 1);
-  const nlohmann::json json = nlohmann::json::parse(answer.text);
+  const Json json = Json::parse(answer.text);
   std::string rows;
-  for (const nlohmann::json& row : json["rows"]) {
+  for (const Json& row : json["rows"]) {
     rows += row["id"].get<std::string>() + " " + row["change"].get<std::string>() + "; ";
   }
   EXPECT_EQ(rows, "HB_DEBIT changed; HB_STAFF removed; HB_CREW added; ");
   EXPECT_EQ(json["rows"][0]["fields"],
-            nlohmann::json::parse(R"([{"field":"IndirectNextState","before":"D","after":"X"}])"));
-  EXPECT_TRUE(
-      std::any_of(json["entries"].begin(), json["entries"].end(), [](const nlohmann::json& entry) {
-        return entry["file"] == "cfg/atm/statetable/opkey/HARBOUR_opk.cfg" &&
-               entry["b"] == "(none)";
-      }));
-  const nlohmann::json card = OfRequest(json, "indirect-state HARBOUR MALL 9780010000");
+            Json::parse(R"([{"field":"IndirectNextState","before":"D","after":"X"}])"));
+  EXPECT_TRUE(std::any_of(json["entries"].begin(), json["entries"].end(), [](const Json& entry) {
+    return entry["file"] == "cfg/atm/statetable/opkey/HARBOUR_opk.cfg" && entry["b"] == "(none)";
+  }));
+  const Json card = OfRequest(json, "indirect-state HARBOUR MALL 9780010000");
   EXPECT_EQ(card["a"]["answer"]["IndirectNextState"], "D");
   EXPECT_EQ(card["b"]["answer"]["IndirectNextState"], "X");
   EXPECT_EQ(card["b"]["where"], "ATMFITMEMORY slot 0");
   int lost = 0, states = 0;
-  for (const nlohmann::json& each : json["answers"]) {
+  for (const Json& each : json["answers"]) {
     if (each["request"].get<std::string>().rfind("txn-code", 0) == 0) ++lost;
     if (each["b"]["answer"].value("StateNo", "") != "022") continue;
     ++states;
@@ -130,7 +126,7 @@ TEST_F(DiffTest, ADumpIsComparedWithSeedFilesByRowsAlone) {
   EXPECT_EQ(same.code, 0) << same.text;
   const Answer changed = Voatm("diff tables " + dump + " --json");
   EXPECT_EQ(changed.code, 1);
-  EXPECT_EQ(nlohmann::json::parse(changed.text)["rows"].size(), 2U);
+  EXPECT_EQ(Json::parse(changed.text)["rows"].size(), 2U);
   EXPECT_EQ(Voatm("diff tables " + home_.path() + "/absent").code, 2);
   EXPECT_EQ(Voatm("diff tables cfg/vobusiness.cfg").code, 2);
   home_.Write("atms", "HARBOUR MALL ATM00004\nHARBOUR\n");

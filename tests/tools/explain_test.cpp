@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <fstream>
-#include <nlohmann/json.hpp>
 
 #include "support/served_home.h"
 #include "support/words.h"
@@ -43,7 +42,7 @@ constexpr char kFit[] = "FitId MatchKey1 MatchKey2 MatchKey3 CardPrefix Indirect
 
 // A case: the arguments, --from below the home, then pairs of a place in the JSON and what stands
 // there.
-struct Case {
+struct ExplainCase {
   const char* arguments;
   int code;
   std::vector<std::pair<const char*, const char*>> expected;
@@ -51,29 +50,28 @@ struct Case {
 
 class ExplainTest : public testing::Test {
  protected:
-  void Expect(const std::vector<Case>& cases) {
-    for (const Case& each : cases) {
+  void Expect(const std::vector<ExplainCase>& cases) {
+    for (const ExplainCase& each : cases) {
       std::string arguments = each.arguments;
       const std::size_t from = arguments.find("--from ");
       if (from != std::string::npos) arguments.insert(from + 7, home_.path() + "/");
       const Answer answer = Voatm("explain " + arguments + " --json 2>/dev/null");
       EXPECT_EQ(answer.code, each.code) << each.arguments;
-      const nlohmann::json json = nlohmann::json::parse(answer.text, nullptr, false);
+      const Json json = Json::parse(answer.text, nullptr, false);
       for (const auto& [place, expected] : each.expected) {
-        const nlohmann::json::json_pointer pointer(place);
-        const nlohmann::json actual =
-            json.contains(pointer) ? json.at(pointer) : nlohmann::json("nothing there");
+        const Json::json_pointer pointer(place);
+        const Json actual = json.contains(pointer) ? json.at(pointer) : Json("nothing there");
         EXPECT_EQ(Shown(actual), expected) << each.arguments << " at " << place;
       }
     }
   }
 
   // Texts and numbers as they are; of a list each one's place or result.
-  std::string Shown(const nlohmann::json& json) const {
+  std::string Shown(const Json& json) const {
     if (json.is_string()) return WithoutHome(json.get<std::string>());
     if (!json.is_array()) return json.dump();
     std::string all;
-    for (const nlohmann::json& each : json) {
+    for (const Json& each : json) {
       const char* const name = each.contains("where") ? "where" : "result";
       all += (all.empty() ? "" : "; ") + WithoutHome(each.at(name).get<std::string>());
     }
@@ -257,8 +255,8 @@ TEST_F(ExplainTest, TextsAreTakenApart) {
       {traced.c_str(),
        0,
        {{"/answer",
-         R"({"AtmId":"ATM00001","AtmId 2":"ATM00001","MsgCode":"11","MsgGroup":"2",)"
-         R"("MsgSubCode":"13","TraceNo":"4711","is":"VoAtmMgrQMsg","is 2":"AtmTraceNoPayload"})"}}},
+         R"({"is":"VoAtmMgrQMsg","MsgGroup":"2","MsgCode":"11","MsgSubCode":"13",)"
+         R"("AtmId":"ATM00001","is 2":"AtmTraceNoPayload","AtmId 2":"ATM00001","TraceNo":"4711"})"}}},
       {status.c_str(),
        0,
        {{"/answer/is 2", "AtmStatusPayload"},
@@ -272,19 +270,19 @@ TEST_F(ExplainTest, TextsAreTakenApart) {
       {notes.c_str(),
        0,
        {{"/answer",
-         R"({"AtmId":"ATM00001","DenomNotes A":"1","DenomNotes B":"2","DenomNotes C":"3",)"
+         R"({"is":"VoAtmMgrQMsg","MsgGroup":"2","MsgCode":"10","MsgSubCode":"13",)"
+         R"("AtmId":"ATM00001","is 2":"AtmDenomStatusMsg","DenomText1":"one","DenomText2":"two",)"
+         R"("DenomText3":"three","DenomNotes A":"1","DenomNotes B":"2","DenomNotes C":"3",)"
          R"("DenomNotes D":"4","DenomNotes E":"5","DenomNotes F":"6","DenomNotes G":"7",)"
-         R"("DenomNotes H":"8","DenomNum1":"000010","DenomNum2":"000020","DenomText1":"one",)"
-         R"("DenomText2":"two","DenomText3":"three","MsgCode":"10","MsgGroup":"2",)"
-         R"("MsgSubCode":"13","is":"VoAtmMgrQMsg","is 2":"AtmDenomStatusMsg"})"}}},
+         R"("DenomNotes H":"8","DenomNum1":"000010","DenomNum2":"000020"})"}}},
       {alerted.c_str(),
        0,
        {{"/answer",
-         R"({"AlertSource":"DRIVER","AlertText":"no paper","MsgCode":"1","is":"VoAlertMgrMsg"})"}}},
+         R"({"is":"VoAlertMgrMsg","MsgCode":"1","AlertSource":"DRIVER","AlertText":"no paper"})"}}},
       {reversal.c_str(),
        0,
-       {{"/answer", R"({"MemTraceNo":"12","MsgType":"420","ReasonCode":"103","TraceNo":"11",)"
-                    R"("TxnCode":"10000","is":"VoDevMsg or VoTxnMsg"})"}}},
+       {{"/answer", R"({"is":"VoDevMsg or VoTxnMsg","MsgType":"420","TxnCode":"10000",)"
+                    R"("TraceNo":"11","ReasonCode":"103","MemTraceNo":"12"})"}}},
       {cut.c_str(), 2, {}},
       {lost.c_str(), 2, {}},
       {"last-transaction 2471010000100002000030000400000 01020304 10000 4711",

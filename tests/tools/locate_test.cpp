@@ -81,7 +81,7 @@ TEST_F(LocatorTest, AManagerThatStopsBehindTheLastAnswerKeepsNobodyWaiting) {
     const bool action = strcmp(reply->MemoryName, "ATMACTIONPROPERTYMEMORY") == 0;
     reply->ChannelKeyId = strlen(reply->MemoryName) < 12 ? 0 : action ? 7 : 0x11000000 + getpid();
   });
-  const nlohmann::json tables = VoatmJson("tables")["tables"];
+  const Json tables = VoatmJson("tables")["tables"];
   EXPECT_EQ(tables[0]["findings"][0]["next"], "give the table a key of its own there");
   EXPECT_EQ(tables[1]["findings"].size(), 3U + 1U) << "three others have its key, and no objects";
   EXPECT_EQ(tables[4]["findings"].size(), 1U);
@@ -90,7 +90,7 @@ TEST_F(LocatorTest, AManagerThatStopsBehindTheLastAnswerKeepsNobodyWaiting) {
 
 TEST_F(LocatorTest, ATableThatTheManagerDoesNotKnowIsSaid) {
   const Manager manager(queue_, 1000, [](LocateMemoryMsg* reply) { reply->LocateStatus = -1; });
-  const nlohmann::json tables = VoatmJson("tables")["tables"];
+  const Json tables = VoatmJson("tables")["tables"];
   EXPECT_EQ(tables[5]["findings"][0]["what"], "VoChannelMgr does not know the table");
   EXPECT_EQ(Voatm("tables >/dev/null").code, 1);
   for (const char* verb : {"list fit", "show fit 1", "dump fit", "locks release fit 1",

@@ -3,7 +3,6 @@
 #include <sys/shm.h>
 
 #include <future>
-#include <nlohmann/json.hpp>
 
 #include "devhost/ipc_object.h"
 #include "support/child.h"
@@ -30,16 +29,16 @@ TEST_F(VoatmServe, TellsWhatItMadeAndEndsWithAnotherProcess) {
   const std::string options = " --mode 0660 --exit-with " + std::to_string(leader.id());
   auto served = std::async([&] { return Voatm("serve --json >$VODIR_HOME/json" + options); });
   EXPECT_TRUE(Eventually([&] { return home_.Read("json").find('\n') != std::string::npos; }));
-  const nlohmann::json json = nlohmann::json::parse(home_.Read("json"));
+  const Json json = Json::parse(home_.Read("json"));
   EXPECT_EQ(json["home"], std::filesystem::canonical(home_.path()).string());
   EXPECT_EQ(json["queue_key"], base_ + 2);
   EXPECT_EQ(kill(json["pid"], 0), 0);
-  EXPECT_EQ(json["tables"][1], nlohmann::json({{"table", "ATMFITMEMORY"},
-                                               {"key", base_ + 11},
-                                               {"slots", 3},
-                                               {"rows", 1},
-                                               {"bytes", 3 * 87},
-                                               {"file", home_.path() + "/tables/atm_fit.json"}}));
+  EXPECT_EQ(json["tables"][1], Json({{"table", "ATMFITMEMORY"},
+                                     {"key", base_ + 11},
+                                     {"slots", 3},
+                                     {"rows", 1},
+                                     {"bytes", 3 * 87},
+                                     {"file", home_.path() + "/tables/atm_fit.json"}}));
   EXPECT_TRUE(json["tables"][5]["file"].is_null());
   shmid_ds state{};
   shmctl(shmget(base_ + 11, 0, 0), IPC_STAT, &state);
@@ -67,11 +66,11 @@ TEST_F(VoatmServe, LeavesNothingWhenItCannotSayThatItIsReady) {
 TEST_F(VoatmServe, ChecksWithoutMakingAnything) {
   home_.Write("tables/atm_fit.json", "[\n{}]");
   home_.Write("tables/atm_status.json", "[");
-  const nlohmann::json refused = VoatmJson("serve --check");
+  const Json refused = VoatmJson("serve --check");
   const std::string tables = home_.path() + "/tables/";
   EXPECT_EQ(refused["refusals"],
-            nlohmann::json({"no key text FitId: " + tables + "atm_fit.json:2, row 1",
-                            "the text ends too early: " + tables + "atm_status.json:1, column 1"}));
+            Json({"no key text FitId: " + tables + "atm_fit.json:2, row 1",
+                  "the text ends too early: " + tables + "atm_status.json:1, column 1"}));
   EXPECT_EQ(Voatm("serve --check").code, 1);
   home_.Remove("tables");
   EXPECT_EQ(Voatm("serve --check").code, 0);

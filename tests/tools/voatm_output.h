@@ -12,6 +12,8 @@
 
 #include "support/shell.h"
 
+using Json = nlohmann::ordered_json;
+
 // What the arguments redirect is not in the text.
 inline Answer Voatm(const std::string& arguments) {
   return Shell("cd " SAMPLE_HOME "; export PATH=" BUILD_DIRECTORY
@@ -21,8 +23,8 @@ inline Answer Voatm(const std::string& arguments) {
 }
 
 // What --json prints, on standard output.
-inline nlohmann::ordered_json VoatmJson(const std::string& arguments) {
-  return nlohmann::ordered_json::parse(Voatm(arguments + " --json 2>/dev/null").text);
+inline Json VoatmJson(const std::string& arguments) {
+  return Json::parse(Voatm(arguments + " --json 2>/dev/null").text);
 }
 
 inline std::string Transcript(const std::string& name) {

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <nlohmann/json.hpp>
 #include <random>
 
 #include "devhost/host.h"
@@ -65,7 +64,7 @@ TEST_F(VoatmTest, ATableThatIsCutShortIsNotShownAsWhole) {
   WriteStartUpFiles(home_, home_.key_base(), {4, 6, 4, 8, 9});
   const Answer list = Voatm("list Status --json 2>/dev/null"), dump = Voatm("dump AtmStatusMemory");
   EXPECT_EQ(list.code, 1);
-  const nlohmann::json json = nlohmann::json::parse(list.text);
+  const Json json = Json::parse(list.text);
   EXPECT_EQ(json["slots"], 9);
   EXPECT_EQ(json["complete"], false);
   EXPECT_EQ(json["rows"].size(), 1U);
@@ -90,7 +89,7 @@ TEST_F(VoatmTest, OptionsBeforeTheSecondWordCountAsBehindIt) {
     std::string line = arguments;
     line.replace(line.find("%s"), 2, home_.path());
     const Answer answer = Shell("VODIR_HOME=none " BUILD_DIRECTORY "/voatm " + line);
-    const nlohmann::json json = nlohmann::json::parse(answer.text);
+    const Json json = Json::parse(answer.text);
     EXPECT_EQ(json["lock"]["slot"], 2) << arguments;
     EXPECT_EQ(answer.code, json["released"] ? 0 : 1) << arguments;
   }

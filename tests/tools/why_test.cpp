@@ -154,9 +154,9 @@ Error in Semop for AtmFit SysErr[ x ] ErrNo[ 43 ]
     Next: voatm tables; then voatm locks, as the slot may still be held
 => 0
 )");
-  const nlohmann::json messages = VoatmJson(why)["messages"];
+  const Json messages = VoatmJson(why)["messages"];
   EXPECT_EQ(messages[0]["processes"][1], "1");
-  EXPECT_EQ(messages[2]["processes"], nlohmann::json::array()) << "none is named";
+  EXPECT_EQ(messages[2]["processes"], Json::array()) << "none is named";
 }
 
 // The lines of a file that grows, is cut and is replaced.

@@ -11,7 +11,7 @@ namespace {
 // Holds any logic that the library writes.
 using LogicBuffer = char[32];
 
-std::string NameOf(const DenomInfo& cassette) {
+std::string CassetteName(const DenomInfo& cassette) {
   return std::string(1, cassette.Id) + " (" + std::to_string(cassette.Value) + ")";
 }
 
@@ -62,7 +62,7 @@ std::string MeaningOf(const CashRequest& request, int code) {
   const int offset = code - kFirstCassette;
   if (offset < 0 || offset >= 2 * static_cast<int>(kCassettes)) return "an unknown code";
   const DenomInfo& cassette = request.cassettes[static_cast<std::size_t>(offset / 2)];
-  return "cassette " + NameOf(cassette) + " stands in the way: " +
+  return "cassette " + CassetteName(cassette) + " stands in the way: " +
          (offset % 2 == 0 ? "the plan needs too many notes" : "its notes are too large");
 }
 
@@ -118,8 +118,8 @@ std::string DescribeLogic(const CashRequest& request, const std::string& logic) 
   for (std::size_t i = 0; i < request.positions(); ++i) {
     const int notes = NotesAt(logic, i);
     if (notes == 0) continue;
-    text +=
-        (text.empty() ? "" : " + ") + std::to_string(notes) + " x " + NameOf(request.cassettes[i]);
+    text += (text.empty() ? "" : " + ") + std::to_string(notes) + " x " +
+            CassetteName(request.cassettes[i]);
   }
   return (text.empty() ? "no notes" : text) + " = " + std::to_string(SumOf(request, logic).amount);
 }

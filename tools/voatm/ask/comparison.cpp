@@ -43,7 +43,7 @@ void CompareTable(const Rows& a, const Rows& b, Json* changes) {
   }
 }
 
-std::string InOneLine(const std::vector<std::string>& fields) {
+std::string AllOf(const std::vector<std::string>& fields) {
   std::string line;
   for (const std::string& field : fields) line += (line.empty() ? "" : " ") + Quoted(field);
   return line;
@@ -102,7 +102,7 @@ Json CompareEntries(const Side& a, const Side& b) {
     return found == entries.end() ? nullptr : &found->second;
   };
   const auto shown = [](const std::vector<std::string>* fields) {
-    return fields == nullptr ? "(none)" : InOneLine(*fields);
+    return fields == nullptr ? "(none)" : AllOf(*fields);
   };
   for (const auto& [place, fields] : all) {
     const auto *const in_a = find(a.entries, place), *const in_b = find(b.entries, place);

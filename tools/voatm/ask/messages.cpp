@@ -7,22 +7,21 @@
 
 namespace {
 
-using namespace records;
-
 constexpr std::size_t kPayload = offsetof(VoAtmMgrQMsg, MsgBuffer);
 constexpr std::size_t kAlertSize =
     offsetof(VoAlertMgrMsg, AlertText) + sizeof(VoAlertMgrMsg::AlertText);
 
-const MessagePart kHead = {"VoAtmMgrQMsg",
-                           0,
-                           {MEMBER(VoAtmMgrQMsg, MsgGroup), MEMBER(VoAtmMgrQMsg, MsgCode),
-                            MEMBER(VoAtmMgrQMsg, MsgSubCode), MEMBER(VoAtmMgrQMsg, AtmId)}};
+const MessagePart kManagerHead = {"VoAtmMgrQMsg",
+                                  0,
+                                  {MEMBER(VoAtmMgrQMsg, MsgGroup), MEMBER(VoAtmMgrQMsg, MsgCode),
+                                   MEMBER(VoAtmMgrQMsg, MsgSubCode), MEMBER(VoAtmMgrQMsg, AtmId)}};
 
-const MessagePart kStatus = {"AtmStatusPayload",
-                             kPayload,
-                             {MEMBER(AtmStatusPayload, AtmId), MEMBER(AtmStatusPayload, StatusText),
-                              MEMBER(AtmStatusPayload, ExtraText), MEMBER(AtmStatusPayload, Date),
-                              MEMBER(AtmStatusPayload, Time)}};
+const MessagePart kStatusPayload = {
+    "AtmStatusPayload",
+    kPayload,
+    {MEMBER(AtmStatusPayload, AtmId), MEMBER(AtmStatusPayload, StatusText),
+     MEMBER(AtmStatusPayload, ExtraText), MEMBER(AtmStatusPayload, Date),
+     MEMBER(AtmStatusPayload, Time)}};
 
 const MessagePart kLog = {
     "AtmLogPayload",
@@ -45,7 +44,7 @@ MessagePart WithNotes() {
                                            "DenomNotes G", "DenomNotes H"};
   std::size_t offset = offsetof(AtmDenomStatusMsg, DenomNotes);
   for (const char* name : kNotes) {
-    part.fields.push_back({name, offset, sizeof(int), FieldKind::kInt32});
+    part.fields.push_back({name, offset, sizeof(int), records::FieldKind::kInt32});
     offset += sizeof(int);
   }
   part.fields.push_back(MEMBER(AtmDenomStatusMsg, DenomNum1));
@@ -73,7 +72,7 @@ struct Packing {
 };
 
 constexpr Packing kPackings[] = {
-    {&kStatus,
+    {&kStatusPayload,
      [](VoATMUtil& util, VoAtmMgrQMsg* m) { return util.PackAtmStatusMsg("", "", "", m); }},
     {&kLog, [](VoATMUtil& util, VoAtmMgrQMsg* m) { return util.PackAtmLogMsg("", "", ' ', m); }},
     {&kTraceNo, [](VoATMUtil& util, VoAtmMgrQMsg* m) { return util.PackAtmTraceNoMsg("", 0, m); }},
@@ -93,7 +92,7 @@ std::vector<MessagePart> TakeApart(VoATMUtil& util, const std::string& bytes) {
       const auto packed = std::make_unique<VoAtmMgrQMsg>();
       packing.pack(util, packed.get());
       const bool same = std::memcmp(packed.get(), bytes.data(), offsetof(VoAtmMgrQMsg, AtmId)) == 0;
-      if (same) return {kHead, *packing.payload};
+      if (same) return {kManagerHead, *packing.payload};
     }
     return {};
   }

@@ -178,14 +178,14 @@ bool TraceReader::Takes(const Pattern& pattern, std::string_view text,
 
 // "said SysErr[ name ] ErrNo[ number ]"
 void TraceReader::SplitError() {
-  constexpr std::string_view kName = " SysErr[ ", kNumber = " ] ErrNo[ ", kEnd = " ]";
+  constexpr std::string_view kName = " SysErr[ ", kErrorNumber = " ] ErrNo[ ", kEnd = " ]";
   said_ = text_;
   if (!EndsWith(said_, kEnd)) return;
   const std::string_view text = said_.substr(0, said_.size() - kEnd.size());
-  const std::size_t number = text.rfind(kNumber);
+  const std::size_t number = text.rfind(kErrorNumber);
   const std::size_t name = number == std::string_view::npos ? number : text.rfind(kName, number);
   if (name == std::string_view::npos || name + kName.size() > number) return;
-  const std::string_view digits = text.substr(number + kNumber.size());
+  const std::string_view digits = text.substr(number + kErrorNumber.size());
   if (digits.empty() || !std::all_of(digits.begin(), digits.end(), IsDigit)) return;
   line_.error_number = digits;
   line_.error_name = text.substr(name + kName.size(), number - name - kName.size());

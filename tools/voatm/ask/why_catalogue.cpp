@@ -54,8 +54,8 @@ constexpr TraceAdvice kNoteMapping = {"The ATM accepted a note type that the map
                                       "voatm explain deposit; voatm check"};
 constexpr TraceAdvice kLogicFault = {"A count of the dispense logic is no number.",
                                      "voatm explain displogic; voatm check"};
-constexpr TraceAdvice kPlan = {"The configured logic does not suit the request.", "voatm plan",
-                               Weight::kNotice};
+constexpr TraceAdvice kLogicRefused = {"The configured logic does not suit the request.",
+                                       "voatm plan", Weight::kNotice};
 constexpr TraceAdvice kInTheWay = {
     "The usable cassettes cannot make the amount within the note limit.",
     "voatm plan; voatm plan --sweep", Weight::kNotice};
@@ -164,14 +164,15 @@ constexpr TraceText kTraceTexts[] = {
     {"Invaild Device Type[ %s ]", "{1} is no ATM model.", &kModel},
     {"Id[%c] Pos[%d] Value[%d]\tCode[%d]\tStatus[%c] LastDispNotes[%d]",
      "Cassette {1}: notes of {3}, status {5}.", &kNormal},
-    {"Config Notes[%d] > Maxnotes[%d]", "The logic has {1} notes, {2} are allowed.", &kPlan},
-    {"CheckAmount[%d] != ReqAmount[%d]", "The logic makes {1}, asked were {2}.", &kPlan},
+    {"Config Notes[%d] > Maxnotes[%d]", "The logic has {1} notes, {2} are allowed.",
+     &kLogicRefused},
+    {"CheckAmount[%d] != ReqAmount[%d]", "The logic makes {1}, asked were {2}.", &kLogicRefused},
     {"FixDispLogic[%s]", "The configured logic {1} makes the amount.", &kNormal},
     {"********Notes[%d]...Position[%d]", "It asks {1} notes of cassette number {2}, from 0.",
      &kNormal},
     {"Coping the Availble denom[%d]", "Cassette number {1}, from 0, is usable.", &kNormal},
-    {"********Required Dynamic Disp Check********", "A new logic is planned.", &kPlan},
-    {"***Total Available Denom [%d]", "{1} usable cassettes take part.", &kPlan},
+    {"********Required Dynamic Disp Check********", "A new logic is planned.", &kLogicRefused},
+    {"***Total Available Denom [%d]", "{1} usable cassettes take part.", &kLogicRefused},
     {"Count [%d]", "A cassette's notes are too large for what remains.", &kNormal},
     {"DispAmount[ %d ] Count[ %d ] CurrencyValue[ %d ]", "{2} notes of {3} make {1}.", &kNormal},
     {"Total NoOfNotes[%d]", "The plan has {1} notes so far.", &kNormal},

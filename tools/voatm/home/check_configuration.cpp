@@ -26,7 +26,7 @@ std::string Below(const std::string& directory, const std::string& name) {
   return path;
 }
 
-std::string Quoted(const std::string& text) {
+std::string Excerpt(const std::string& text) {
   return '"' + text.substr(0, kShownText) + (text.size() > kShownText ? "...\"" : "\"");
 }
 
@@ -166,7 +166,7 @@ class FileCheck {
   void CheckValue(const FieldRules& rules, const ConfigurationEntry& entry, std::size_t value) {
     const ConfigurationField& field = entry.fields[value];
     const std::string shown =
-        entry.key + ", value " + std::to_string(value) + " " + Quoted(field.text) + ": ";
+        entry.key + ", value " + std::to_string(value) + " " + Excerpt(field.text) + ": ";
     for (const FieldRule& rule : rules) {
       // A text of many digits ends as LONG_MAX.
       const bool small =

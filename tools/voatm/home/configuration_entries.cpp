@@ -5,6 +5,7 @@
 #include <iterator>
 #include <set>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include "common/config_file.h"
@@ -27,9 +28,9 @@ const EntryFault kOpenHeader = {"open-header",
 const EntryFault kHeaderTooLong = {"header-too-long",
                                    kTooLong + "of a group's name hide the entries below it"};
 
-constexpr const char* kBlanks = " \t\r";
+constexpr std::string_view kBlanks = " \t\r";
 
-bool IsBlank(char character) { return character == ' ' || character == '\t' || character == '\r'; }
+bool EndsField(char character) { return kBlanks.find(character) != std::string_view::npos; }
 
 // One line, walked from its first character that is not blank.
 class Line {
@@ -71,7 +72,7 @@ class Line {
   bool AtEnd() const { return at_ == text_.size(); }
 
   void SkipBlanks() {
-    while (!AtEnd() && IsBlank(text_[at_])) ++at_;
+    while (!AtEnd() && EndsField(text_[at_])) ++at_;
   }
 
   ConfigurationEntry Begin() const {
@@ -92,7 +93,7 @@ class Line {
   }
 
   const EntryFault* ReadPlain(std::string& field) {
-    while (!AtEnd() && !IsBlank(text_[at_])) field += text_[at_++];
+    while (!AtEnd() && !EndsField(text_[at_])) field += text_[at_++];
     return Fitting(field);
   }
 
@@ -100,7 +101,7 @@ class Line {
     for (++at_; !AtEnd(); ++at_) {
       if (text_[at_] == '"') {
         ++at_;
-        return AtEnd() || IsBlank(text_[at_]) ? Fitting(field) : &kTextAfterQuote;
+        return AtEnd() || EndsField(text_[at_]) ? Fitting(field) : &kTextAfterQuote;
       }
       const char next = at_ + 1 < text_.size() ? text_[at_ + 1] : '\0';
       if (text_[at_] == '\\' && (next == '"' || next == '\\')) ++at_;

@@ -11,7 +11,7 @@
 namespace {
 
 // Each payment has a pattern of its own beside its colour: full, hatched, dotted, empty.
-constexpr const char* kHead = R"(<!DOCTYPE html>
+constexpr const char* kPageHead = R"(<!DOCTYPE html>
 <html lang="en">
 <head>
 <title>What the cassettes pay as they run out</title>
@@ -120,7 +120,7 @@ std::string Bar(const EmptyCase& each, const std::vector<int>& amounts) {
 std::string PageOf(const CashRequest& request, const std::vector<EmptyCase>& cases,
                    const AmountRange& range) {
   const std::vector<int> amounts = range.Amounts();
-  std::string page = kHead + AboutRequest(request, range) + Legend() + Axis(amounts);
+  std::string page = kPageHead + AboutRequest(request, range) + Legend() + Axis(amounts);
   std::string rows = "<tr><th>Empty</th><th>Paid</th><th>Amounts lost</th></tr>\n";
   for (const EmptyCase& each : cases) {
     page += Bar(each, amounts);

@@ -23,7 +23,7 @@ struct WhyOptions {
   bool json = false;
 };
 
-const char* NameOf(Weight weight) {
+const char* WeightName(Weight weight) {
   constexpr const char* kNames[] = {"error", "notice", "normal"};
   return kNames[static_cast<std::size_t>(weight)];
 }
@@ -79,7 +79,7 @@ void PrintAnswer(const Json& answer) {
   PrintFacts("", {{"error", ErrorText(answer["system_error"])}});
 }
 
-ExitCode ExplainText(const WhyOptions& options) {
+ExitCode ExplainWords(const WhyOptions& options) {
   std::string words;
   for (const std::string& word : options.words) words += (words.empty() ? "" : " ") + word;
   TraceReader reader;
@@ -109,7 +109,7 @@ void PrintExplained(std::string_view text, const TraceLine& line) {
 
 Json MessageJson(const LogMessage& message) {
   return {{"text", message.row->text},
-          {"weight", NameOf(message.row->advice->weight)},
+          {"weight", WeightName(message.row->advice->weight)},
           {"count", message.count},
           {"first", message.first},
           {"last", message.last},
@@ -136,12 +136,12 @@ void PrintMessage(const Json& message) {
   for (const Json& means : message["means"]) facts.emplace_back("means", means);
   if (message["more_means"]) facts.emplace_back("", "and of other values");
   facts.emplace_back("error", ErrorText(message["system_error"]));
-  if (weight != NameOf(Weight::kNormal)) {
+  if (weight != WeightName(Weight::kNormal)) {
     facts.emplace_back("cause", message["cause"]);
     facts.emplace_back("next", message["next"]);
   }
   PrintFacts(InOneLine(message["count"]) + " x " + message["text"].get<std::string>(), facts,
-             weight == NameOf(Weight::kError) ? Tone::kAlarm : Tone::kPlain);
+             weight == WeightName(Weight::kError) ? Tone::kAlarm : Tone::kPlain);
 }
 
 void PrintSummary(const LogSummary& summary, const std::vector<LogMessage>& messages,
@@ -180,12 +180,12 @@ ExitCode Why(WhyOptions options) {
   const bool wants_log = !options.file.empty() || options.follow || options.each_line;
   if (!options.words.empty()) {
     if (wants_log) throw UsageError("--file, --follow and -x are of no use beside TEXT");
-    return ExplainText(options);
+    return ExplainWords(options);
   }
   if (options.follow && options.file.empty()) throw UsageError("--follow needs --file");
   options.each_line = options.each_line || options.follow;
   if (wants_log || isatty(STDIN_FILENO) == 0) return ReadLog(options);
-  return ExplainText(options);
+  return ExplainWords(options);
 }
 
 Action DeclareWhy(OptionList* list) {
