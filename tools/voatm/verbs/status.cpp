@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "look/overview.h"
 #include "show/output.h"
 #include "show/watch.h"
+#include "verbs/overview.h"
 #include "verbs/verbs.h"
 
 namespace {

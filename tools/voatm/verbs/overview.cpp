@@ -1,4 +1,4 @@
-#include "look/overview.h"
+#include "verbs/overview.h"
 
 #include <algorithm>
 #include <ctime>

@@ -1,7 +1,7 @@
 // All that stands at a home, and what is wrong with it. What cannot be looked at is a finding and
 // keeps nothing else from being seen.
-#ifndef TOOLS_VOATM_LOOK_OVERVIEW_H
-#define TOOLS_VOATM_LOOK_OVERVIEW_H
+#ifndef TOOLS_VOATM_VERBS_OVERVIEW_H
+#define TOOLS_VOATM_VERBS_OVERVIEW_H
 
 #include <string>
 #include <vector>
@@ -21,4 +21,4 @@ struct Overview {
 // Throws std::runtime_error when there is no home.
 Overview LookAtHome(const std::string& home, const TableKeys& given);
 
-#endif  // TOOLS_VOATM_LOOK_OVERVIEW_H
+#endif  // TOOLS_VOATM_VERBS_OVERVIEW_H
