@@ -115,15 +115,13 @@ std::string TraceMatch::Means() const {
   const bool widest = row->widest != nullptr && !printed.empty() && printed.back() == row->widest;
   if (widest) form = form.substr(0, form.rfind(';'));
   std::string text;
-  for (std::size_t at = 0; at < form.size(); ++at) {
-    if (form[at] != '{') {
-      text += form[at];
-      continue;
-    }
-    const auto place = static_cast<std::size_t>(form[at + 1] - '1');
+  for (std::size_t open = form.find('{'); open != std::string_view::npos; open = form.find('{')) {
+    text += form.substr(0, open);
+    const auto place = static_cast<std::size_t>(form[open + 1] - '1');
     text += place < printed.size() ? printed[place] : "...";
-    at += 2;  // "1}"
+    form.remove_prefix(open + 3);  // "{1}"
   }
+  text += form;
   return widest ? text + "; nothing wider is left to try." : text;
 }
 

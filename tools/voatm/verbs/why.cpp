@@ -144,15 +144,26 @@ void PrintMessage(const Json& message) {
              weight == WeightName(Weight::kError) ? Tone::kAlarm : Tone::kPlain);
 }
 
-void PrintSummary(const LogSummary& summary, const std::vector<LogMessage>& messages,
-                  bool as_json) {
+void PrintSummary(const LogSummary& summary, bool as_json) {
   Json json = {
       {"lines", summary.lines()}, {"unknown", summary.unknown()}, {"messages", Json::array()}};
-  for (const LogMessage& message : messages) json["messages"].push_back(MessageJson(message));
+  for (const LogMessage& message : summary.Messages()) {
+    json["messages"].push_back(MessageJson(message));
+  }
   if (as_json) return PrintJson(json);
   for (const Json& message : json["messages"]) PrintMessage(message);
   Say("lines: " + InOneLine(json["lines"]) + ", of them no text of the library: " +
-      InOneLine(json["unknown"]) + ", messages: " + std::to_string(messages.size()));
+      InOneLine(json["unknown"]) + ", messages: " + std::to_string(json["messages"].size()));
+}
+
+void PrintLineJson(std::string_view text, const TraceLine& line) {
+  Json json = {{"line", text}};
+  json.update(AnswerJson(line));
+  PrintJsonLine(json);
+}
+
+bool IsError(const TraceLine& line) {
+  return !line.matches.empty() && line.matches.front().row->advice->weight == Weight::kError;
 }
 
 ExitCode ReadLog(const WhyOptions& options) {
@@ -160,20 +171,18 @@ ExitCode ReadLog(const WhyOptions& options) {
   if (options.follow) lines.Follow(FlushOutput);
   TraceReader reader;
   LogSummary summary;
+  bool has_errors = false;
   while (const auto text = lines.Next()) {
     const TraceLine& line = reader.Read(*text);
-    summary.Add(line);
-    if (options.each_line && options.json) {
-      Json json = {{"line", *text}};
-      json.update(AnswerJson(line));
-      PrintJsonLine(json);
-    } else if (options.each_line) {
-      PrintExplained(*text, line);
+    has_errors = has_errors || IsError(line);
+    if (!options.each_line) {
+      summary.Add(line);
+    } else {
+      (options.json ? PrintLineJson : PrintExplained)(*text, line);
     }
   }
-  const std::vector<LogMessage> messages = summary.Messages();
-  if (!options.each_line) PrintSummary(summary, messages, options.json);
-  return !messages.empty() && messages.front().weight() == Weight::kError ? kFindings : kDone;
+  if (!options.each_line) PrintSummary(summary, options.json);
+  return has_errors ? kFindings : kDone;
 }
 
 ExitCode Why(WhyOptions options) {
