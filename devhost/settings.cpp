@@ -18,7 +18,7 @@
 namespace devhost {
 namespace {
 
-constexpr records::CountSource kOriginKey = {"vokernel.cfg", "CHANNEL#ORGKEY"};
+constexpr records::CountSource kOriginKey = {voatm::kKernelFile.name, "CHANNEL#ORGKEY"};
 constexpr int kFirstTableKeyOffset = 10;
 constexpr int kLargestOffset = kFirstTableKeyOffset + static_cast<int>(records::kTableCount) - 1;
 
