@@ -1,18 +1,22 @@
 // Test doubles for a driver's own tests: the shared tables in memory, the traces as text, and a
 // configuration home of the test's own.
 //
-//   namespace doubles = voatmutil_testing;
-//   doubles::Traces traces;
-//   doubles::Tables tables(traces.debug());
-//   tables.Add(doubles::Row<AtmMemoryTable>({{&AtmMemoryTable::AtmId, "ATM00001"}}));
-//   AtmMemoryTable atm;
-//   tables.util().ReadAtmMemory("ATM00001", &atm);  // 1
+//   TEST(Driver, TurnsAnUnknownAtmAway) {
+//     namespace doubles = voatmutil_testing;
+//     doubles::Traces traces;
+//     doubles::Tables tables(traces.debug());
+//     tables.Add(doubles::Row<AtmMemoryTable>({{&AtmMemoryTable::AtmId, "ATM00001"}}));
+//     Driver driver(&tables.util());
+//     EXPECT_TRUE(driver.Serves("ATM00001"));
+//     EXPECT_FALSE(driver.Serves("NOBODY")) << traces.text();
+//   }
 //
 // The library itself answers. Nothing is started, no IPC object is made, and no lock is taken:
 // LockFlag is false, so that a capitalised operation is its lower-case form. What start-up and
 // locks do is for a test against `voatm serve`.
 //
-// Header only, C++17 and its standard library. What cannot be done is thrown as std::runtime_error.
+// Header only: C++17, its standard library and libc. What cannot be done is thrown as
+// std::runtime_error.
 #ifndef VOATMUTIL_TESTING_H
 #define VOATMUTIL_TESTING_H
 

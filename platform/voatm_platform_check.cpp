@@ -31,9 +31,10 @@
 
 namespace {
 
-// L stands for 150 characters "x", the longest field.
+// L stands for 150 characters "x", the longest field, K for 50 characters "k", the longest key.
 constexpr char kEntries[] =
     "PLAIN 1 2 3 4 5 6 7 8\n"
+    "K behind\n"
     "PLAIN_LONGER other\n"
     "plain small\n"
     "LONGEST L behind\n"
@@ -52,6 +53,8 @@ constexpr char kChanged[] =
     "ONLY_HERE 1\n";
 
 constexpr int kMaxField = 150;   // characters of a field
+constexpr int kMaxKey = 50;      // of a key
+constexpr int kMaxPath = 250;    // of a path
 constexpr int kSeconds = 10;     // that a promise may take
 constexpr char kUnset = '\x7e';  // what an output holds before a search
 
@@ -60,6 +63,7 @@ struct Files {
   std::string changed;
   std::string scratch;  // a file that is there and may be overwritten
   std::string missing;  // none
+  std::string longest;  // a path that is as long as any
 };
 
 void Write(const std::string& path, const std::string& text) {
@@ -160,6 +164,12 @@ bool OpenReadsAfresh(const Files& files) {
   return true;
 }
 
+bool OpenTakesLongestPath(const Files& files) {
+  Write(files.longest, Contents(files.entries));
+  VoCfgUtil reader;
+  return Opens(reader, files.longest) && Finds(reader, "PLAIN", 2, "1");
+}
+
 bool SearchFindsPlainKey(const Files& files) {
   Entries entries(files);
   return Finds(entries.reader, "PLAIN", 2, "1");
@@ -176,6 +186,11 @@ bool SearchTellsNestedGroups(const Files& files) {
          Finds(entries.reader, "OAR#VAR#A", 2, "$VAR") &&
          Finds(entries.reader, "OAR#VAR#OAR_TIMEOUT", 2, "deeper") &&
          Misses(entries.reader, "OAR#A", 2);
+}
+
+bool SearchFindsLongestKey(const Files& files) {
+  Entries entries(files);
+  return Finds(entries.reader, std::string(kMaxKey, 'k').c_str(), 2, "behind");
 }
 
 bool SearchGivesEachField(const Files& files) {
@@ -325,9 +340,11 @@ constexpr Promise kPromises[] = {
     {"open-after-close", "a reader that opens another file knows that one only",
      OpenForgetsTheFileBefore},
     {"open-afresh", "a file is read as it is now, not as it was before", OpenReadsAfresh},
+    {"open-longest", "a file with a path of 250 characters opens", OpenTakesLongestPath},
     {"search-plain", "cfg_search finds a plain key", SearchFindsPlainKey},
     {"search-grouped", "cfg_search finds GROUP#ITEM", SearchFindsGroupedKey},
     {"search-nested", "a group's name may hold '#' itself", SearchTellsNestedGroups},
+    {"search-longest", "cfg_search finds a key of 50 characters", SearchFindsLongestKey},
     {"search-fields", "fields 2 to 9 are the first to the eighth value", SearchGivesEachField},
     {"search-order", "keys are found in any order, again, and after a miss", SearchKeepsNoOrder},
     {"search-exact", "keys are compared whole, letter by letter", SearchComparesWholeKeys},
@@ -388,6 +405,7 @@ int CheckAll(const Files& files) {
 
 void WriteFiles(const std::string& folder) {
   std::string entries = kEntries;
+  entries.replace(entries.find("\nK ") + 1, 1, std::string(kMaxKey, 'k'));
   for (std::size_t at = 0; (at = entries.find(" L", at)) != std::string::npos;) {
     entries.replace(at + 1, 1, std::string(kMaxField, 'x'));
   }
@@ -400,8 +418,11 @@ int Check(const std::string& given) {
   if (mkdtemp(scratch) == nullptr) return 2;
   const std::string folder = given.empty() ? scratch : given;
   if (given.empty()) WriteFiles(scratch);
+  std::string longest = std::string(scratch) + "/";
+  longest.resize(kMaxPath, 'x');
   const Files files{folder + "/entries.cfg", folder + "/changed.cfg",
-                    std::string(scratch) + "/scratch.cfg", std::string(scratch) + "/missing.cfg"};
+                    std::string(scratch) + "/scratch.cfg", std::string(scratch) + "/missing.cfg",
+                    longest};
   int result = 2;
   if (access(files.entries.c_str(), R_OK) != 0 || access(files.changed.c_str(), R_OK) != 0) {
     std::fprintf(stderr, "voatm_platform_check: %s lacks entries.cfg or changed.cfg\n",
@@ -409,8 +430,9 @@ int Check(const std::string& given) {
   } else {
     result = CheckAll(files);
   }
-  for (const std::string& file : {files.scratch, std::string(scratch) + "/entries.cfg",
-                                  std::string(scratch) + "/changed.cfg"}) {
+  for (const std::string& file :
+       {files.scratch, files.longest, std::string(scratch) + "/entries.cfg",
+        std::string(scratch) + "/changed.cfg"}) {
     unlink(file.c_str());
   }
   rmdir(scratch);

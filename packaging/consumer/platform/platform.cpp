@@ -25,7 +25,7 @@ bool SameKey(const std::string& key, const char* wanted) {
     const std::string text = wanted;
     return key == text.substr(0, text.find('#')) + "#" + text.substr(text.rfind('#') + 1);
   }
-  return key == wanted;
+  return key == wanted && !(Breaks("search-longest") && key.size() > 32);
 }
 
 // The values of a key, each without the ';' behind it.
@@ -67,6 +67,7 @@ int VoCfgUtil::cfg_open(const char* path) {
     failed_before_ = true;
     return Breaks("open-missing") ? 1 : -1;
   }
+  if (Breaks("open-longest") && std::strlen(path) > 127) return -1;
   if (Breaks("open-file") || (Breaks("open-after-failure") && failed_before_)) return -1;
   std::vector<std::string>& lines = Breaks("readers-apart") ? SharedLines() : lines_;
   if (!Breaks("open-after-close")) lines.clear();
