@@ -97,6 +97,11 @@ TEST(Plan, TakesDecimalNumbersAndWhatGoesTogether) {
     const Answer answer = Voatm("plan " + std::string(arguments) + kGiven);
     EXPECT_EQ(answer.code, code) << arguments << answer.text;
   }
+  const char* const without = "plan --currency 36 --max-notes 9 --amount 20 ";
+  EXPECT_EQ(Voatm(without + std::string("A:20:36:Y")).code, 2);
+  for (const char* cassette : {"A:20:36", "AB:20:36:Y", "A:20:36:YY", "A:20:36:X", "A::36:Y"}) {
+    EXPECT_EQ(Voatm(without + std::string("--model NDC+ATM ") + cassette).code, 2) << cassette;
+  }
   const char* const eight = "plan --currency 36 --max-notes 9 --amount 90 E:90:36:Y --model ";
   EXPECT_EQ(Voatm(eight + std::string("D912ATM")).code, 0);
   EXPECT_EQ(Voatm(eight + std::string("NDC+ATM")).code, 2);

@@ -62,6 +62,9 @@ TEST(Terminal, GetsLinesOfItsWidthInColoursThatItHas) {
       {"stty cols 41; TERM=xterm NO_COLOR=", "why -x --file log", 41, true},
       {"stty cols 41; TERM=dumb", "why --file log", 41, false},
       {"stty cols 1; unset TERM; ", "why --file log", 20, false},
+      {"stty cols 41; TERM=xterm",
+       "plan --model NDC+ATM --currency 978 --max-notes 9 A:20:978:Y --sweep 20:40:20 --empty", 41,
+       true},
   };
   const TestHome home;
   home.Write("log", "Error in opening file[ /a/long/path/without/a/blank/to/break/at ]\n");

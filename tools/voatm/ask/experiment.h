@@ -49,7 +49,6 @@ class RowsExperiment {
   Json Explain();  // with locks: {slots: that a driver under locks visits, calls: of semop}
 
  private:
-  void Point(char* rows, int count);
   int FindSlot();  // of the row that answers, or -1
   int FindMarked();
   int AskMark();

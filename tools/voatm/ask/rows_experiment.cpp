@@ -73,13 +73,9 @@ int CallCount(const std::vector<Event>& events) {
 RowsExperiment::RowsExperiment(const Question& question, const Inputs& inputs, Rows* rows)
     : question_(question), inputs_(inputs), rows_(rows) {
   util_.dptr = Observation::Trace();
-  Point(rows->bytes.data(), rows->count());
-}
-
-void RowsExperiment::Point(char* rows, int count) {
-  rows_->table->point(util_, rows);
-  util_.*rows_->table->slots = count;
-  util_.*rows_->table->semid = -1;  // no set of anybody's, should a call ever get through
+  rows->table->point(util_, rows->bytes.data());
+  util_.*rows->table->slots = rows->count();
+  util_.*rows->table->semid = -1;  // no set of anybody's, should a call ever get through
 }
 
 std::string RowsExperiment::Where(int slot) const {
@@ -137,10 +133,10 @@ int RowsExperiment::FindSlot() {
 }
 
 Answer RowsExperiment::AskAlone(int slot) {
-  Point((*rows_)[slot], 1);
-  Answer answer = Ask();
-  Point(rows_->bytes.data(), rows_->count());
-  return answer;
+  VoATMUtil alone = util_;
+  rows_->table->point(alone, (*rows_)[slot]);
+  alone.*rows_->table->slots = 1;
+  return question_.ask(alone, inputs_);
 }
 
 Json RowsExperiment::Explain() {

@@ -29,14 +29,13 @@ class Screen {
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
 
-  // Waits so many seconds at most, less when a key is pressed; true when that is q or a signal
-  // comes.
+  // Waits so many seconds at most, less when a key is pressed; true when that is q, the input ends
+  // or a signal comes.
   bool IsToEnd(int seconds, int signals) const {
     pollfd sources[] = {{signals, POLLIN, 0}, {has_keys_ ? STDIN_FILENO : -1, POLLIN, 0}};
     if (poll(sources, 2, seconds * 1000) <= 0) return false;
-    char key = 'q';  // so does the end of the input
-    if (sources[0].revents == 0 && read(STDIN_FILENO, &key, 1) < 0) return true;
-    return key == 'q';
+    char key = 0;
+    return sources[0].revents != 0 || read(STDIN_FILENO, &key, 1) <= 0 || key == 'q';
   }
 
  private:
