@@ -3,12 +3,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <iterator>
 #include <map>
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <stdexcept>
@@ -23,22 +21,6 @@ using Json = nlohmann::ordered_json;
 using Event = Json::parse_event_t;
 
 constexpr const char* kSlotMember = "Slot";
-
-// Reads a file whole. Returns nothing when there is none.
-std::optional<std::string> ReadFile(const std::string& path) {
-  const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "r"), &std::fclose);
-  if (file == nullptr && errno == ENOENT) return std::nullopt;
-  std::string text;
-  char chunk[4096];
-  std::size_t size = 0;
-  while (file != nullptr && (size = std::fread(chunk, 1, sizeof chunk, file.get())) > 0) {
-    text.append(chunk, size);
-  }
-  if (file == nullptr || std::ferror(file.get()) != 0) {
-    throw SeedError(path, 1, 1, std::string("cannot read the file, ") + std::strerror(errno), "");
-  }
-  return text;
-}
 
 // Hands a text to the parser and leaves the place of the last character it took, so that the
 // parser's events have a place.
@@ -219,11 +201,15 @@ SeedError::SeedError(const std::string& file, std::size_t at_line, std::size_t a
 
 TableImage ReadSeed(const records::RecordTable& table, const std::string& path,
                     std::optional<int> slots) {
-  const std::optional<std::string> text = ReadFile(path);
+  std::string text;
+  const int error = ReadFile(path, &text);
+  if (error != 0 && error != ENOENT) {
+    throw SeedError(path, 1, 1, std::string("cannot read the file, ") + std::strerror(error), "");
+  }
   TableImage image;
   image.file = path;
-  image.has_file = text.has_value();
-  SeedReader(table, text.value_or("[]"), slots, &image).Read();
+  image.has_file = error == 0;
+  SeedReader(table, image.has_file ? text : "[]", slots, &image).Read();
   return image;
 }
 

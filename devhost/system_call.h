@@ -5,6 +5,7 @@
 #include <sys/sem.h>
 #include <sys/types.h>
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -25,6 +26,10 @@ constexpr int kAtRest = 2;  // units of a slot's semaphore that nobody holds; a 
 
 // The most semaphores of a set (SEMMSL of kernel.sem). Throws std::runtime_error.
 int MostSemaphoresOfASet();
+
+// Reads a file, or its first `most` bytes. Returns 0, or errno of what failed, a folder's among
+// them. A FIFO to which nobody writes is empty.
+int ReadFile(const std::string& path, std::string* text, std::size_t most = SIZE_MAX);
 
 // Whether there is a process, be it another user's.
 bool ProcessExists(pid_t id);

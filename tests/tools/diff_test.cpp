@@ -1,4 +1,6 @@
 // What changed between two sides, and which answers change with it.
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <filesystem>
 
@@ -119,6 +121,16 @@ e/resptable/HARBOUR_MALL_resp.cfg:10","answer":{"StateNo":"022","ScreenNo":"271"
 )");
 }
 
+TEST_F(DiffTest, WhatIsNoFileIsNoSetOfEntries) {
+  const std::string keys = home_.path() + "/new/cfg/atm/statetable/opkey/HARBOUR_opk.cfg";
+  std::filesystem::remove(keys);
+  std::filesystem::create_directory(keys);
+  EXPECT_EQ(Diff().code, 2);
+  std::filesystem::remove(keys);
+  mkfifo(keys.c_str(), 0600);
+  EXPECT_EQ(Diff().code, 2);
+}
+
 TEST_F(DiffTest, ADumpIsComparedWithSeedFilesByRowsAlone) {
   Change("tables/atm_status.json", "\"CASHLOW\"", "\"CASHOUT\"");
   const std::string dump = home_.path() + "/new/tables/atm_status.json";
@@ -133,7 +145,19 @@ TEST_F(DiffTest, ADumpIsComparedWithSeedFilesByRowsAlone) {
   const Answer refused = Voatm("diff tables tables --atms " + home_.path() + "/atms");
   EXPECT_EQ(refused.code, 2);
   EXPECT_NE(refused.text.find("/atms:2 takes S1 S2 S3"), std::string::npos) << refused.text;
-  EXPECT_EQ(Voatm("diff tables tables --atms none").code, 2);
+  home_.Write("atms", "# nobody\n");
+  home_.Write("one/atm_status.json", R"([{"StatusCode": "A"}, {"StatusCode": "B"}])");
+  const std::string one = home_.path() + "/one";
+  for (const std::string& arguments :
+       {std::string("tables tables --atms none"), "tables tables --atms " + home_.path(),
+        "tables tables --atms " + home_.path() + "/atms", std::string("tables cfg"),
+        one + " tables/atm_fit.json"}) {
+    EXPECT_EQ(Voatm("diff " + arguments).code, 2) << arguments;
+  }
+  home_.Write("two/atm_status.json", R"([{"StatusCode": "B"}, {"StatusCode": "A"}])");
+  EXPECT_EQ(VoatmJson("diff " + one + " " + home_.path() + "/two")["rows"].dump(),
+            R"([{"table":"ATMSTATUSMEMORY","id":"A","change":"moved","fields":[{"field":"Slot",)"
+            R"("before":0,"after":1}]}])");
   EXPECT_EQ(Voatm("diff tables tables --atm HARBOUR MALL").code, 2);
 }
 

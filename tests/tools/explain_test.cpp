@@ -1,5 +1,6 @@
 // What decided an answer, and what stands behind it: the command's answers on tables and files of
 // the test's own.
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -144,6 +145,11 @@ TEST_F(ExplainTest, RowsStandBehindInTheOrderInWhichTheyWouldAnswer) {
       {"action action I G A X --from tables", 2, {}},
       {"property I G A 0x10 2 3 --from tables", 2, {}},
       {"screen I G A C --from tables", 2, {}},
+      {"screen I G A C --locks", 2, {}},
+      {"action value I G A 'X|' --from tables", 2, {}},
+      {"status ELEVENCHARS --from tables", 2, {}},
+      {"flags receipt", 2, {}},
+      {"flags utc I", 2, {}},
   });
   EXPECT_NE(Voatm("explain action action I G A").text.find("PAPEROUT|CASHLOW|"), std::string::npos);
 }
@@ -248,6 +254,14 @@ TEST_F(ExplainTest, TextsAreTakenApart) {
   transaction.ReasonCode = 103;
   transaction.MemTraceNo = 12;
   const std::string reversal = keep("transaction", transaction);
+  mkfifo((home_.path() + "/fifo").c_str(), 0600);
+  for (const char* file : {"/tmp", "/dev/zero", "fifo"}) {
+    const std::string path = file[0] == '/' ? file : home_.path() + "/" + file;
+    const Answer answer = Voatm("explain message " + path);
+    EXPECT_EQ(answer.code, 2) << path;
+    EXPECT_NE(answer.text.find(path), std::string::npos) << answer.text;
+  }
+  EXPECT_EQ(Voatm("explain fit A B C --from " + home_.path() + "/fifo").code, 2);
   home_.Write("short", "abc");
   const std::string cut = "message " + home_.path() + "/short";
   const std::string lost = "message " + home_.path() + "/absent";

@@ -83,6 +83,7 @@ TEST(Plan, TakesDecimalNumbersAndWhatGoesTogether) {
            {"--currency 36 --amount 4294967366", 2},
            {"--currency 36 --amount 70 --sweep 10:70:10", 2},
            {"--currency 36 --sweep 70:10", 2},
+           {"--currency 36 --sweep 1:2000000000", 2},
            {"--currency 36 --amount 70 --empty", 2},
            {"--currency 36 --sweep 20:50:30 --html page", 2},
            {"--currency 36 --sweep 20:50:30 --empty", 0},

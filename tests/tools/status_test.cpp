@@ -89,7 +89,9 @@ TEST_F(StatusTest, JudgesRecordsByAskingTheLibrary) {
   nameless.AtmId[0] = '\0';
   Put(0, std::vector{atm, nameless, atm});
   Put(1, std::vector{AtmFit{"TWO", "K", "", "", "45", {}, 'C'},
-                     AtmFit{"BAD", "K", "", "", "45A7FFFFFF", {}, 'C'}});
+                     AtmFit{"BAD", "K", "", "", "45A7FFFFFF", {}, 'C'},
+                     AtmFit{"ALL", "K", "", "", "ffffffffff", {}, 'C'},
+                     AtmFit{"LAST", "K", "", "", "FFFFFFFFFF", {}, 'C'}});
   VoAtmProperty endless = Property("I", "H", "*", "*", "*", 0);
   memset(endless.AtmLogicalGroup, 'H', sizeof endless.AtmLogicalGroup);
   Put(3, std::vector{Property("I", "G", "A", "010000", "000", 978),
@@ -97,19 +99,23 @@ TEST_F(StatusTest, JudgesRecordsByAskingTheLibrary) {
                      Property("I", "G", "B", "10000", "000", 978),
                      Property("I", "G", "C", "*", "1", 978), Property("I", "*", "*", "*", "*", 0),
                      Property("*", "*", "*", "*", "*", 0, '1'), endless});
-  Put(4, std::vector{Action("A", "X"), Action("B", "Y"), Action("B", "Y"), Action("C", "Z", "1")});
+  VoAtmActionProperty foreign = Action("*", "V");
+  strcpy(foreign.InstTerminalGroup, "J");
+  Put(4, std::vector{Action("A", "X"), Action("B", "Y"), Action("B", "Y"), Action("C", "Z", "1"),
+                     Action("*", "W"), foreign});
   Put(5, std::vector<VoAtmStatus>(4));
   EXPECT_EQ(Voatm("status >/dev/null").code, 1);
   EXPECT_EQ(Found(), R"(ATMMEMORY slot 1: its id is empty
 ATMMEMORY slot 2: a lower slot has its id
 ATMFITMEMORY slot 0, 1: no card matches its CardPrefix
+ATMFITMEMORY slot 3: no card is answered with it
 ATMPROPERTYMEMORY slot 5: PropertySwitch1 is neither Y nor N
 ATMPROPERTYMEMORY slot 6: AtmLogicalGroup does not end
 ATMPROPERTYMEMORY slot 0: its group has no row for all, but its institution has
 ATMPROPERTYMEMORY slot 1, 6: no request is answered with it
 ATMPROPERTYMEMORY slot 2: no request can equal its TxnCode
 ATMPROPERTYMEMORY slot 3: no request can equal its RespCode
-ATMACTIONPROPERTYMEMORY slot 1, 3: requests of an ATM above are answered with it
+ATMACTIONPROPERTYMEMORY slot 1, 3, 5: requests of an ATM above are answered with it
 ATMACTIONPROPERTYMEMORY slot 2: no request is answered with it
 ATMACTIONPROPERTYMEMORY slot 3: no request can equal its TxnCode
 ATMSTATUSMEMORY: all its bytes are 0
@@ -150,6 +156,8 @@ TEST_F(StatusTest, LooksWithoutVoChannelMgr) {
   EXPECT_EQ(findings[0]["since"].get<std::string>().find("looked with the keys of its last"), 0U);
   EXPECT_EQ(status["tables"][0]["key"], Key(5));
   EXPECT_EQ(Voatm("status --key atm").code, 2);
+  EXPECT_EQ(Voatm("status --key atm=1 atm=2").code, 2);
+  EXPECT_EQ(Voatm("list fit 2>/dev/null").code, 0) << "with the key that is remembered";
   EXPECT_EQ(Voatm("status --home none").code, 2);
 }
 
@@ -163,10 +171,10 @@ TEST_F(StatusTest, OneBrokenPartHidesNoOther) {
   EXPECT_EQ(findings[1]["next"], "voatm locks release status 1 --reset");
   EXPECT_EQ(findings[2]["next"], "voatm check --home " + home_.path());
   const std::string text = Voatm("status").text;
-  EXPECT_NE(text.find("\nits value is 7, not 0 or 2\n  where   slot 1 of ATMSTATUSMEMORY"),
+  EXPECT_NE(text.find("\nits value is 7, not 0 or 2\n  where    slot 1 of ATMSTATUSMEMORY"),
             std::string::npos)
       << text;
-  EXPECT_NE(text.find("\n  next    voatm locks release status 1 --reset\n"), std::string::npos);
+  EXPECT_NE(text.find("\n  next     voatm locks release status 1 --reset\n"), std::string::npos);
 }
 
 TEST_F(StatusTest, AWatchMarksWhatIsNewAndLeavesTheTerminalAsItWas) {

@@ -69,6 +69,10 @@ TEST_F(VoatmTest, ATableThatIsCutShortIsNotShownAsWhole) {
   EXPECT_EQ(json["complete"], false);
   EXPECT_EQ(json["rows"].size(), 1U);
   EXPECT_EQ(dump.code, 1);
+  EXPECT_EQ(Voatm("explain status B").code, 2);
+  const std::string unseen = VoatmJson("explain status B")["unseen"];
+  EXPECT_EQ(unseen.find("only 4 of 9 slots lie in the segment of ATMSTATUSMEMORY"), 0U) << unseen;
+  EXPECT_EQ(Voatm("diff live live").code, 2);
   EXPECT_EQ(Voatm("dump fit >/dev/full").code, 2);
   home_.Write("tables/atm_status.json", dump.text);
   EXPECT_THROW(devhost::ReadSeed(records::kRecordTables[5],

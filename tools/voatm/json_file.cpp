@@ -1,9 +1,6 @@
 #include "json_file.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <vector>
 
@@ -21,15 +18,13 @@ std::string PlaceOf(std::size_t byte, const std::string& text) {
 }
 
 Json ReadJson(const std::string& path) {
-  std::ifstream stream(path);
-  const std::string text{std::istreambuf_iterator<char>(stream), {}};
-  if (!stream.is_open() || stream.bad()) {
-    throw devhost::SystemError(errno != 0 ? errno : EIO, "cannot read " + path);
-  }
+  std::string text;
+  const int error = devhost::ReadFile(path, &text);
+  if (error != 0) throw devhost::SystemError(error, "cannot read " + path);
   try {
     return Json::parse(text);
-  } catch (const Json::parse_error& error) {
-    throw std::runtime_error("not JSON: " + path + ":" + PlaceOf(error.byte, text));
+  } catch (const Json::parse_error& wrong) {
+    throw std::runtime_error("not JSON: " + path + ":" + PlaceOf(wrong.byte, text));
   } catch (const Json::exception&) {
     throw std::runtime_error("a number that is too large: " + path);
   }

@@ -1,5 +1,6 @@
 #include "ask/comparison.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -9,37 +10,60 @@
 
 namespace {
 
-// The rows of a table by id, and the number among those of one id.
-std::map<std::pair<std::string, int>, const char*> RowsById(const Rows& rows) {
+// A row by its id, and its number among those of one id.
+using RowKey = std::pair<std::string, int>;
+
+// The slots of the rows.
+std::map<RowKey, int> SlotsOf(const Rows& rows) {
   std::map<std::string, int> seen;
-  std::map<std::pair<std::string, int>, const char*> by_id;
+  std::map<RowKey, int> slots;
   for (int slot = 0; slot < rows.count(); ++slot) {
     const char* const record = rows[slot];
     if (IsFree(*rows.table, record)) continue;
     const std::string id = IdText(*rows.table, record);
-    by_id[{id, seen[id]++}] = record;
+    slots[{id, seen[id]++}] = slot;
   }
-  return by_id;
+  return slots;
+}
+
+// Which of rows that match alike answers is a matter of their order: the first one of both sides
+// that other rows precede than before.
+const RowKey* FirstMoved(const std::map<RowKey, int>& in_a, const std::map<RowKey, int>& in_b) {
+  std::map<int, const RowKey*> a, b;
+  for (const auto& [key, slot] : in_a) {
+    const auto other = in_b.find(key);
+    if (other == in_b.end()) continue;
+    a[slot] = &key;
+    b[other->second] = &other->first;
+  }
+  const auto moved = std::mismatch(a.begin(), a.end(), b.begin(), [](auto& one, auto& other) {
+                       return *one.second == *other.second;
+                     }).first;
+  return moved == a.end() ? nullptr : moved->second;
 }
 
 void CompareTable(const Rows& a, const Rows& b, Json* changes) {
   const records::RecordTable& table = *a.table;
-  const auto in_a = RowsById(a);
-  const auto in_b = RowsById(b);
+  const auto in_a = SlotsOf(a);
+  const auto in_b = SlotsOf(b);
   const auto add = [&](const std::string& id, const char* change, Json fields) {
     changes->push_back(
         {{"table", table.name}, {"id", id}, {"change", change}, {"fields", std::move(fields)}});
   };
-  for (const auto& [key, record] : in_a) {
+  for (const auto& [key, slot] : in_a) {
     const auto other = in_b.find(key);
     if (other == in_b.end()) {
       add(key.first, "removed", Json::array());
-    } else if (std::memcmp(record, other->second, table.record_size) != 0) {
-      add(key.first, "changed", ChangesJson(table, record, other->second));
+    } else if (std::memcmp(a[slot], b[other->second], table.record_size) != 0) {
+      add(key.first, "changed", ChangesJson(table, a[slot], b[other->second]));
     }
   }
-  for (const auto& [key, record] : in_b) {
+  for (const auto& [key, slot] : in_b) {
     if (in_a.count(key) == 0) add(key.first, "added", Json::array());
+  }
+  if (const RowKey* const key = FirstMoved(in_a, in_b)) {
+    add(key->first, "moved",
+        {{{"field", "Slot"}, {"before", in_a.at(*key)}, {"after", in_b.at(*key)}}});
   }
 }
 

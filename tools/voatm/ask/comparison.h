@@ -8,7 +8,8 @@
 #include "ask/side.h"
 
 // The rows of the tables that both sides have, by id; of several with one id the first with the
-// first, and so on. Their slots do not count. [{table, id, change: "added", "removed" or "changed",
+// first, and so on. Their slots do not count, but their order does: of a table's rows that stand in
+// another one the first is named. [{table, id, change: "added", "removed", "changed" or "moved",
 // fields: [{field, before, after}]}]
 Json CompareRows(const Side& a, const Side& b);
 

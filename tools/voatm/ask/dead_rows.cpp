@@ -115,7 +115,9 @@ class AskedRows {
     const bool has_action = Text(slot, "ActionFlag") == "Y";
     const bool has_value = Text(slot, "TxnFlag") == "Y";
     const auto& txn = txns_.NumberFor(Text(slot, "TxnCode"));
-    if (has_value && !txn.has_value()) AddNever("no request can equal its TxnCode", slot);
+    if (has_value && !txn.has_value()) {
+      faults_.Add("no request can equal its TxnCode", "never get its TxnValue", slot);
+    }
     const int first = FirstOf(request, slot);
     if (has_action && Answers(first, slot, request)) return;
     request["search"] = "value";
@@ -124,18 +126,25 @@ class AskedRows {
     if (has_action || has_value) AddNever("no request is answered with it", slot);
   }
 
-  // A card range alone in a table must answer for a card that begins as its prefix does.
+  // A card range must answer for a card that begins as its prefix does: by itself, and beside the
+  // others for one that goes on with some digit.
   void JudgeFit(int slot) {
     const std::string prefix = Text(slot, "CardPrefix");
-    std::string card = prefix.substr(0, prefix.find('F'));
-    const bool is_number = IsNumber(card);
-    card.resize(std::max<std::size_t>(card.size(), 16), '0');
+    const std::string start = prefix.substr(0, prefix.find_first_of("Ff"));
     Inputs request;
     request["match1"] = Text(slot, "MatchKey1");
     request["match2"] = Text(slot, "MatchKey2");
-    request["card"] = card;
-    if (is_number && Answers(slot, slot, request)) return;
-    faults_.Add("no card matches its CardPrefix", "never take its state", slot);
+    bool is_matched = false, answers = false;
+    for (char next = '0'; next <= '9' && IsNumber(start) && !answers; ++next) {
+      std::string card = start;
+      card.resize(std::max<std::size_t>(card.size(), 16), next);
+      request["card"] = card;
+      is_matched = is_matched || Answers(slot, slot, request);
+      answers = is_matched && AnswersAmong(0, rows_.count(), slot, request);
+    }
+    if (answers) return;
+    faults_.Add(is_matched ? "no card is answered with it" : "no card matches its CardPrefix",
+                "never take its state", slot);
   }
 
  private:
@@ -190,7 +199,11 @@ class AskedRows {
   // Whether the row answers, asked of the rows from `first` to itself: whoever could come before it
   // lies there, and a look at all rows for each of them would last minutes.
   bool Answers(int first, int slot, const Inputs& request) {
-    Point(first, slot - first + 1);
+    return AnswersAmong(first, slot - first + 1, slot, request);
+  }
+
+  bool AnswersAmong(int first, int count, int slot, const Inputs& request) {
+    Point(first, count);
     Mark(slot, '1');
     const Answer answer = question_.ask(util_, request);
     Mark(slot, '0');
@@ -216,11 +229,14 @@ class AskedRows {
                 "find nothing for ATMs of the group that have no row", slot);
   }
 
-  // Whether the row answers for the ATM whose rows lie before those of its own.
+  // Whether the row answers for the ATM whose rows lie before those of its own. A row for all ATMs
+  // may do so within their institution, and one for all institutions everywhere.
   void JudgeReach(int slot, Inputs request) {
     if (!last_.has_value() || AtmOf(*last_) != AtmOf(request))
       above_ = std::exchange(last_, request);
-    if (!above_.has_value() || request["atm"] == kNew) return;
+    if (!above_.has_value()) return;
+    const bool is_foreign = request["inst"] != kNew && request["inst"] != (*above_)["inst"];
+    if (request["atm"] == kNew && !is_foreign) return;
     for (const char* const name : {"inst", "group", "atm"}) request[name] = (*above_)[name];
     if (Text(slot, "ActionFlag") != "Y") return;
     if (!Answers(FirstOf(*above_, slot), slot, request)) return;

@@ -31,6 +31,7 @@ inline Json PlacedJson(const Placed& placed) {
 struct Rows {
   const records::RecordTable* table;
   std::vector<char> bytes;
+  std::string unseen = {};  // says which slots could not be had; empty when all were
 
   int count() const { return static_cast<int>(bytes.size() / table->record_size); }
   std::size_t At(int slot) const { return static_cast<std::size_t>(slot) * table->record_size; }

@@ -1,5 +1,6 @@
 // The requests that configuration files answer.
 #include "ask/question.h"
+#include "options.h"
 
 namespace {
 
@@ -88,6 +89,9 @@ Answer AskDeposit(VoATMUtil& util, const Inputs& inputs) {
 // The library answers "no" for a flag that is not there; the entry tells whether one is.
 Answer AskFlag(VoATMUtil& util, const Inputs& inputs) {
   const bool receipt = inputs.Is("flag", "receipt");
+  if (receipt == inputs.Is("inst", "")) {
+    throw UsageError(receipt ? "no inst (institution terminal group)" : "too much: inst");
+  }
   const int flag = receipt ? util.isBadResponsePrintNeeded(inputs["inst"]) : util.getUTCFlag();
   return {true, {{"Flag", std::to_string(flag)}}};
 }

@@ -52,7 +52,7 @@ constexpr Meaning kMeanings[] = {
     {"statuses", "status codes, each followed by |, the last one too: PAPEROUT|CASHLOW|"},
     {"template", "template name"},
     {"trace", "trace number of the kept message", kNumber},
-    {"txn", "transaction code", kNumber, "0"},
+    {"txn", "transaction code", kNumber},
     {"type", "message type of the kept message", kNumber, "200"},
 };
 
@@ -140,8 +140,9 @@ Inputs ReadInputs(const Question& question, const std::vector<std::string>& word
   std::size_t used = 0;
   for (const Input& input : InputsOf(question)) {
     if (used == words.size() && !input.is_optional) Refuse(question, input, "no " + input.name);
-    const std::string value = used < words.size() ? words[used++] : input.meaning->standard;
-    if (!input.Allows(value)) {
+    const bool is_given = used < words.size();
+    const std::string value = is_given ? words[used++] : input.meaning->standard;
+    if (is_given && !input.Allows(value)) {
       Refuse(question, input, input.name + " cannot be \"" + value + "\"");
     }
     inputs[input.name.c_str()] = value;

@@ -59,7 +59,8 @@ enum class Ground {
 struct Question {
   const char* name;
   Ground ground;
-  const char* inputs;  // their names; "name=a|b" is one of these words, [name] may be left out
+  const char* inputs;  // their names; "name=a|b" is one of these words, [name] may be left out: it
+                       // is then as is usual, or empty
   Answer (*ask)(VoATMUtil& util, const Inputs& inputs);
   const char* note = nullptr;                   // for who reads the answer
   const records::RecordTable* table = nullptr;  // for kRows

@@ -14,11 +14,17 @@ constexpr int kNoSlot = -1;
 // that found its row is followed by one from that row on, one that did not by its message.
 class Scans {
  public:
-  // `taken` is the slot of the row that answers; what is said behind its scan is no miss.
+  // `taken` is the slot of the row that answers; what is said behind its scan is no miss, nor what
+  // is said behind one that did not come to the last slot.
   Scans(const std::vector<Event>& events, int count, int taken) {
-    for (const Event& event : events) {
-      if (event.kind == Event::Kind::kTake) Visit(event.number);
-      if (event.kind == Event::Kind::kTrace && first_ != kNoSlot) EndWith("none: " + event.text);
+    const auto last_take = std::find_if(events.rbegin(), events.rend(), [](const Event& event) {
+      return event.kind == Event::Kind::kTake;
+    });
+    for (auto event = events.begin(); event != events.end(); ++event) {
+      if (event->kind == Event::Kind::kTake) Visit(event->number);
+      if (event->kind != Event::Kind::kTrace || first_ == kNoSlot) continue;
+      const bool is_last = event >= last_take.base() && taken != kNoSlot;
+      EndWith(last_ < count - 1 ? Hit() : is_last ? "none" : "none: " + event->text);
     }
     const bool hit = taken != kNoSlot && last_ == taken;
     if (first_ != kNoSlot) EndWith(hit || last_ < count - 1 ? Hit() : "none");

@@ -1,12 +1,15 @@
 #include "ask/side.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
 
 #include "common/config_file.h"
 #include "devhost/seed.h"
+#include "devhost/settings.h"
 #include "home/configuration_entries.h"
+#include "home/configuration_kinds.h"
 #include "look/survey.h"
 
 namespace {
@@ -15,13 +18,23 @@ namespace fs = std::filesystem;
 
 constexpr const char* kLive = "live";
 
+// Whether it stands where the library opens a file, by its name.
+bool IsOpened(const TreeFile& file) {
+  const auto& kinds = FileKinds();
+  return std::any_of(kinds.begin(), kinds.end(), [&](const FileKind& kind) {
+    return kind.layered && file.directory == kind.directory && Matches(kind.opens, file.name);
+  });
+}
+
 Entries EntriesOf(const std::string& home) {
   Entries entries;
   for (const TreeFile& file : WalkTree(home)) {
     const std::string path = std::string(file.directory).append("/").append(file.name);
     const fs::path place = fs::path(home) / path;
     if (!file.error.empty()) throw std::runtime_error(file.error + ": " + place.string());
-    if (!fs::is_regular_file(place)) continue;
+    const bool is_folder = file.is_directory && !IsOpened(file);
+    if (is_folder) continue;
+    if (!fs::is_regular_file(place)) throw std::runtime_error("it is no file: " + place.string());
     for (const ConfigurationEntry& entry : ReadEntriesOf(place.string())) {
       if (!entry.readable() || entry.key.empty()) continue;
       std::vector<std::string> fields;
@@ -36,7 +49,18 @@ Entries EntriesOf(const std::string& home) {
 std::optional<Rows> ReadRows(const records::RecordTable& table, const std::string& file) {
   const devhost::TableImage image = devhost::ReadSeed(table, file);
   if (!image.has_file) return std::nullopt;
-  return Rows{&table, image.records};
+  return Rows{&table, image.records, ""};
+}
+
+// 0 when that cannot be told.
+int ConfiguredSlots(const std::string& home, const records::RecordTable& table) {
+  try {
+    return home.empty()
+               ? 0
+               : std::min(devhost::ReadSlotCount(home, table), devhost::MostSemaphoresOfASet());
+  } catch (const std::runtime_error&) {
+    return 0;
+  }
 }
 
 void ReadSeeds(const std::string& from, Side* side) {
@@ -64,9 +88,16 @@ void ReadDump(const std::string& file, Side* side) {
 }  // namespace
 
 Rows RowsFrom(const std::string& from, const std::string& home, const records::RecordTable& table) {
-  if (from.empty() || from == kLive) return {&table, CopyRecords(SurveyTable(home, table))};
+  if (from.empty() || from == kLive) {
+    const TableState state = SurveyTable(home, table);
+    return {&table, CopyRecords(state), state.Shortage()};
+  }
   const std::string file = devhost::SeedPath(table, from);
-  if (auto rows = ReadRows(table, file)) return *std::move(rows);
+  if (auto rows = ReadRows(table, file)) {
+    const int slots = ConfiguredSlots(home, table);
+    if (slots > rows->count()) rows->bytes = devhost::ReadSeed(table, file, slots).records;
+    return *std::move(rows);
+  }
   throw std::runtime_error("there is no file with rows of " + std::string(table.name) + ": " +
                            file);
 }
@@ -76,7 +107,9 @@ Side ReadSide(const std::string& given, const std::string& live_home) {
   if (given == kLive) {
     side.home = live_home;
     for (const records::RecordTable& table : records::kRecordTables) {
-      side.tables.emplace(&table, RowsFrom(kLive, live_home, table));
+      Rows rows = RowsFrom(kLive, live_home, table);
+      if (!rows.unseen.empty()) throw std::runtime_error(rows.unseen);
+      side.tables.emplace(&table, std::move(rows));
     }
   } else if (fs::is_directory(given)) {
     if (fs::is_directory(fs::path(given) / voatm::kKernelFile.directory)) side.home = given;
@@ -85,6 +118,9 @@ Side ReadSide(const std::string& given, const std::string& live_home) {
     ReadDump(given, &side);
   } else {
     throw std::runtime_error("No such file or directory: " + given);
+  }
+  if (side.home.empty() && side.tables.empty()) {
+    throw std::runtime_error("neither a home nor seed files: " + given);
   }
   if (!side.home.empty()) side.entries = EntriesOf(side.home);
   return side;

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "ask/question.h"
+#include "options.h"
 #include "show/record_view.h"
 
 namespace {
@@ -29,6 +30,7 @@ Answer AskProperty(VoATMUtil& util, const Inputs& inputs) {
 
 Answer AskAction(VoATMUtil& util, const Inputs& inputs) {
   const bool by_txn = inputs.Is("search", "value");
+  if (by_txn && inputs.Is("txn", "")) throw UsageError("no txn (transaction code) of the value");
   std::string statuses = inputs["statuses"];
   char text[sizeof(VoAtmActionProperty::ActionText) + 1] = {};
   int value = 0;
@@ -61,6 +63,9 @@ constexpr int kStatusSize = 11;
 struct Terminal {
   explicit Terminal(const VoATMUtil& util, const Inputs& inputs) {
     std::string list = inputs["array"];
+    Require("code", inputs, kStatusSize - 1);
+    Require("message", inputs, sizeof message / 2);
+    Require("array", inputs, kStatusRows * kStatusSize - 1);
     VoATMUtil helper = util;
     for (int row = 0; row < kStatusRows; ++row) {
       char token[256] = {};
@@ -69,6 +74,11 @@ struct Terminal {
     }
     snprintf(message, sizeof message, "%s", inputs["message"]);
     snprintf(code, sizeof code, "%s", inputs["code"]);
+  }
+
+  static void Require(const char* name, const Inputs& inputs, std::size_t most) {
+    if (std::strlen(inputs[name]) <= most) return;
+    throw UsageError(name + (" has more than " + std::to_string(most)) + " characters");
   }
 
   char array[kStatusRows][kStatusSize] = {};

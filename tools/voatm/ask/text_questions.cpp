@@ -1,10 +1,7 @@
 // The requests that are answered from what is given alone.
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <memory>
 #include <stdexcept>
 
@@ -36,17 +33,24 @@ Answer AskLastTransaction(VoATMUtil& util, const Inputs& inputs) {
            {"ReasonCode", std::to_string(message->ReasonCode)}}};
 }
 
-std::string ReadWhole(const std::string& path) {
-  if (path == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
-  std::ifstream stream(path, std::ios::binary);
-  std::string bytes((std::istreambuf_iterator<char>(stream)), {});
-  if (stream.is_open() && !stream.bad()) return bytes;
-  throw devhost::SystemError(errno != 0 ? errno : EIO, "cannot read " + path);
+// Of what is longer than any message as much as shows that.
+std::string ReadMessage(const std::string& path) {
+  constexpr std::size_t kMost = sizeof(VoMsgLayout) + 1;
+  std::string bytes;
+  if (path == "-") {
+    bytes.resize(kMost);
+    std::cin.read(bytes.data(), kMost);
+    bytes.resize(static_cast<std::size_t>(std::cin.gcount()));
+    return bytes;
+  }
+  const int error = devhost::ReadFile(path, &bytes, kMost);
+  if (error != 0) throw devhost::SystemError(error, "cannot read " + path);
+  return bytes;
 }
 
 Answer AskMessage(VoATMUtil& util, const Inputs& inputs) {
   const std::string path = inputs["file"];
-  const std::string bytes = ReadWhole(path);
+  const std::string bytes = ReadMessage(path);
   const std::vector<MessagePart> parts = TakeApart(util, bytes);
   if (parts.empty()) {
     throw std::runtime_error("no message of the library: " + std::to_string(bytes.size()) +

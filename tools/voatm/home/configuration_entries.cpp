@@ -1,14 +1,13 @@
 #include "home/configuration_entries.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
 
 #include "common/config_file.h"
+#include "devhost/system_call.h"
 
 namespace {
 
@@ -194,8 +193,8 @@ std::vector<ConfigurationEntry> ReadEntries(const std::string& text) {
 }
 
 std::vector<ConfigurationEntry> ReadEntriesOf(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(stream), {}};
-  if (!stream.is_open() || stream.bad()) throw std::runtime_error("cannot read " + path);
+  std::string text;
+  const int error = devhost::ReadFile(path, &text);
+  if (error != 0) throw devhost::SystemError(error, "cannot read " + path);
   return ReadEntries(text);
 }

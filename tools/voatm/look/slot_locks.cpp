@@ -100,3 +100,16 @@ Json LockJson(const SlotLock& lock) {
           {"last_change", lock.last_change},
           {"stuck", lock.IsStuck()}};
 }
+
+void PrintLocks(const Json& locks) {
+  PrintTable(locks,
+             {{"TABLE", "/name"},
+              {"SLOT", "/slot"},
+              {"ID", "/id"},
+              {"VALUE", "/value"},
+              {"PROCESS", "/process"},
+              {"STATE", "/state"},
+              {"WAITING", "/waiting"},
+              {"COMMAND", "/command"}},
+             "/stuck");
+}

@@ -37,4 +37,7 @@ SlotLock LookAtSlot(const TableState& table, int slot);
 
 Json LockJson(const SlotLock& lock);
 
+// Prints an array of such.
+void PrintLocks(const Json& locks);
+
 #endif  // TOOLS_VOATM_LOOK_SLOT_LOCKS_H

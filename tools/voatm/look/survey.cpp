@@ -12,6 +12,9 @@
 #include "devhost/settings.h"
 #include "devhost/system_call.h"
 #include "look/locate.h"
+#include "look/table_keys.h"
+#include "show/finding.h"
+#include "show/record_view.h"
 #include "verb.h"
 
 namespace {
@@ -95,6 +98,12 @@ int TableState::ReadableSlots() const {
   return static_cast<int>(std::min(HeldSlots(), static_cast<std::size_t>(slots)));
 }
 
+std::string TableState::Shortage() const {
+  if (ReadableSlots() == slots) return "";
+  return "only " + std::to_string(ReadableSlots()) + " of " + std::to_string(slots) +
+         " slots lie in the " + DescribeSegment() + "; see voatm tables";
+}
+
 std::string TableState::DescribeSegment() const { return Describe(*this, IpcKind::kSegment); }
 
 std::string TableState::DescribeSet() const { return Describe(*this, IpcKind::kSemaphoreSet); }
@@ -113,7 +122,16 @@ Survey SurveyTables(const std::string& home) {
 TableState SurveyTable(const std::string& home, const records::RecordTable& record) {
   RequireHome(home);
   const int slots = devhost::ReadSlotCount(home, record);
-  return LookAtTable(record, slots, Locator(devhost::ReadQueueKey(home)).Ask(record.name));
+  const int queue_key = devhost::ReadQueueKey(home);
+  try {
+    return LookAtTable(record, slots, Locator(queue_key).Ask(record.name));
+  } catch (const std::runtime_error& error) {
+    const RememberedKeys remembered = RecallKeys(home);
+    const auto key = remembered.keys.find(&record);
+    if (key == remembered.keys.end()) throw;
+    Say(error.what() + ("; taking the key of its answer of " + TimeText(remembered.since)));
+    return LookAtTable(record, slots, key->second);
+  }
 }
 
 Records::Records(const TableState& table)
@@ -128,6 +146,15 @@ Records::Records(const TableState& table)
 }
 
 Records::~Records() { shmdt(records_); }
+
+int CountDefined(const TableState& table) {
+  const Records records(table);
+  int defined = 0;
+  for (int slot = 0; slot < records.slots(); ++slot) {
+    defined += IsFree(*table.record, records[slot]) ? 0 : 1;
+  }
+  return defined;
+}
 
 std::vector<char> CopyRecords(const TableState& table) {
   const Records records(table);

@@ -48,6 +48,9 @@ struct TableState {
   std::size_t HeldSlots() const { return segment.bytes / record->record_size; }
   int ReadableSlots() const;
 
+  // "only 2 of 8 slots lie in the segment ..."; empty when all do.
+  std::string Shortage() const;
+
   // "segment of ATMFITMEMORY, key 71011 (0x11563)", and the same of the set.
   std::string DescribeSegment() const;
   std::string DescribeSet() const;
@@ -63,7 +66,8 @@ struct Survey {
 };
 
 // Throw std::runtime_error when there is no home, an entry of a start-up file that is needed cannot
-// be used, or VoChannelMgr does not answer. For one table nothing of another one is needed.
+// be used, or VoChannelMgr does not answer. For one table nothing of another one is needed, and the
+// key of an earlier answer serves, which is said.
 Survey SurveyTables(const std::string& home);
 TableState SurveyTable(const std::string& home, const records::RecordTable& record);
 
@@ -87,6 +91,9 @@ class Records {
   std::size_t record_size_;
   int slots_;
 };
+
+// How many of the ReadableSlots hold a record. Throws as Records does.
+int CountDefined(const TableState& table);
 
 // The ReadableSlots of a table, copied without locks. Throws as Records does.
 std::vector<char> CopyRecords(const TableState& table);

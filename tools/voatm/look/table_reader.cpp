@@ -7,11 +7,6 @@
 TableReader::TableReader(const std::string& home, const records::RecordTable& table)
     : state_(SurveyTable(home, table)), records_(state_) {}
 
-std::string TableReader::Shortage() const {
-  return "only " + std::to_string(readable()) + " of " + std::to_string(slots()) +
-         " slots lie in the " + state_.DescribeSegment() + "; see voatm tables";
-}
-
 void TableReader::ForEach(bool all,
                           const std::function<void(int slot, const char* record)>& take) const {
   std::vector<char> copy(table().record_size);

@@ -17,8 +17,7 @@ class TableReader {
   int readable() const { return records_.slots(); }
   bool complete() const { return readable() == slots(); }
 
-  // "only 2 of 8 slots lie in the segment ...", for a table that is not complete.
-  std::string Shortage() const;
+  std::string Shortage() const { return state_.Shortage(); }  // empty when it is complete
 
   // Gives each readable slot that holds a record, or all, as a copy that lasts as long as the call:
   // what a driver writes meanwhile must not change while it is shown.

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <fstream>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "ask/comparison.h"
+#include "devhost/system_call.h"
 #include "show/output.h"
 #include "verbs/verbs.h"
 
@@ -33,8 +33,10 @@ Atm AtmOf(const std::vector<std::string>& words, const std::string& place) {
 }
 
 void ReadAtms(const std::string& path, std::vector<Atm>* atms) {
-  std::ifstream stream(path);
-  if (!stream) throw std::runtime_error("cannot read " + path);
+  std::string lines;
+  const int error = devhost::ReadFile(path, &lines);
+  if (error != 0) throw devhost::SystemError(error, "cannot read " + path);
+  std::istringstream stream(lines);
   int number = 0;
   for (std::string line; std::getline(stream, line);) {
     ++number;
@@ -44,6 +46,7 @@ void ReadAtms(const std::string& path, std::vector<Atm>* atms) {
     if (words.empty() || words[0][0] == '#') continue;
     atms->push_back(AtmOf(words, path + ":" + std::to_string(number)));
   }
+  if (atms->empty()) throw std::runtime_error("no ATM in " + path);
 }
 
 // On a terminal, once it takes longer than a second.
@@ -63,6 +66,12 @@ class Progress {
 Json Compare(const DiffOptions& options) {
   Side a = ReadSide(options.a, options.home);
   Side b = ReadSide(options.b, options.home);
+  const bool shares_table = std::any_of(a.tables.begin(), a.tables.end(), [&](const auto& each) {
+    return b.tables.count(each.first) > 0;
+  });
+  if (!shares_table && (a.home.empty() || b.home.empty())) {
+    throw std::runtime_error("nothing is in both " + options.a + " and " + options.b);
+  }
   Json answers = Json::array();
   Progress progress;
   for (const Atm& atm : options.atms) {
@@ -118,7 +127,8 @@ Action DeclareDiff(OptionList* list) {
 
 const Verb kDiff = {
     "diff", "Say what changed between two homes, and which answers change with it",
-    "Compares the rows of the tables by id and field by field, the entries of the configuration "
+    "Compares the rows of the tables by id and field by field, and their order, the entries of the "
+    "configuration "
     "by\n"
     "file and key (order, layout and comments aside; the first entry of a key counts), and, for\n"
     "each ATM that is named, what the library answers: every request that a file or row of either\n"

@@ -52,6 +52,9 @@ Json Explain(const ExplainOptions& options, const Question& question, const Inpu
   if (!options.from.empty() && question.ground != Ground::kRows) {
     throw UsageError("--from is of use where a table answers");
   }
+  if (options.locks && question.ground != Ground::kRows) {
+    throw UsageError("--locks is of use where a table answers");
+  }
   if (question.ground == Ground::kNothing) return ExplainText(question, inputs);
   if (question.ground != Ground::kRows) {
     RequireHome(options.home);
@@ -59,7 +62,9 @@ Json Explain(const ExplainOptions& options, const Question& question, const Inpu
     return ExplainFiles(question, inputs);
   }
   Rows rows = RowsFrom(options.from, options.home, *question.table);
-  return RowsExperiment(question, inputs, &rows).Explain();
+  Json json = RowsExperiment(question, inputs, &rows).Explain();
+  if (!rows.unseen.empty()) json["unseen"] = rows.unseen;
+  return json;
 }
 
 ExitCode ExplainAndPrint(const ExplainOptions& options) {
@@ -95,7 +100,7 @@ Action DeclareExplain(OptionList* list) {
               "What the library's operation is given");
   AddDataOptions(list, options.get());
   list->Text("--from", "LIVE|DIR|FILE", &options->from,
-             "The tables: those in memory (live), seed files, or a dump");
+             "The tables: those in memory (live), seed files, or a dump; their slots by --home");
   list->Flag("--locks", &options->locks, "Say what a driver under locks spends for the answer");
   list->Flag("--trace", &options->trace, "Show what the library traces, of all levels");
   return [options] { return ExplainAndPrint(*options); };

@@ -44,18 +44,9 @@ bool IsSound(const Json& snapshot) {
                       [](const Json& lock) { return lock["stuck"].get<bool>(); });
 }
 
-void PrintLocks(const Json& snapshot) {
+void PrintSnapshot(const Json& snapshot) {
   if (!snapshot["locks"].empty()) {
-    PrintTable(snapshot["locks"],
-               {{"TABLE", "/name"},
-                {"SLOT", "/slot"},
-                {"ID", "/id"},
-                {"VALUE", "/value"},
-                {"PROCESS", "/process"},
-                {"STATE", "/state"},
-                {"WAITING", "/waiting"},
-                {"COMMAND", "/command"}},
-               "/stuck");
+    PrintLocks(snapshot["locks"]);
   } else if (IsSound(snapshot)) {
     PrintLine("every slot is at rest");
   }
@@ -77,11 +68,11 @@ ExitCode ShowLocks(const LocksOptions& options) {
   if (options.watch) {
     Watch(kWatchSeconds, [&] {
       const Json again = LookAgain(options.home);
-      options.json ? PrintJsonLine(again) : PrintLocks(again);
+      options.json ? PrintJsonLine(again) : PrintSnapshot(again);
     });
     return kDone;
   }
-  options.json ? PrintJson(snapshot) : PrintLocks(snapshot);
+  options.json ? PrintJson(snapshot) : PrintSnapshot(snapshot);
   return IsSound(snapshot) ? kDone : kFindings;
 }
 

@@ -55,9 +55,11 @@ ExitCode DoRelease(const ReleaseOptions& options) {
   std::vector<char> record;
   if (options.slot.has_value()) record = RecordOf(table, *options.slot);
   if (!options.json) PrintRecord(*options.table, record);
-  const Release release = options.slot.has_value()
-                              ? ReleaseSlot(table, *options.slot, options.rights)
-                              : InitialiseSet(table, options.rights);
+  Release release = options.slot.has_value() ? ReleaseSlot(table, *options.slot, options.rights)
+                                             : InitialiseSet(table, options.rights);
+  if (release.lock.has_value() && !record.empty()) {
+    release.lock->id = IdText(*options.table, record.data());
+  }
   const std::vector<std::string> next = Afterwards(*options.table, release);
   if (options.json) {
     PrintJson({{"released", release.done},

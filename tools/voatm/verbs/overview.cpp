@@ -63,17 +63,17 @@ class HomeLook {
       for (const RecordTable& record : records::kRecordTables) {
         if (const auto key = locator.Ask(record.name)) keys_[&record] = *key;
       }
-      answered_ = true;
+      overview_.is_answered = true;
     });
-    if (answered_) RememberKeys(home_, keys_);
-    if (!answered_) keys_ = remembered.keys;
+    if (overview_.is_answered) RememberKeys(home_, keys_);
+    if (!overview_.is_answered) keys_ = remembered.keys;
     for (const auto& [record, key] : given_) keys_[record] = key;
   }
 
   void LookAt(const RecordTable& record) {
     const auto key = keys_.find(&record);
     const bool is_known = key != keys_.end();
-    if (!is_known && !answered_) return;
+    if (!is_known && !overview_.is_answered) return;
     TableState table =
         LookAtTable(record, 0, is_known ? std::optional<int>(key->second) : std::nullopt);
     table.slots = static_cast<int>(table.HeldSlots());  // unless the count can be read
@@ -86,6 +86,11 @@ class HomeLook {
     const RecordTable& record = *table.record;
     const Finding failed{"", record.name, "", "", "look again as the drivers' user"};
     Try(failed, [&] { Add(CheckTable(overview_.tables, table)); });
+    if (table.set.there()) {
+      Try(failed, [&] {
+        for (SlotLock& lock : FindLocks(table)) overview_.locks.push_back(std::move(lock));
+      });
+    }
     Add(JudgeUsers(table, overview_.users));
     if (!table.segment.there()) return;
     Try(failed, [&] {
@@ -97,21 +102,23 @@ class HomeLook {
 
   void JudgeConfiguration() {
     const Json report = CheckConfiguration(home_);
+    overview_.files = report["files"].size();
     const int errors = report["errors"];
     if (errors == 0) return;
     const Json& findings = report["findings"];
     const Json& first = *std::find_if(findings.begin(), findings.end(),
                                       [](const Json& each) { return each["severity"] == "error"; });
     Add({{InOneLine(first["text"]) +
-              (errors > 1 ? ", and " + std::to_string(errors - 1) + " more errors" : ""),
-          InOneLine(first["path"]) + ":" + InOneLine(first["line"]), "", "read it as it stands",
+              (errors > 1 ? ", and " + Counted(static_cast<std::size_t>(errors) - 1, "more error")
+                          : ""),
+          InOneLine(first["path"]) + ":" + InOneLine(first["line"]), "",
+          first["rule"] == "seed-refused" ? "" : "read it as it stands",
           "voatm check --home " + home_}});
   }
 
   const std::string& home_;
   const TableKeys& given_;
   TableKeys keys_;
-  bool answered_ = false;
   Overview overview_;
 };
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "look/slot_locks.h"
 #include "look/survey.h"
 #include "look/table_keys.h"
 #include "look/users.h"
@@ -14,6 +15,9 @@
 struct Overview {
   std::vector<TableState> tables;  // whose keys are known
   std::vector<SegmentUser> users;
+  std::vector<SlotLock> locks;  // that are not at rest
+  bool is_answered = false;     // by VoChannelMgr
+  std::size_t files = 0;        // of the configuration and the seeds that were read
   std::vector<Finding> findings;
 };
 

@@ -153,8 +153,12 @@ AmountRange RangeOf(const std::string& text) {
   if (numbers.size() == 2) numbers.emplace_back(1);
   const bool good = numbers.size() == 3 && text.back() != ':' && numbers[0] && numbers[1] &&
                     numbers[2] && *numbers[0] <= *numbers[1];
-  if (good) return {*numbers[0], *numbers[1], *numbers[2]};
-  throw UsageError("--sweep " + text + " is not like 10:500:10");
+  if (!good) throw UsageError("--sweep " + text + " is not like 10:500:10");
+  constexpr int kMost = 1000000;
+  if ((*numbers[1] - *numbers[0]) / *numbers[2] >= kMost) {
+    throw UsageError("--sweep " + text + " has more than " + std::to_string(kMost) + " amounts");
+  }
+  return {*numbers[0], *numbers[1], *numbers[2]};
 }
 
 ExitCode ShowSweep(const CashRequest& request, const LogicOf& logic_of,

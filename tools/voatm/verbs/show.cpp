@@ -22,6 +22,13 @@ struct ShowOptions : DataOptions {
 
   // The slot that is wanted, else it is an id.
   std::optional<int> Slot() const { return is_id ? std::nullopt : ReadNumber(wanted); }
+
+  // A number's leading zeros mean nothing.
+  bool IsId(const std::string& id) const {
+    const bool is_number = table->id().kind == records::FieldKind::kInt32;
+    const auto number = is_number ? ReadNumber(wanted) : std::nullopt;
+    return id == (number ? std::to_string(*number) : wanted);
+  }
 };
 
 void PrintWhole(const RecordTable& table, int slot, const char* record) {
@@ -55,7 +62,7 @@ ExitCode Show(const ShowOptions& options) {
   if (options.json) list.emplace(SlotsJson(table.table(), table.slots(), table.complete()));
   bool found = false;
   table.ForEach(options.all, [&](int at, const char* record) {
-    if (slot ? at != *slot : IdText(table.table(), record) != options.wanted) return;
+    if (slot ? at != *slot : !options.IsId(IdText(table.table(), record))) return;
     found = true;
     list ? list->Add(SlotJson(table.table(), at, record)) : PrintWhole(table.table(), at, record);
   });

@@ -25,10 +25,13 @@ Json TableStatus(const Overview& overview, const TableState& table) {
     if (user.segment != table.segment.id) continue;
     users.push_back({{"process", user.process.id}, {"command", user.process.command}});
   }
+  const bool readable = table.segment.there();
   return {{"table", table.record->name},
           {"name", table.record->short_name},
           {"key", table.key.has_value() ? Json(*table.key) : Json()},
           {"slots", table.slots},
+          {"records", readable ? Json(CountDefined(table)) : Json()},
+          {"semaphores", table.set.there() ? Json(table.set.semaphores) : Json()},
           {"attached", table.segment.attached},
           {"processes", std::move(users)}};
 }
@@ -36,11 +39,16 @@ Json TableStatus(const Overview& overview, const TableState& table) {
 Json OverviewJson(const StatusOptions& options, const Overview& overview) {
   Json tables = Json::array();
   for (const TableState& table : overview.tables) tables.push_back(TableStatus(overview, table));
+  Json locks = Json::array();
+  for (const SlotLock& lock : overview.locks) locks.push_back(LockJson(lock));
   return {{"home", options.home},
           {"time", TimeText(std::time(nullptr))},
           {"sound", overview.findings.empty()},
           {"findings", FindingsJson(overview.findings)},
-          {"tables", std::move(tables)}};
+          {"answered", overview.is_answered},
+          {"files", overview.files},
+          {"tables", std::move(tables)},
+          {"locks", std::move(locks)}};
 }
 
 // The findings, with what was not found the last time marked.
@@ -54,18 +62,26 @@ Json WithNewOnesMarked(Json findings, const Json& before) {
   return findings;
 }
 
+// What is healthy too.
+void PrintAll(const Json& now) {
+  PrintFacts("", {{"VoChannelMgr", now["answered"] ? "answers" : "does not answer"},
+                  {"files", InOneLine(now["files"]) + " read"}});
+  PrintTable(now["tables"], {{"TABLE", "/name"},
+                             {"KEY", "/key"},
+                             {"SLOTS", "/slots"},
+                             {"RECORDS", "/records"},
+                             {"SEMS", "/semaphores"},
+                             {"ATTACHED", "/attached"},
+                             {"PROCESSES", "/processes"}});
+  if (!now["locks"].empty()) PrintLocks(now["locks"]);
+}
+
 // `before` is the look before this one, or null.
 void PrintStatus(const StatusOptions& options, const Json& now, const Json& before) {
   const Json& findings = now["findings"];
   PrintLine(now["time"].get<std::string>() + " " + options.home + ": " +
             (findings.empty() ? "all is well" : Counted(findings.size(), "finding")));
-  if (options.all) {
-    PrintTable(now["tables"], {{"TABLE", "/name"},
-                               {"KEY", "/key"},
-                               {"SLOTS", "/slots"},
-                               {"ATTACHED", "/attached"},
-                               {"PROCESSES", "/processes"}});
-  }
+  if (options.all) PrintAll(now);
   PrintFindings(before.is_null() ? findings : WithNewOnesMarked(findings, before["findings"]));
 }
 
@@ -89,8 +105,8 @@ void TakeKey(const std::string& text, TableKeys* keys) {
   const auto key = ReadNumber(text.substr(std::min(name.size() + 1, text.size())), 1);
   for (const records::RecordTable& table : records::kRecordTables) {
     if (name != table.short_name || !key.has_value()) continue;
-    (*keys)[&table] = *key;
-    return;
+    if (keys->emplace(&table, *key).second) return;
+    throw UsageError("--key gives " + name + " twice");
   }
   throw UsageError("--key cannot be \"" + text + "\": it is like atm=71010");
 }
@@ -120,7 +136,8 @@ const Verb kStatus = {
     "it gave the last time count, or those of --key.\n\n"
     "With --watch each look begins with the time, and what is new is marked.\n\n"
     "Exit status: 0 all is well, 1 there are findings, 2 could not look.\n\n"
-    "JSON: {home, time, sound, findings: [{what, where, since, drivers, next}], tables: [{table,\n"
-    "name, key, slots, attached, processes: [{process, command}]}]}; with --watch one such line a\n"
+    "JSON: {home, time, sound, findings: [{what, where, since, drivers, next}], answered: by\n"
+    "VoChannelMgr, files: read, tables: [{table, name, key, slots, records, semaphores, attached,\n"
+    "processes: [{process, command}]}], locks: as in voatm locks}; with --watch one such line a\n"
     "look.",
     "voatm status --home examples/home", DeclareStatus};

@@ -8,19 +8,9 @@
 #include "look/findings.h"
 #include "look/survey.h"
 #include "show/output.h"
-#include "show/record_view.h"
 #include "verbs/verbs.h"
 
 namespace {
-
-int CountDefined(const TableState& table) {
-  const Records records(table);
-  int defined = 0;
-  for (int slot = 0; slot < records.slots(); ++slot) {
-    defined += IsFree(*table.record, records[slot]) ? 0 : 1;
-  }
-  return defined;
-}
 
 std::string UserName(uid_t user) {
   const passwd* entry = getpwuid(user);
