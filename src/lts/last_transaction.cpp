@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "common/text_field.h"
+#include "lts/status_text.h"
 #include "voatmutil.h"
 #include "vodebugutil.h"
 
@@ -10,7 +11,6 @@ using namespace voatm;
 
 namespace {
 
-constexpr char kLastTransactionStatus = '2';
 constexpr char kSentNone = '0';
 constexpr char kDeposit = '1';
 
@@ -20,62 +20,10 @@ constexpr int kReversal = 420;        // MsgType
 constexpr int kReasonToRemark = 106;  // ReasonCode of a reversal that is sent again
 constexpr int kReasonAutoReversal = 103;
 
-constexpr std::size_t kCassettes = 4;
-constexpr std::size_t kDepositGroupSize = 20;
-constexpr std::size_t kMaxDepositText = 119;
-
-// Where the fields of a status text lie.
-struct Field {
-  std::size_t offset;
-  std::size_t size;
-};
-
-constexpr Field kStatusMark = {0, 1};
-constexpr Field kTraceNumber = {1, 4};
-constexpr Field kEnd = {5, 1};
-constexpr Field kNotes = {6, 5};  // of cassette A; B, C and D follow
-constexpr Field kCoinAmount = {26, 5};
-constexpr Field kCoinStatus = {31, 20};
-constexpr Field kDepositMark = {51, 1};
-constexpr Field kDepositGroups = {52, kMaxDepositText};
-constexpr Field kDepositNotes = {0, 5};  // within a group
-
-static_assert(kNotes.offset + kCassettes * kNotes.size == kCoinAmount.offset);
-
-// A last-transaction status as the ATM sent it. Fields behind the text's end read as empty.
-class StatusText {
- public:
-  explicit StatusText(const char* text) : text_(text), length_(strlen(text)) {}
-
-  // One field as a text of its own.
-  struct Value {
-    char text[kMaxDepositText + 1] = {};
-
-    int Number() const { return atoi(text); }
-  };
-
-  Value Text(Field field) const {
-    Value value;
-    if (field.offset < length_) {
-      memcpy(value.text, text_ + field.offset, strnlen(text_ + field.offset, field.size));
-    }
-    return value;
-  }
-
-  char Char(Field field) const { return Text(field).text[0]; }
-  int Number(Field field) const { return Text(field).Number(); }
-
-  bool IsLastTransactionStatus() const { return Char(kStatusMark) == kLastTransactionStatus; }
-
- private:
-  const char* text_;
-  std::size_t length_;
-};
-
 // The notes that the ATM says it paid, and the dispense logic they make.
 struct Dispensed {
   explicit Dispensed(const StatusText& status) {
-    for (std::size_t i = 0; i < kCassettes; ++i) {
+    for (std::size_t i = 0; i < kStatusCassettes; ++i) {
       notes[i] = status.Number({kNotes.offset + i * kNotes.size, kNotes.size});
     }
     FormatText(logic, "%02d%02d%02d%02d", notes[0], notes[1], notes[2], notes[3]);
@@ -87,8 +35,8 @@ struct Dispensed {
     trace->trace("Reformed Dispense Buffer[ %s ]", logic);
   }
 
-  int notes[kCassettes];
-  char logic[kCassettes * kNotes.size + 1];
+  int notes[kStatusCassettes];
+  char logic[kStatusCassettes * kNotes.size + 1];
 };
 
 void TraceEnd(VoDebugUtil* trace, char end) {

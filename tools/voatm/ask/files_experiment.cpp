@@ -93,34 +93,6 @@ class Calls {
   int line_ = 0;
 };
 
-std::string Trimmed(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(" \n");
-  if (first == std::string::npos) return "";
-  return text.substr(first, text.find_last_not_of(" \n") - first + 1);
-}
-
-void AddFacts(const std::string& line, Json* facts) {
-  std::size_t at = 0;
-  for (std::size_t open = line.find('['); open != std::string::npos; open = line.find('[', at)) {
-    const std::size_t close = line.find(']', open);
-    if (close == std::string::npos) break;
-    AddFact(Trimmed(line.substr(at, open - at)), Trimmed(line.substr(open + 1, close - open - 1)),
-            facts);
-    at = close + 1;
-  }
-  if (at == 0) AddFact("", Trimmed(line), facts);
-}
-
-// What the traces name: "LTS Trace No[4711]" is a fact; a line that names nothing is one without a
-// name.
-Json SaidFacts(const std::vector<Event>& events) {
-  Json facts = Json::object();
-  for (const Event& event : events) {
-    if (event.kind == Event::Kind::kTrace) AddFacts(event.text, &facts);
-  }
-  return facts;
-}
-
 Answer AskOnce(const Question& question, const Inputs& inputs) {
   VoATMUtil util;
   util.dptr = Observation::Trace();
@@ -186,7 +158,5 @@ Json ExplainText(const Question& question, const Inputs& inputs) {
   Observation observation;
   const Answer answer = AskOnce(question, inputs);
   const std::vector<Event> events = observation.Take();
-  Json facts = SaidFacts(events);
-  facts.update(answer.facts);
-  return ExplanationOf({"", {answer.found, facts}}, Json::array(), events);
+  return ExplanationOf({"", answer}, Json::array(), events);
 }

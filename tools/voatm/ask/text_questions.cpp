@@ -8,9 +8,28 @@
 #include "ask/messages.h"
 #include "ask/question.h"
 #include "devhost/system_call.h"
+#include "lts/status_text.h"
 #include "show/record_view.h"
 
 namespace {
+
+// The text field by field, each as the ATM sent it.
+Json StatusFacts(const char* text) {
+  using namespace voatm;
+  const StatusText status(text);
+  Json facts = {{"mark", status.Text(kStatusMark).text},
+                {"trace number", status.Text(kTraceNumber).text},
+                {"end", status.Text(kEnd).text}};
+  for (std::size_t i = 0; i < kStatusCassettes; ++i) {
+    const StatusField notes = {kNotes.offset + i * kNotes.size, kNotes.size};
+    facts[std::string("notes ") + static_cast<char>('A' + i)] = status.Text(notes).text;
+  }
+  facts["coin amount"] = status.Text(kCoinAmount).text;
+  facts["coin status"] = status.Text(kCoinStatus).text;
+  facts["deposit"] = status.Text(kDepositMark).text;
+  facts["deposit groups"] = status.Text(kDepositGroups).text;
+  return facts;
+}
 
 // The kept message and the logic are copies: what the library makes of them is the answer.
 Answer AskLastTransaction(VoATMUtil& util, const Inputs& inputs) {
@@ -26,11 +45,13 @@ Answer AskLastTransaction(VoATMUtil& util, const Inputs& inputs) {
   char unused[1] = {};
   const bool reversed = util.CheckLTS_TVS(message.get(), logic.data(), status.data(), unused,
                                           unused, unused, unused) == 1;
-  if (!reversed) return {false, {{"decided", "nothing is sent"}}};
-  return {true,
-          {{"decided", "the kept message becomes a reversal, to be sent"},
-           {"MsgType", std::to_string(message->MsgType)},
-           {"ReasonCode", std::to_string(message->ReasonCode)}}};
+  Answer answer = {reversed, StatusFacts(inputs["status"])};
+  answer.facts["decided"] =
+      reversed ? "the kept message becomes a reversal, to be sent" : "nothing is sent";
+  if (!reversed) return answer;
+  answer.facts["MsgType"] = std::to_string(message->MsgType);
+  answer.facts["ReasonCode"] = std::to_string(message->ReasonCode);
+  return answer;
 }
 
 // Of what is longer than any message as much as shows that.
