@@ -265,6 +265,7 @@ TEST_F(LookTest, FindingsNameTheFaultAndFailTheCommand) {
           table["name"].get<std::string>() + ": " + finding["drivers"].get<std::string>() + "\n";
     }
   }
+  EXPECT_EQ(tables["tables"][2]["findings"][0]["what"], "it does not exist") << "its set does";
   EXPECT_EQ(found,
             "fit: read behind its end\nfit: fail to lock a slot from 6 on\nsecurity: do not start\n"
             "property: do not start\naction: fail to lock a slot from 7 on\n"

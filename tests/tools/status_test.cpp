@@ -170,6 +170,8 @@ TEST_F(StatusTest, OneBrokenPartHidesNoOther) {
   EXPECT_NE(findings[0]["what"].get<std::string>().find("MAXSECURITY"), std::string::npos);
   EXPECT_EQ(findings[1]["next"], "voatm locks release status 1 --reset");
   EXPECT_EQ(findings[2]["next"], "voatm check --home " + home_.path());
+  const std::string errors = findings[2]["what"];
+  EXPECT_NE(errors.find(", and 1 more error"), std::string::npos) << errors;
   const std::string text = Voatm("status").text;
   EXPECT_NE(text.find("\nits value is 7, not 0 or 2\n  where    slot 1 of ATMSTATUSMEMORY"),
             std::string::npos)

@@ -106,6 +106,7 @@ const struct {
     {"Error in opening file[ {1} ]", "{1} did not open."},
     {"Error in Searching cfgparam[K] from file[ F ]", "F has no K; nothing else is tried."},
     {"Error in Searching cfgparam[K] from file[ F ] ", "F has no K; OPKEYMAP#DEFAULT is tried next."},
+    {"Error in Searching cfgparam[K] from file[  ]", " has no K; nothing else is tried."},
     {"Error in Searching K from file[ {1} ]", "{1} has no readable K."},
     {"Error in Searching CurrencyCode[978] in VoAtmProperty Table", "No property row is for currency 978 there; 0 is tried next."},
     {"Error in Searching CurrencyCode[0] in VoAtmProperty Table", "No property row is for currency 0 there; nothing wider is left to try."},

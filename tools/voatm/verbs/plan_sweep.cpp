@@ -154,9 +154,10 @@ AmountRange RangeOf(const std::string& text) {
   const bool good = numbers.size() == 3 && text.back() != ':' && numbers[0] && numbers[1] &&
                     numbers[2] && *numbers[0] <= *numbers[1];
   if (!good) throw UsageError("--sweep " + text + " is not like 10:500:10");
-  constexpr int kMost = 1000000;
-  if ((*numbers[1] - *numbers[0]) / *numbers[2] >= kMost) {
-    throw UsageError("--sweep " + text + " has more than " + std::to_string(kMost) + " amounts");
+  constexpr int kMostAmounts = 1000000;
+  if ((*numbers[1] - *numbers[0]) / *numbers[2] >= kMostAmounts) {
+    throw UsageError("--sweep " + text + " has more than " + std::to_string(kMostAmounts) +
+                     " amounts");
   }
   return {*numbers[0], *numbers[1], *numbers[2]};
 }
