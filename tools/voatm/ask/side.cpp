@@ -8,6 +8,7 @@
 #include "common/config_file.h"
 #include "devhost/seed.h"
 #include "devhost/settings.h"
+#include "devhost/system_call.h"
 #include "home/configuration_entries.h"
 #include "home/configuration_kinds.h"
 #include "look/survey.h"
