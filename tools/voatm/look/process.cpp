@@ -24,7 +24,7 @@ struct Stat {
   double started;  // seconds of the system's clock
 };
 
-std::string ReadFile(pid_t id, const char* name) {
+std::string ReadProc(pid_t id, const char* name) {
   std::ifstream file("/proc/" + std::to_string(id) + "/" + name);
   std::ostringstream text;
   text << file.rdbuf();  // which throws nothing when the process ends meanwhile
@@ -38,7 +38,7 @@ double Now(clockid_t clock) {
 }
 
 std::optional<Stat> ReadStat(pid_t id) {
-  const std::string text = ReadFile(id, "stat");
+  const std::string text = ReadProc(id, "stat");
   const std::size_t command_end = text.rfind(')');  // the command itself may hold one
   if (command_end == std::string::npos) return std::nullopt;
   std::istringstream fields(text.substr(command_end + 1));
@@ -75,8 +75,8 @@ std::string Plain(std::string text) {
 }
 
 std::string CommandOf(pid_t id) {
-  const std::string command = Plain(ReadFile(id, "cmdline"));
-  return command.empty() ? Plain(ReadFile(id, "comm")) : command;
+  const std::string command = Plain(ReadProc(id, "cmdline"));
+  return command.empty() ? Plain(ReadProc(id, "comm")) : command;
 }
 
 }  // namespace

@@ -51,7 +51,8 @@ class HomeLook {
 
   void FindKeys() {
     const RememberedKeys remembered = RecallKeys(home_);
-    Finding silent{"", "VoChannelMgr", "", "do not start", "start it, or correct what is named"};
+    Finding silent{"", "VoChannelMgr", "", "do not start",
+                   "correct the file that is named, or start it; if it runs: ipcs -q"};
     if (remembered.keys.empty()) {
       silent.next += "; give --key TABLE=KEY to look at the tables meanwhile";
     } else {
