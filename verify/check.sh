@@ -14,7 +14,7 @@ errors() {
   [ "$1" = ways ] && compile=(-DNFAIR=4) && run=(-a -f)
   mkdir "$place" && cd "$place"
   spin -a "${@:2}" "$model" >spin.log
-  gcc -w -O1 "${compile[@]}" -o pan pan.c
+  gcc -w -O0 "${compile[@]}" -o pan pan.c
   ./pan -m1000000 "${run[@]}" >pan.log
   if grep -qE 'max search depth too small|out of memory' pan.log; then return 2; fi
   sed -n 's/.*errors: //p' pan.log
