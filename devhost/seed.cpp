@@ -132,12 +132,8 @@ class SeedReader {
   }
 
   void Grow(int slots) {
-    for (; image_.slots < slots; ++image_.slots) {
-      const std::size_t record = image_.records.size();
-      image_.records.resize(record + table_.record_size);
-      std::memcpy(&image_.records[record + table_.key().offset], records::kFreeSlot,
-                  std::strlen(records::kFreeSlot));
-    }
+    AddFreeSlots(table_, slots, &image_.records);
+    image_.slots = std::max(image_.slots, slots);
   }
 
   void FillRecord(const Json& row, char* record) const {
@@ -198,6 +194,16 @@ SeedError::SeedError(const std::string& file, std::size_t at_line, std::size_t a
       line(at_line),
       column(at_column),
       text(cause + row) {}
+
+void AddFreeSlots(const records::RecordTable& table, int slots, std::vector<char>* bytes) {
+  const std::size_t size = static_cast<std::size_t>(slots) * table.record_size;
+  while (bytes->size() < size) {
+    const std::size_t record = bytes->size();
+    bytes->resize(record + table.record_size);
+    std::memcpy(&(*bytes)[record + table.key().offset], records::kFreeSlot,
+                std::strlen(records::kFreeSlot));
+  }
+}
 
 TableImage ReadSeed(const records::RecordTable& table, const std::string& path,
                     std::optional<int> slots) {

@@ -52,6 +52,9 @@ struct TableImage {
 TableImage ReadSeed(const records::RecordTable& table, const std::string& path,
                     std::optional<int> slots = std::nullopt);
 
+// Adds free slots behind the records of a table, so that it has as many as these.
+void AddFreeSlots(const records::RecordTable& table, int slots, std::vector<char>* bytes);
+
 // The file of a table's rows: `from` itself, or where it is a directory the table's own file in it,
 // in its tables/ when it has one. Throws std::runtime_error when there is nothing at `from`.
 std::string SeedPath(const records::RecordTable& table, const std::string& from);

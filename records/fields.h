@@ -17,18 +17,16 @@ constexpr FieldKind KindOf() {
 
 }  // namespace records
 
-#define LEAF(base, record, member, kind)                                     \
-  ::records::RecordField {                                                   \
-#member, (base) + offsetof(record, member), sizeof(record::member), kind \
-  }
+#define LEAF(base, record, member, kind) \
+  RecordField { #member, (base) + offsetof(record, member), sizeof(record::member), kind }
 
 // A member of a record that itself begins at `base`; its kind follows from its type.
 #define MEMBER_AT(base, record, member) \
-  LEAF(base, record, member, ::records::KindOf<decltype(record::member)>())
+  LEAF(base, record, member, KindOf<decltype(record::member)>())
 #define MEMBER(record, member) MEMBER_AT(0, record, member)
 
 // The same for a member without a meaning here.
-#define BYTES_AT(base, record, member) LEAF(base, record, member, ::records::FieldKind::kBytes)
+#define BYTES_AT(base, record, member) LEAF(base, record, member, FieldKind::kBytes)
 #define BYTES(record, member) BYTES_AT(0, record, member)
 
 #endif  // RECORDS_FIELDS_H

@@ -7,6 +7,10 @@
 
 namespace {
 
+using records::FieldKind;
+using records::KindOf;
+using records::RecordField;
+
 constexpr std::size_t kPayload = offsetof(VoAtmMgrQMsg, MsgBuffer);
 constexpr std::size_t kAlertSize =
     offsetof(VoAlertMgrMsg, AlertText) + sizeof(VoAlertMgrMsg::AlertText);
@@ -44,7 +48,7 @@ MessagePart WithNotes() {
                                            "DenomNotes G", "DenomNotes H"};
   std::size_t offset = offsetof(AtmDenomStatusMsg, DenomNotes);
   for (const char* name : kNotes) {
-    part.fields.push_back({name, offset, sizeof(int), records::FieldKind::kInt32});
+    part.fields.push_back({name, offset, sizeof(int), FieldKind::kInt32});
     offset += sizeof(int);
   }
   part.fields.push_back(MEMBER(AtmDenomStatusMsg, DenomNum1));

@@ -95,8 +95,7 @@ Rows RowsFrom(const std::string& from, const std::string& home, const records::R
   }
   const std::string file = devhost::SeedPath(table, from);
   if (auto rows = ReadRows(table, file)) {
-    const int slots = ConfiguredSlots(home, table);
-    if (slots > rows->count()) rows->bytes = devhost::ReadSeed(table, file, slots).records;
+    devhost::AddFreeSlots(table, ConfiguredSlots(home, table), &rows->bytes);
     return *std::move(rows);
   }
   throw std::runtime_error("there is no file with rows of " + std::string(table.name) + ": " +
