@@ -118,7 +118,7 @@ bool Misses(VoCfgUtil& reader, const char* key, int field) {
 int OpenDescriptors() {
   int count = 0;
   DIR* folder = opendir("/proc/self/fd");
-  if (folder == nullptr) return -1;
+  if (folder == nullptr) std::exit(2);
   while (readdir(folder) != nullptr) ++count;
   closedir(folder);
   return count;
@@ -382,7 +382,7 @@ std::string Ended(const Promise& promise, const Files& files) {
     _exit(holds ? 0 : 1);
   }
   int status = 0;
-  waitpid(pid, &status, 0);
+  if (waitpid(pid, &status, 0) != pid) std::exit(2);
   if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return "";
   if (!WIFSIGNALED(status)) return "does not hold";
   if (WTERMSIG(status) == SIGALRM) return "does not come back";
@@ -390,6 +390,7 @@ std::string Ended(const Promise& promise, const Files& files) {
 }
 
 int CheckAll(const Files& files) {
+  std::signal(SIGCHLD, SIG_DFL);  // who ignores it is told of no child's end
   int broken = 0;
   int promises = 0;
   for (const Promise& promise : kPromises) {

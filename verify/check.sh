@@ -34,4 +34,4 @@ holds() {
 
 export -f errors holds
 grep -oE '\b(FAULT_[A-Z_]*[A-Z]|REUSE_AT_ONCE)\b' "$model" | sort -u | sed 's/^/-D/' | { echo; cat; } |
-  xargs -P2 -d '\n' -I{} bash -euo pipefail -c 'holds {}'
+  xargs -P2 -d '\n' -I{} bash -euo pipefail -O inherit_errexit -c 'holds {}'
