@@ -7,7 +7,9 @@
  *
  * Assumed: the number of a process that ended is not used again while one look lasts. The system
  * hands numbers out in turn, so it would have to start some 30,000 processes in that moment; with
- * REUSE_AT_ONCE they are, and the protocol fails.
+ * REUSE_AT_ONCE they are, and the protocol fails. And that no other slot of the set is used: the
+ * time of the last change is the set's, so that a number which was given again would pass for the
+ * holder's. Nothing is given back then; --force is for that.
  *
  * Each FAULT_ takes away one of its steps and must be found. */
 
@@ -25,7 +27,7 @@ bool is_young[NUMBERS];   /* and whether it started after the last change */
 bool holds[NUMBERS];      /* whether the process that has the number now holds the slot */
 bool orphaned = false;    /* whether a dead process holds it */
 bool socket = false;      /* whether there is a releaser at work */
-byte looking = 0;         /* releasers between their look and their release */
+byte asked[RELEASERS];    /* the number that a releaser looks at */
 byte crashes = 0;
 
 /* What a releaser knows of the time of the last change: who started after that. */
@@ -39,9 +41,9 @@ inline Changed(by) {
 }
 
 #ifdef REUSE_AT_ONCE
-#define MAY_START true
+#define MAY_START(number) true
 #else
-#define MAY_START (looking == 0)
+#define MAY_START(number) (asked[0] != number && asked[1] != number)
 #endif
 
 inline Start(number) {
@@ -57,8 +59,8 @@ active [DRIVERS] proctype Driver() {
 start:
   atomic {
     if
-    :: MAY_START && !lives[1] -> me = 1
-    :: MAY_START && !lives[2] -> me = 2
+    :: MAY_START(1) && !lives[1] -> me = 1
+    :: MAY_START(2) && !lives[2] -> me = 2
     fi;
     Start(me)
   }
@@ -111,14 +113,13 @@ look:
 #ifndef FAULT_NO_SOCKET
     !socket;
 #endif
-    socket = true;
-    looking++
+    socket = true
   }
 #ifdef FAULT_TIME_FIRST
   ReadTime();
 #endif
   if
-  :: number = last
+  :: atomic { number = last; asked[self] = number }
   OR_CRASH
   fi;
 #ifdef FAULT_VALUE_LATE
@@ -175,7 +176,7 @@ look:
     orphaned = false
   }
 done:
-  atomic { socket = false; looking--; number = 0; value = 0; is_gone = false }
+  atomic { socket = false; asked[self] = NOBODY; number = 0; value = 0; is_gone = false }
   goto look
 }
 

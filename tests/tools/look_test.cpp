@@ -1,8 +1,10 @@
 // What voatm says of tables, semaphores and VoChannelMgr as they stand, and what it mends.
+#include <sched.h>
 #include <sys/sem.h>
 #include <sys/shm.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
@@ -24,6 +26,7 @@ using devhost::SemaphoreArgument;
 class LookTest : public testing::Test {
  protected:
   void TearDown() override {
+    shmdt(records_);
     semctl(semget(Key(1), 0, 0), 0, IPC_RMID);
     shmctl(shmget(Key(1), 0, 0), IPC_RMID, nullptr);
   }
@@ -54,6 +57,7 @@ class LookTest : public testing::Test {
 
   ServedHome home_;
   int set_ = semget(Key(1), 0, 0);
+  void* records_ = shmat(shmget(Key(1), 0, 0), nullptr, SHM_RDONLY);  // as who holds a slot
 };
 
 TEST_F(LookTest, ALivingHolderIsRefusedAndADeadOneReleased) {
@@ -77,7 +81,9 @@ TEST_F(LookTest, ALivingHolderIsRefusedAndADeadOneReleased) {
 
   holder->Kill();
   const auto waiting = Holder();
-  EXPECT_EQ(VoatmJson("tables")["tables"][1]["findings"].size(), 1U);
+  const Json findings = VoatmJson("tables")["tables"][1]["findings"];
+  ASSERT_EQ(findings.size(), 1U);
+  EXPECT_NE(findings[0]["drivers"].get<std::string>().find("waiting now: 1"), std::string::npos);
   ExpectTranscript("$ locks | tail -n 1 | grep -o '[0-9]* dead.*'\n" + process +
                    " dead        1 \n=> 0\n$ tables >/dev/null\n=> 1\n$ locks >/dev/null\n=> 1\n" +
                    "$ locks release fit 2 | grep -v ' \"*$' | sed 's/00\\*.*//'\n" +
@@ -87,6 +93,46 @@ TEST_F(LookTest, ALivingHolderIsRefusedAndADeadOneReleased) {
                    "  voatm show fit 2\n  have the owner of the table write the row again\n=> 0\n" +
                    "$ locks >/dev/null\n=> 0\n");
   EXPECT_EQ(Value(), 0) << "the process that waited has the slot";
+}
+
+TEST_F(LookTest, AHolderThatIsStoppedIsSaidAndOneThatIsNoUserNeedsForce) {
+  {
+    const auto holder = Holder();
+    kill(holder->id(), SIGSTOP);
+    EXPECT_TRUE(Eventually(
+        [&] { return LookAt(holder->id(), time(nullptr)).state == ProcessState::kStopped; }));
+    EXPECT_EQ(Voatm("locks >/dev/null").code, 1);
+    const Json finding = VoatmJson("tables")["tables"][1]["findings"][0];
+    EXPECT_EQ(finding["next"], "kill -CONT " + std::to_string(holder->id()));
+    EXPECT_EQ(Voatm("locks release fit 2 --force").code, 1);
+  }
+  Set(2);
+  shmdt(records_);
+  const auto stranger = Holder();
+  EXPECT_EQ(VoatmJson("locks")["locks"][0]["state"], "stranger");
+  EXPECT_EQ(Voatm("status >/dev/null").code, 1);
+  EXPECT_EQ(Voatm("locks release fit 2").code, 1);
+  EXPECT_EQ(Voatm("locks release fit 2 --force=false").code, 2) << "a flag takes no value";
+  EXPECT_EQ(Value(), 0);
+  EXPECT_EQ(Voatm("locks release fit 2 --force").code, 0);
+  EXPECT_EQ(Value(), 2);
+}
+
+// The outer numbers, which such a /proc tells of, are other processes'.
+TEST(Process, IsNotToldByTheProcOfAnotherNamespace) {
+  constexpr int kMayNot = 77;
+  const int result = Child([] {
+                       if (unshare(CLONE_NEWPID) != 0) return kMayNot;
+                       const pid_t inner = fork();
+                       if (inner == 0) {
+                         _exit(LookAt(getpid(), 0).state == ProcessState::kAlive ? 0 : 1);
+                       }
+                       int status = 0;
+                       waitpid(inner, &status, 0);
+                       return WEXITSTATUS(status);
+                     }).Wait();
+  if (result == kMayNot) GTEST_SKIP() << "only root can make a namespace";
+  EXPECT_EQ(result, 0);
 }
 
 TEST(Process, OneThatHasEndedIsToldByItsStateOrItsStart) {

@@ -97,8 +97,17 @@ bool AreAlike(const SlotLock& one, const SlotLock& next) {
 
 std::string WhatHolds(const SlotLock& lock) {
   if (lock.value != 0) return "its value is " + std::to_string(lock.value) + ", not 0 or 2";
-  if (!IsGone(lock.last.state)) return "it is held by a process that cannot be told from here";
-  return "it is held by process " + std::to_string(lock.last.id) + ", which is dead";
+  const std::string process = DescribeProcess(lock.last);
+  switch (lock.last.state) {
+    case ProcessState::kUnknown:
+      return "it is held by a process that cannot be told from here";
+    case ProcessState::kStranger:
+      return "it is held by the number of " + process + ", which does not use the table";
+    case ProcessState::kStopped:
+      return "it is held by " + process + ", which is stopped";
+    default:
+      return "it is held by " + process + ", which is dead";
+  }
 }
 
 // What is said of stuck slots that are alike, from the first to the last.
@@ -114,7 +123,13 @@ Finding Stuck(const SlotLock& first, const SlotLock& last, int waiting) {
   if (first.value > devhost::kAtRest) finding.effect = "may hold it together and tear its record";
   if (waiting > 0) finding.effect += "; waiting now: " + std::to_string(waiting);
   if (first.value != 0) finding.next += " --reset";
-  if (first.last.state == ProcessState::kUnknown) finding.next += " --force, if nobody holds it";
+  const ProcessState state = first.last.state;
+  if (state == ProcessState::kUnknown || state == ProcessState::kStranger) {
+    finding.next += " --force, if nobody holds it";
+  }
+  if (first.value == kHeld && state == ProcessState::kStopped) {
+    finding.next = "kill -CONT " + std::to_string(first.last.id);
+  }
   return finding;
 }
 
@@ -138,7 +153,7 @@ Finding NeverInitialised(const TableState& table) {
   return {"its semaphores were never given a value: all are 0", table.DescribeSet(),
           TimeText(table.set.last), "wait without end in each locked call",
           std::string("restart the owner and the drivers, or: voatm locks release ") +
-              table.record->short_name + " --reset"};
+              table.record->short_name + " --reset, with --force while the owner lives"};
 }
 
 std::vector<Finding> CheckTable(const std::vector<TableState>& all, const TableState& table) {

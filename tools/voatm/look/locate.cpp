@@ -69,6 +69,10 @@ void Locator::Send(const char* table) const {
 }
 
 std::optional<int> Locator::Ask(const char* table) const {
+  if (getpid() <= voatm::kLocateRequestType) {
+    throw NoAnswer("an answer to process " + std::to_string(getpid()) +
+                   " would be taken for a request; start voatm from a shell");
+  }
   const std::string answer = std::string("VoChannelMgr's answer where ") + table + " is";
   if (!WaitFor(answer, seconds_, [&] { return !HoldsOrphanedRequest(); })) {
     throw NoAnswer("a request lies unread in the " + description_);

@@ -3,7 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
+#include <filesystem>
 #include <optional>
 #include <sstream>
 
@@ -24,11 +24,12 @@ struct Stat {
   double started;  // seconds of the system's clock
 };
 
+// Empty when it cannot be read, as when the process ends meanwhile.
 std::string ReadProc(pid_t id, const char* name) {
-  std::ifstream file("/proc/" + std::to_string(id) + "/" + name);
-  std::ostringstream text;
-  text << file.rdbuf();  // which throws nothing when the process ends meanwhile
-  return text.str();
+  constexpr std::size_t kLongest = 1024;  // a command may be as long as a message
+  std::string text;
+  if (HasOwnProc()) devhost::ReadFile("/proc/" + std::to_string(id) + "/" + name, &text, kLongest);
+  return text;
 }
 
 double Now(clockid_t clock) {
@@ -64,7 +65,8 @@ ProcessState StateOf(pid_t id, std::time_t last_change) {
   }
   // Other threads outlive a first one that has ended.
   const bool ended = (stat->state == 'Z' || stat->state == 'X') && stat->threads <= 1;
-  return ended ? ProcessState::kDead : ProcessState::kAlive;
+  if (ended) return ProcessState::kDead;
+  return stat->state == 'T' ? ProcessState::kStopped : ProcessState::kAlive;
 }
 
 // The words of a text in one line.
@@ -81,20 +83,24 @@ std::string CommandOf(pid_t id) {
 
 }  // namespace
 
+bool HasOwnProc() {
+  std::error_code error;
+  return std::filesystem::read_symlink("/proc/self", error) == std::to_string(getpid());
+}
+
 Process LookAt(pid_t id, std::time_t last_change) {
   const ProcessState state = StateOf(id, last_change);
-  const bool has_command = state == ProcessState::kAlive || state == ProcessState::kReused;
-  return {id, state, has_command ? CommandOf(id) : ""};
+  return {id, state, state == ProcessState::kUnknown ? "" : CommandOf(id)};
 }
 
 const char* NameOf(ProcessState state) {
-  constexpr const char* kNames[] = {"unknown", "alive", "dead", "reused"};
+  constexpr const char* kNames[] = {"unknown", "alive", "stopped", "stranger", "dead", "reused"};
   return kNames[static_cast<int>(state)];
 }
 
 std::string DescribeProcess(const Process& process) {
   const std::string text = "process " + std::to_string(process.id);
-  return process.state == ProcessState::kAlive ? text + " (" + process.command + ")" : text;
+  return IsGone(process.state) ? text : text + " (" + process.command + ")";
 }
 
 bool IsGone(ProcessState state) {

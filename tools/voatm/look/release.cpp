@@ -42,11 +42,18 @@ std::optional<std::string> Refusal(const SlotLock& lock, const ReleaseRights& ri
            "brings it to rest";
   }
   if (lock.value > kAtRest || IsGone(lock.last.state)) return std::nullopt;
-  if (lock.last.state == ProcessState::kAlive) {
-    return (lock.value == kHeld ? "it is held by " : "it was last changed by ") +
-           DescribeProcess(lock.last) + ", which is alive";
+  const std::string process = DescribeProcess(lock.last);
+  const bool stopped = lock.last.state == ProcessState::kStopped;
+  if (stopped || lock.last.state == ProcessState::kAlive) {
+    return (lock.value == kHeld ? "it is held by " : "it was last changed by ") + process +
+           ", which is " + NameOf(lock.last.state);
   }
   if (rights.force) return std::nullopt;
+  if (lock.last.state == ProcessState::kStranger) {
+    return process +
+           " has its holder's number and does not use the table; --force assumes that "
+           "it was given the number since";
+  }
   return "its holder cannot be told from here: it may live in another PID namespace; --force "
          "assumes that it is dead";
 }
@@ -54,6 +61,9 @@ std::optional<std::string> Refusal(const SlotLock& lock, const ReleaseRights& ri
 std::string WhyReleased(const SlotLock& lock) {
   if (lock.value != kHeld) return "its value was " + std::to_string(lock.value);
   if (IsGone(lock.last.state)) return "its holder, " + DescribeProcess(lock.last) + ", is dead";
+  if (lock.last.state == ProcessState::kStranger) {
+    return "assuming that " + DescribeProcess(lock.last) + " was given its holder's number since";
+  }
   return "assuming that its holder, which cannot be told from here, is dead";
 }
 
@@ -69,6 +79,7 @@ std::optional<std::string> OwnerAtWork(const TableState& table) {
 
 OnlyReleaser::OnlyReleaser(int set, int seconds)
     : socket_(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
+  if (socket_ < 0) throw SystemError(errno, "cannot make the socket that keeps others out");
   // Sets of other namespaces have the same numbers.
   std::error_code unknown;
   const std::string name = "voatm locks release, set " + std::to_string(set) + " of " +
@@ -124,8 +135,8 @@ Release InitialiseSet(const TableState& table, const ReleaseRights& rights) {
   }
   int given = 0;
   for (int slot = 0; slot < table.set.semaphores; ++slot) {
-    const SlotLock lock = LookAtSlot(table, slot);
-    const bool never_given = lock.value == kHeld && lock.last.id == 0;
+    const bool never_given =
+        semctl(table.set.id, slot, GETVAL) == kHeld && semctl(table.set.id, slot, GETPID) == 0;
     given += never_given && BringToRest(table, slot, kHeld) ? 1 : 0;
   }
   return {given > 0,

@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "devhost/system_call.h"
+#include "look/users.h"
 #include "show/record_view.h"
 
 namespace {
@@ -30,6 +31,12 @@ std::time_t LastChange(const TableState& table) {
     throw SystemError(errno, table.DescribeSet());
   }
   return std::max(state.sem_otime, state.sem_ctime);
+}
+
+// As it was told by its number and the time. Who holds a slot has the table attached.
+ProcessState StateIn(const TableState& table, const SlotLock& lock) {
+  const bool holds = lock.value == kHeld && lock.last.state == ProcessState::kAlive;
+  return holds && !MayUse(table, lock.last.id) ? ProcessState::kStranger : lock.last.state;
 }
 
 }  // namespace
@@ -58,7 +65,9 @@ SlotLock LookAtSlot(const TableState& table, int slot) {
     lock.last_change = LastChange(table);
     lock.last = LookAt(number, lock.last_change);
     const bool stayed = AskSlot(table, slot, GETVAL) == lock.value;
-    if (stayed && AskSlot(table, slot, GETPID) == number) return lock;
+    if (!stayed || AskSlot(table, slot, GETPID) != number) continue;
+    lock.last.state = StateIn(table, lock);
+    return lock;
   }
   lock.last.state = ProcessState::kAlive;
   return lock;

@@ -11,10 +11,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// One that is empty counts as none.
+const char* Variable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value == nullptr || *value == '\0' ? nullptr : value;
+}
+
 // One file a home; empty when there is no place for it.
 fs::path KeysFile(const std::string& home) {
-  const char* const state = std::getenv("XDG_STATE_HOME");
-  const char* const user = std::getenv("HOME");
+  const char* const state = Variable("XDG_STATE_HOME");
+  const char* const user = Variable("HOME");
   if (state == nullptr && user == nullptr) return {};
   const fs::path root = state != nullptr ? fs::path(state) : fs::path(user) / ".local/state";
   std::error_code error;
@@ -41,8 +47,7 @@ RememberedKeys RecallKeys(const std::string& home) {
   RememberedKeys remembered;
   const fs::path path = KeysFile(home);
   struct stat state {};
-  if (path.empty() || stat(path.c_str(), &state) != 0) return remembered;
-  remembered.since = state.st_mtime;
+  if (stat(path.c_str(), &state) == 0) remembered.since = state.st_mtime;
   std::ifstream file(path);
   std::string name;
   for (int key = 0; file >> name >> key;) {

@@ -6,6 +6,7 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <set>
 
 namespace {
@@ -18,35 +19,54 @@ fs::path IpcNamespace(const fs::path& process) {
   return fs::read_symlink(process / "ns/ipc", hidden);
 }
 
+struct Segment {
+  int key;  // under which it was created
+  int id;
+};
+
 // The segments in a process's map: "ADDRESS MODE OFFSET DEVICE ID /SYSVxxxxxxxx (deleted)", the
-// hexadecimal number being the key.
-void AddSegments(const fs::path& process, pid_t id, std::vector<SegmentUser>* users) {
+// hexadecimal number being the key. Nothing when this user may not read it.
+std::optional<std::vector<Segment>> SegmentsOf(const fs::path& process) {
   std::ifstream maps(process / "maps");
+  std::vector<Segment> segments;
   std::set<int> seen;
-  for (std::string line; std::getline(maps, line);) {
+  int lines = 0;
+  for (std::string line; std::getline(maps, line); ++lines) {
     unsigned key = 0;
-    int segment = 0;
+    int id = 0;
     const char* const format = "%*s %*s %*s %*s %d /SYSV%8x";
-    if (std::sscanf(line.c_str(), format, &segment, &key) != 2) continue;
-    if (!seen.insert(segment).second) continue;
-    users->push_back({LookAt(id, std::time(nullptr)), static_cast<int>(key), segment});
+    if (std::sscanf(line.c_str(), format, &id, &key) != 2) continue;
+    if (seen.insert(id).second) segments.push_back({static_cast<int>(key), id});
   }
+  if (lines == 0) return std::nullopt;  // a process that lives has some
+  return segments;
 }
 
 }  // namespace
 
 std::vector<SegmentUser> FindSegmentUsers() {
   std::vector<SegmentUser> users;
+  if (!HasOwnProc()) return users;
   const fs::path own = IpcNamespace("/proc/self");
   std::error_code error;
   for (const fs::directory_entry& entry : fs::directory_iterator("/proc", error)) {
     const int id = std::atoi(entry.path().filename().c_str());
-    if (id > 0 && IpcNamespace(entry.path()) == own) AddSegments(entry.path(), id, &users);
+    if (id <= 0 || IpcNamespace(entry.path()) != own) continue;
+    for (const Segment& segment : SegmentsOf(entry.path()).value_or(std::vector<Segment>())) {
+      users.push_back({LookAt(id, std::time(nullptr)), segment.key, segment.id});
+    }
   }
   std::sort(users.begin(), users.end(), [](const SegmentUser& one, const SegmentUser& other) {
     return one.process.id < other.process.id;
   });
   return users;
+}
+
+bool MayUse(const TableState& table, pid_t id) {
+  if (!HasOwnProc()) return true;
+  const auto segments = SegmentsOf(fs::path("/proc") / std::to_string(id));
+  return !segments || std::any_of(segments->begin(), segments->end(),
+                                  [&](const Segment& segment) { return segment.key == table.key; });
 }
 
 std::vector<Finding> JudgeUsers(const TableState& table, const std::vector<SegmentUser>& users) {

@@ -18,6 +18,10 @@ struct SegmentUser {
 // All attached segments of all processes that this user may look into, by process.
 std::vector<SegmentUser> FindSegmentUsers();
 
+// Whether the process has the table's segment attached, be it one that was removed, or cannot be
+// looked into.
+bool MayUse(const TableState& table, pid_t id);
+
 // What is wrong with those of one table: who still uses a segment that was removed.
 std::vector<Finding> JudgeUsers(const TableState& table, const std::vector<SegmentUser>& users);
 

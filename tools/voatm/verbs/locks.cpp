@@ -88,11 +88,12 @@ Action DeclareLocks(OptionList* list) {
 const Verb kLocks = {
     "locks", "Show the slots that are not at rest, and who holds them",
     "Every slot whose semaphore is not at 2. Of a held slot, value 0, PROCESS is the holder:\n"
-    "alive, dead, reused when a later process has its number (it started after the set was last\n"
-    "used), or unknown when there is no number to go by; WAITING is how many processes wait for\n"
-    "the slot. A set that was never initialised is a finding of its own.\n\n"
-    "Exit status: 1 when a slot will not come to rest by itself, because its holder is dead or\n"
-    "unknown or its value is not 0, or when a set is missing; a living holder is no finding.\n\n"
+    "alive, stopped, dead, reused when a later process has its number (it started after the set\n"
+    "was last used), stranger when the process with its number does not use the table, or unknown\n"
+    "when there is no number to go by; WAITING is how many processes wait for the slot. A set\n"
+    "that was never initialised is a finding of its own.\n\n"
+    "Exit status: 1 when a slot will not come to rest by itself, because its holder is not alive\n"
+    "or its value is not 0, or when a set is missing; a living holder is no finding.\n\n"
     "JSON: {complete, locks: [{table, name, slot, id, value, process, state, command,\n"
     "waiting, last_change, stuck}], findings: [{what, where, since, drivers, next}]}, last_change "
     "being\n"

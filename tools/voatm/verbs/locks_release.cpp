@@ -34,7 +34,7 @@ void PrintRecord(const records::RecordTable& table, const std::vector<char>& rec
   PrintFacts("", fields);
 }
 
-// What to look at once a slot is free whose holder died: it may have been writing.
+// What to look at once a slot with a record is free whose holder died: it may have been writing.
 std::vector<std::string> Afterwards(const records::RecordTable& table, const Release& release) {
   if (!release.done || !release.lock.has_value() || release.lock->value != kHeld) return {};
   const std::string slot = std::to_string(release.lock->slot);
@@ -60,7 +60,8 @@ ExitCode DoRelease(const ReleaseOptions& options) {
   if (release.lock.has_value() && !record.empty()) {
     release.lock->id = IdText(*options.table, record.data());
   }
-  const std::vector<std::string> next = Afterwards(*options.table, release);
+  std::vector<std::string> next;
+  if (!record.empty()) next = Afterwards(*options.table, release);
   if (options.json) {
     PrintJson({{"released", release.done},
                {"text", release.text},
@@ -100,14 +101,15 @@ const Verb kLocksRelease = {
     "Shows the record and adds the two units that the holder took, if its process is dead and the\n"
     "value is still 0, in one step; one release at a time in a set. A holder may have died while\n"
     "it wrote the record: what to do then is said. A slot of a living process stays, whatever is\n"
-    "asked. A reused number counts as dead; it is told by the clock, so be careful after setting\n"
-    "that forward.\n\n"
+    "asked. A reused number counts as dead while no other slot of the set was used since the "
+    "later\n"
+    "process started; it is told by the clock, so be careful after setting that forward.\n\n"
     "With --reset a slot whose value is neither 0 nor 2 is brought to 2: from 1 when the process\n"
     "that changed it last is dead; from more than 2, where units are only taken away, always.\n"
     "Without SLOT it initialises a set that nobody ever gave a value, if the process that created\n"
     "the segment is dead. --force stands in for these proofs where the process cannot be told,\n"
-    "because it lives in another PID namespace or nobody ever used the slot; for a set, also\n"
-    "where the creator lives.\n\n"
+    "because it lives in another PID namespace, nobody ever used the slot, or the process with\n"
+    "that number does not use the table; for a set, also where the creator lives.\n\n"
     "Exit status: 0 released, 1 not, with the reason.\n\n"
     "JSON: {released, text, lock, record, next: [text]}, lock being as in voatm locks, before the\n"
     "release, and record as in voatm show; either may be null.",
