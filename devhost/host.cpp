@@ -29,7 +29,7 @@ std::string Lines(const std::vector<std::string>& texts) {
 }  // namespace
 
 Host::Host(const std::string& home, const HostOptions& options)
-    : options_(options), stop_(options.exit_with), plan_(PlanHost(home, options.replace)) {
+    : options_(options), plan_(PlanHost(home, options.replace)), stop_(options.exit_with) {
   if (!plan_.refusals.empty()) throw std::runtime_error(Lines(plan_.refusals));
   if (options.replace) ClearTheWay();
   Create(plan_.Queue());

@@ -49,8 +49,8 @@ class Host {
   void CreateTable(PlannedTable* table);
 
   const HostOptions options_;
-  StopOrder stop_;
-  HostPlan plan_;
+  HostPlan plan_;   // made while a signal still ends the process: a seed file may be a FIFO
+  StopOrder stop_;  // from here on it stops the host in order
   std::vector<IpcObject> objects_;  // as planned
 };
 

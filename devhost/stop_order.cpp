@@ -38,8 +38,9 @@ StopOrder::StopOrder(pid_t leader) : before_() {
   const int error = errno;
   if (signals_ < 0 || event_ < 0 || (leader != kNoProcess && leader_ < 0)) {
     Close();
-    if (error == ESRCH) throw SystemError(error, "process " + std::to_string(leader));
-    throw SystemError(error, "cannot open descriptors to wait for an order to stop");
+    const bool no_leader = leader != kNoProcess && leader_ < 0;
+    throw SystemError(error, no_leader ? "process " + std::to_string(leader)
+                                       : "cannot open descriptors to wait for an order to stop");
   }
   pthread_sigmask(SIG_BLOCK, &stops, &before_);
 }

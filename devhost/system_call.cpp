@@ -37,7 +37,7 @@ int ReadFile(const std::string& path, std::string* text, std::size_t most) {
   }
   const int error = size < 0 ? errno : 0;
   close(file);
-  return error;
+  return text->size() == kLargestFile ? EFBIG : error;
 }
 
 bool ProcessExists(pid_t id) { return kill(id, 0) == 0 || errno != ESRCH; }

@@ -5,7 +5,7 @@
 #include <sys/sem.h>
 #include <sys/types.h>
 
-#include <cstdint>
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 
@@ -27,9 +27,12 @@ constexpr int kAtRest = 2;  // units of a slot's semaphore that nobody holds; a 
 // The most semaphores of a set (SEMMSL of kernel.sem). Throws std::runtime_error.
 int MostSemaphoresOfASet();
 
-// Reads a file, or its first `most` bytes. Returns 0, or errno of what failed, a folder's among
-// them. A FIFO to which nobody writes is empty.
-int ReadFile(const std::string& path, std::string* text, std::size_t most = SIZE_MAX);
+// One that never ends is refused before it takes all memory.
+constexpr std::size_t kLargestFile = std::size_t{1} << 30;
+
+// Reads a file, or its first `most` bytes. Returns 0, or errno of what failed, a folder's and that
+// of kLargestFile among them. A FIFO to which nobody writes is empty.
+int ReadFile(const std::string& path, std::string* text, std::size_t most = kLargestFile);
 
 // Whether there is a process, be it another user's.
 bool ProcessExists(pid_t id);

@@ -42,7 +42,7 @@ class ParsedVerb {
 
  private:
   CLI::Option* AddOption(const OptionRow& row) const {
-    if (row.IsFlag()) return app_->add_flag(row.name, row.about);
+    if (row.IsFlag()) return app_->add_flag(row.name, row.about)->disable_flag_override();
     const auto keep = [](const CLI::results_t&) { return true; };
     CLI::Option* const option = app_->add_option(row.name, keep, row.about);
     option->required(row.required)->type_name(row.type);

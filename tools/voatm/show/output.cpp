@@ -29,9 +29,9 @@ bool IsSet(const char* variable) {
   return value != nullptr && *value != '\0';
 }
 
-// Whether standard output obeys escape sequences.
-bool HasControls() {
-  return UsesTerminal() && IsSet("TERM") && std::strcmp(std::getenv("TERM"), "dumb") != 0;
+bool UsesTerminal() {
+  static const bool is_terminal = isatty(STDOUT_FILENO) != 0;
+  return is_terminal;
 }
 
 bool UseColor() { return HasControls() && !IsSet("NO_COLOR"); }
@@ -73,9 +73,8 @@ const Json& ValueAt(const Json& row, const std::string& place) {
 
 }  // namespace
 
-bool UsesTerminal() {
-  static const bool is_terminal = isatty(STDOUT_FILENO) != 0;
-  return is_terminal;
+bool HasControls() {
+  return UsesTerminal() && IsSet("TERM") && std::strcmp(std::getenv("TERM"), "dumb") != 0;
 }
 
 std::string Readable(std::string_view text) {

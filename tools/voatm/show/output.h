@@ -19,8 +19,8 @@ using Json = nlohmann::ordered_json;
 // What is wrong has a colour, on a terminal that has colours, unless NO_COLOR is set.
 enum class Tone { kPlain, kAlarm };
 
-// Whether standard output is a terminal.
-bool UsesTerminal();
+// Whether standard output is a terminal that obeys escape sequences.
+bool HasControls();
 
 // The text with what is no ASCII character, or controls a terminal, as \xHH.
 std::string Readable(std::string_view text);

@@ -15,7 +15,7 @@ namespace {
 // While it exists, keys are read as they are pressed, and a screen of its own is shown.
 class Screen {
  public:
-  Screen() : has_keys_(tcgetattr(STDIN_FILENO, &before_) == 0), is_shown_(UsesTerminal()) {
+  Screen() : has_keys_(IsOurs() && tcgetattr(STDIN_FILENO, &before_) == 0) {
     termios keys = before_;
     keys.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
     if (has_keys_) tcsetattr(STDIN_FILENO, TCSANOW, &keys);
@@ -39,18 +39,23 @@ class Screen {
   }
 
  private:
+  // Who has it in the background is stopped when it asks.
+  static bool IsOurs() { return tcgetpgrp(STDIN_FILENO) == getpgrp(); }
+
   termios before_ = {};
   bool has_keys_;
-  bool is_shown_;
+  bool is_shown_ = HasControls();
 };
 
 }  // namespace
 
 void Watch(int seconds, const std::function<void()>& show_frame) {
-  sigset_t ends, before;
+  sigset_t ends;
   sigemptyset(&ends);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) sigaddset(&ends, signal);
-  sigprocmask(SIG_BLOCK, &ends, &before);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP, SIGPIPE}) {
+    sigaddset(&ends, signal);
+  }
+  sigprocmask(SIG_BLOCK, &ends, nullptr);
   const int signals = signalfd(-1, &ends, SFD_CLOEXEC);
   const Screen screen;
   do {
