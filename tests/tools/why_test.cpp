@@ -68,6 +68,7 @@ const struct {
     {"2026-11-21 09:30:05.123456 [12345] 2 ", "2026-11-21 09:30:05.123456", "12345"},
     {"<13>Nov  1 09:30:05 host driver[77]: ", "Nov 1 09:30:05", "77"},
     {"[2026-11-21T09:30:05+01:00] INFO:", "2026-11-21T09:30:05+01:00", ""},
+    {"<13>[2026-11-21 09:30:05,1] ", "2026-11-21 09:30:05,1", ""},
 };
 // clang-format on
 
@@ -106,6 +107,11 @@ const struct {
     {"Error in opening file[ {1} ]", "{1} did not open."},
     {"Error in Searching cfgparam[K] from file[ F ]", "F has no K; nothing else is tried."},
     {"Error in Searching cfgparam[K] from file[ F ] ", "F has no K; OPKEYMAP#DEFAULT is tried next."},
+    {"Error in Searching cfgparam[K] from file[ F ]\r", "F has no K; nothing else is tried."},
+    {"Error in opening file[ ]x ]", "]x did not open."},
+    {"InstTerminalGroup[I] AtmLogicalGroup[G] AtmId[A] TxnCode[010000] RespCode[000] CurrencyCode[978]", "The property request as rows hold it."},
+    {"InstTerminalGroup[I] AtmLogicalGroup[G] AtmId[A] TxnCode[10000] RespCode[0] CurrencyCode[978]", "The property request as it was given."},
+    {"Dispense Status A[02] B[00] C[10] D[00]", "The ATM says it paid these notes."},
     {"Error in Searching cfgparam[K] from file[  ]", " has no K; nothing else is tried."},
     {"Error in Searching K from file[ {1} ]", "{1} has no readable K."},
     {"Error in Searching CurrencyCode[978] in VoAtmProperty Table", "No property row is for currency 978 there; 0 is tried next."},
@@ -113,6 +119,14 @@ const struct {
     {"Error in Searching InstTerminalGroup[*] in VoAtmProperty Table", "No property row is for institution group *; nothing wider is left to try."},
 };
 // clang-format on
+
+TEST(Why, LooksForATextAtTheEndOfALongLine) {
+  std::string line;
+  while (line.size() < (1 << 20)) line += "Error in Searching ";
+  TraceReader reader;
+  EXPECT_TRUE(reader.Read(line).matches.empty());
+  EXPECT_EQ(reader.Read(line + ": sent none").matches.size(), 1U);
+}
 
 TEST(Why, SaysWhatALineMeans) {
   TraceReader reader;
@@ -140,9 +154,9 @@ TEST(Why, SumsUpALogOfAnyLines) {
 "lines":305,"unknown":2,"text":"ErrorinLocatingMemory[%s]","weight":"error","count":300,"f
 irst":"2026-11-2109:30:05.000100","last":"2026-11-2109:30:05.000399","more_processes":true
 ,"more_means":true,"text":"ErrorinSemopforAtmFit","weight":"error","count":1,"first":"","l
-ast":"","more_processes":false,"more_means":false,"number":43,"name":"","means":"itwasremo
-vedwhilesomebodywaited;theownerrestartedoripcrmwasrun""text":"LtsVerified","weight":"norma
-l","count":2,"first":"","last":"","more_processes":false,"more_means":false,=> 0
+ast":"","more_processes":false,"more_means":false,"number":43,"name":"x","means":"itwasrem
+ovedwhilesomebodywaited;theownerrestartedoripcrmwasrun""text":"LtsVerified","weight":"norm
+al","count":2,"first":"","last":"","more_processes":false,"more_means":false,=> 0
 $ why <)" +
       home.path() + R"(/log >/dev/null 2>&1
 => 1
@@ -152,7 +166,7 @@ $ why -x <)" +
 Error in Semop for AtmFit SysErr[ x ] ErrNo[ 43 ]
     A slot of the FIT table was not given back.
     Error: it was removed while somebody waited; the owner restarted or ipcrm was run
-    Next: voatm tables; then voatm locks, as the slot may still be held
+    Next: voatm tables; voatm locks
 => 0
 )");
   const Json messages = VoatmJson(why)["messages"];
@@ -184,9 +198,12 @@ TEST(Why, FollowsAFile) {
   expect(22);
   write("/log", "w", 3);
   expect(3);
-  write("/new", "w", 4);
+  write("/new", "w", 5);
+  std::filesystem::rename(home.path() + "/log", home.path() + "/old");
+  write("/old", "a", 4);
   std::filesystem::rename(home.path() + "/new", home.path() + "/log");
   expect(4);
+  expect(5);
   kill(process, SIGTERM);
   pclose(pipe);
 }

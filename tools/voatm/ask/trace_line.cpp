@@ -6,6 +6,8 @@
 namespace {
 
 constexpr std::string_view kEscapedNewline = "\\n";
+// No text of the library is longer.
+constexpr std::size_t kLongestText = 65536;
 // A text of few words is believed only at the beginning of a line, or behind what ends a prefix.
 constexpr std::size_t kFewWords = 8;
 
@@ -47,15 +49,16 @@ bool IsWholePrefix(std::string_view prefix) {
   return size > 2 && prefix[size - 2] == ' ' && prefix[size - 3] == ']';
 }
 
-// How many characters at the start of a text a conversion printed, or npos. `before` is the literal
-// in front of it and `behind` the one behind it, which ends the text when it is the last.
+// How many characters at the start of a text a conversion printed, or npos. `behind` is the literal
+// behind it, which ends the text when it is the last.
 std::size_t PrintedBy(char conversion, std::string_view text, std::string_view behind, bool last) {
   if (conversion == 'c') return text.empty() ? std::string_view::npos : 1;
-  if (conversion == 'd') {
+  if (conversion != 's') {
     std::size_t end = !text.empty() && text.front() == '-' ? 1 : 0;
     const std::size_t first = end;
     while (end < text.size() && IsDigit(text[end])) ++end;
-    return end > first ? end : std::string_view::npos;
+    const bool as_printed = conversion == '0' || end == first + 1 || text[first] != '0';
+    return end > first && as_printed ? end : std::string_view::npos;
   }
   if (!last) return text.find(behind);
   return EndsWith(text, behind) ? text.size() - behind.size() : std::string_view::npos;
@@ -67,18 +70,24 @@ std::size_t StartOfWord(std::string_view text, std::size_t end) {
   return text.rfind(' ', end - 1) + 1;  // 0 when there is none
 }
 
+// Where what stands at `at` begins behind a priority, "<13>", and what opens a bracket or a
+// quotation.
+std::size_t BehindOpening(std::string_view prefix, std::size_t at) {
+  const std::size_t priority_end = prefix.find('>', at);
+  if (prefix[at] == '<' && priority_end + 1 < prefix.size()) at = priority_end + 1;
+  while (at + 1 < prefix.size() && std::strchr("[(\"", prefix[at]) != nullptr) ++at;
+  return at;
+}
+
 // The start of what says the time in a prefix: the word with the clock, and the date before it,
 // which is a word, or the name of a month and a day.
 std::size_t StartOfTime(std::string_view prefix, std::size_t clock) {
   std::size_t start = StartOfWord(prefix, clock);
   const std::size_t day = start == 0 ? 0 : StartOfWord(prefix, start - 1);
-  if (day < start && IsDigit(prefix[day])) {
+  if (day < start && IsDigit(prefix[BehindOpening(prefix, day)])) {
     start = start - day > 3 || day == 0 ? day : StartOfWord(prefix, day - 1);
   }
-  const std::size_t priority_end = prefix.find('>', start);  // of "<13>"
-  if (prefix[start] == '<' && priority_end < clock) start = priority_end + 1;
-  while (start < clock && std::strchr("[(\"", prefix[start]) != nullptr) ++start;
-  return start;
+  return std::min(BehindOpening(prefix, start), clock);
 }
 
 // "09:30:05"
@@ -145,8 +154,9 @@ TraceReader::Pattern TraceReader::Compile(const TraceText& row) {
       ++pattern.words;
       continue;
     }
+    const bool padded = text[at + 1] == '0';
     at = text.find_first_of("sdc", at);
-    pattern.pieces.push_back({text[at], {}});
+    pattern.pieces.push_back({padded ? '0' : text[at], {}});
     literal = &pattern.pieces.back().literal;
   }
   return pattern;
@@ -162,8 +172,9 @@ bool TraceReader::Takes(const Pattern& pattern, std::string_view text,
     std::string_view behind = piece.literal;
     const bool last = &piece == &pattern.pieces.back();
     // Of an empty text between two blanks only one blank is left.
-    const bool joined =
-        EndsWith(before, " ") && StartsWith(behind, " ") && StartsWith(text, behind.substr(1));
+    const bool joined = EndsWith(before, " ") && StartsWith(behind, " ") &&
+                        StartsWith(text, behind.substr(1)) &&
+                        (!last || text.size() + 1 == behind.size());
     if (joined) behind.remove_prefix(1);
     const std::size_t size = joined ? 0 : PrintedBy(piece.conversion, text, behind, last);
     if (size == std::string_view::npos || !StartsWith(text.substr(size), behind)) return false;
@@ -208,10 +219,12 @@ bool TraceReader::FindAt(std::size_t at, bool ends_blank) {
 const TraceLine& TraceReader::Read(std::string_view line) {
   line_.matches.clear();
   line_.time = line_.process = line_.error_name = line_.error_number = {};
+  if (EndsWith(line, "\r")) line.remove_suffix(1);
   Collapse(line, &text_);
   SplitError();
   const bool ends_blank = !line.empty() && IsBlank(line.back());
-  for (std::size_t at = 0; at < said_.size(); ++at) {
+  for (std::size_t at = said_.size() - std::min(said_.size(), kLongestText); at < said_.size();
+       ++at) {
     if (patterns_[static_cast<unsigned char>(said_[at])].empty()) continue;
     if ((at > 0 && !EndsPrefix(said_[at - 1])) || !FindAt(at, ends_blank)) continue;
     line_.time = TimeIn(said_.substr(0, at));

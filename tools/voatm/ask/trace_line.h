@@ -28,7 +28,8 @@ struct TraceLine {
   std::string_view error_number;
 };
 
-// Reads lines of any length and with any prefix, each in time that grows with its length only.
+// Reads lines of any length and with any prefix. Of a long one only the end may be a text, so that
+// the time grows with its length only.
 class TraceReader {
  public:
   TraceReader();
@@ -39,7 +40,7 @@ class TraceReader {
 
  private:
   struct Piece {
-    char conversion;      // s, d or c
+    char conversion;      // s, d or c; 0 for a number with zeros in front
     std::string literal;  // behind it
   };
 

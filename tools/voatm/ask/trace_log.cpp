@@ -50,28 +50,27 @@ std::optional<std::string_view> LogLines::Next() {
       stream_.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
       return std::string_view(line_.data(), size);
     }
-  } while (WaitForMore());
+  } while (before_waiting_ != nullptr && (WaitForMore() || size == 0));
   if (size == 0) return std::nullopt;
   return std::string_view(line_.data(), size);
 }
 
-// Returns false when the end is the end.
+// Returns whether what comes next goes on with what was read, which it does not in a file that was
+// cut or replaced. What the old one gained meanwhile is read first.
 bool LogLines::WaitForMore() {
-  if (before_waiting_ == nullptr) return false;
   before_waiting_();
-  std::this_thread::sleep_for(kLookAgain);
-  ReopenIfReplaced();
-  return true;
-}
-
-void LogLines::ReopenIfReplaced() {
-  struct stat there = {}, here = {};
-  if (fstat(file_.fd(), &here) < 0 || stat(path_.c_str(), &there) < 0) return;
-  if (there.st_ino != here.st_ino || there.st_dev != here.st_dev) {
+  if (is_replaced_) {
+    is_replaced_ = false;
     file_ = Open(path_);
-  } else if (here.st_size < file_.pubseekoff(0, std::ios::cur)) {
-    file_.pubseekpos(0);
+    return false;
   }
+  std::this_thread::sleep_for(kLookAgain);
+  struct stat there = {}, here = {};
+  if (fstat(file_.fd(), &here) < 0 || stat(path_.c_str(), &there) < 0) return true;
+  is_replaced_ = there.st_ino != here.st_ino || there.st_dev != here.st_dev;
+  if (is_replaced_ || here.st_size >= file_.pubseekoff(0, std::ios::cur)) return true;
+  file_.pubseekpos(0);
+  return false;
 }
 
 void FewTexts::Add(std::string_view text) {
@@ -88,11 +87,14 @@ void LogSummary::Add(const TraceLine& line) {
   }
   const TraceMatch& match = line.matches.front();
   // Numbers that no system has would be messages without end.
-  const bool known = MeaningOfError(line.error_number) != nullptr;
-  LogMessage& message = messages_[{match.row, known ? std::string(line.error_number) : ""}];
+  constexpr std::size_t kDigits = 3, kLongestName = 100;
+  const std::string number(line.error_number.substr(0, kDigits + 1));
+  const bool possible = number.size() <= kDigits;
+  LogMessage& message = messages_[{match.row, possible ? number : ""}];
   ++message.count;
   message.row = match.row;
-  if (known) message.error_number = line.error_number;
+  if (possible) message.error_number = number;
+  if (possible) message.error_name = line.error_name.substr(0, kLongestName);
   if (message.first.empty()) message.first = line.time;
   if (!line.time.empty()) message.last = line.time;
   message.processes.Add(line.process);

@@ -32,13 +32,13 @@ class LogLines {
 
  private:
   bool WaitForMore();
-  void ReopenIfReplaced();
 
   std::string path_;
   std::function<void()> before_waiting_;
   std::vector<char> line_;
   __gnu_cxx::stdio_filebuf<char> file_;
   std::istream stream_;
+  bool is_replaced_ = false;
 };
 
 // Different texts, up to a number of them.
@@ -54,6 +54,7 @@ struct FewTexts {
 struct LogMessage {
   const TraceText* row = nullptr;
   std::string error_number;  // of the system call that failed; empty when none did
+  std::string error_name;
   std::size_t count = 0;
   std::string first, last;  // as the lines say the time
   FewTexts processes = {100};

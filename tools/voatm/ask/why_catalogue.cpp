@@ -31,13 +31,12 @@ constexpr TraceAdvice kSet = {"Somebody removed the set, or the owner failed hal
 constexpr TraceAdvice kSemop = {
     "The set was removed, has fewer semaphores than the table has slots, or a signal came while "
     "waiting.",
-    "voatm tables; then voatm locks, as the slot may still be held"};
-constexpr TraceAdvice kNoProperty = {
-    "No row has it, nor the wildcard, with the keys settled before.", "voatm explain property",
-    Weight::kNotice};
-constexpr TraceAdvice kNoAction = {"No row has it, nor the wildcard, with the keys settled before.",
+    "voatm tables; voatm locks"};
+constexpr TraceAdvice kNoProperty = {"No row has it with the keys settled before.",
+                                     "voatm explain property", Weight::kNotice};
+constexpr TraceAdvice kNoAction = {"No row has it with the keys settled before.",
                                    "voatm explain action", Weight::kNotice};
-constexpr TraceAdvice kLayered = {"No file exists for the scopes, nor for the fallback name.",
+constexpr TraceAdvice kLayered = {"No file of the operation could be opened.",
                                   "voatm explain with the operation's scopes; voatm check",
                                   Weight::kNotice};
 constexpr TraceAdvice kNoEntry = {
@@ -46,18 +45,25 @@ constexpr TraceAdvice kNoEntry = {
 constexpr TraceAdvice kTemplate = {
     "The template that counts lacks the key, or the entry is unreadable.",
     "voatm check; voatm explain oar"};
+constexpr TraceAdvice kTemplateAction = {
+    "The key's action is a number; it is $VAR, $NEXT, $PREVIOUS, $CONTINUE or $CANCEL.",
+    "voatm check; voatm explain oar"};
 constexpr TraceAdvice kCardless = {"CARDLESS_TXN.cfg has no entry for the key.",
                                    "voatm check; voatm explain cardless", Weight::kNotice};
 constexpr TraceAdvice kModel = {"The driver gave a model other than NDC+ATM and D912ATM.",
                                 "Correct the ATM's model where the driver has it from."};
-constexpr TraceAdvice kNoteMapping = {"The ATM accepted a note type that the mapping lacks.",
+constexpr TraceAdvice kNoteMapping = {"The mapping lacks a note type or gives it no value.",
                                       "voatm explain deposit; voatm check"};
+constexpr TraceAdvice kNoLogic = {
+    "The file that opened has no logic for the amount, or one with too few counts.",
+    "voatm explain displogic; voatm check", Weight::kNotice};
 constexpr TraceAdvice kLogicFault = {"A count of the dispense logic is no number.",
                                      "voatm explain displogic; voatm check"};
 constexpr TraceAdvice kLogicRefused = {"The configured logic does not suit the request.",
                                        "voatm plan", Weight::kNotice};
 constexpr TraceAdvice kInTheWay = {
-    "The usable cassettes cannot make the amount within the note limit.",
+    "The plan, largest notes first, does not make the amount within the note limit; other notes "
+    "may.",
     "voatm plan; voatm plan --sweep", Weight::kNotice};
 constexpr TraceAdvice kReversal = {"ATM and switch do not agree about the last withdrawal.",
                                    "Compare the ATM's journal."};
@@ -93,12 +99,13 @@ constexpr TraceText kTraceTexts[] = {
     {"retval %d", "getAtmId printed its result to standard output: 1 found, -1 not.", &kNormal},
 
     // Property tables
-    {"InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] TxnCode[%d] RespCode[%d] "
-     "CurrencyCode[%d]",
-     "The property request as it was given.", &kNormal},
     {"InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] TxnCode[%s] RespCode[%s] "
      "CurrencyCode[%d]",
      "The property request as rows hold it.", &kNormal},
+    // Behind it, as a line that could be either is taken for the later one.
+    {"InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] TxnCode[%d] RespCode[%d] "
+     "CurrencyCode[%d]",
+     "The property request as it was given.", &kNormal},
     {"Error in Searching InstTerminalGroup[%s] in VoAtmProperty Table",
      "No property row is for institution group {1}; * is tried next.", &kNoProperty, "*"},
     {"Error in Searching InstTerminalGroup[%s] AtmLogicalGroup[%s] in VoAtmProperty Table",
@@ -126,9 +133,9 @@ constexpr TraceText kTraceTexts[] = {
      "No action row is for ATM {3} there; * is tried next.", &kNoAction, "*"},
     {"Error in Reading InstTerminalGroup[%s] AtmLogicalGroup[%s] AtmId[%s] StatusBuf[%s] from "
      "VoAtmActionProperty Table",
-     "No row behind the ATM's first gives an action for the statuses {4}.", &kNoAction},
+     "No row from the ATM's first on gives an action for the statuses {4}.", &kNoAction},
     {"Error in Searching StatusMsg in VoAtmActionProperty Table",
-     "No row behind the ATM's first has a transaction for the statuses.", &kNoAction},
+     "No row from the ATM's first on has a transaction for the statuses.", &kNoAction},
     {"Error in Searching TxnCode[%s] in VoAtmActionProperty Table",
      "No row from the status's on is for transaction {1}; its class or * is tried next.",
      &kNoAction, "*"},
@@ -146,7 +153,8 @@ constexpr TraceText kTraceTexts[] = {
     {"Failed to search[ %s ] for StateNo", "{1} has no next state.", &kNoEntry},
     {"Failed to search[ %s ] for ScreenNo", "{1} has no screen.", &kNoEntry},
     {"failed to search[ %s ]", "The template has no readable {1}.", &kTemplate},
-    {"Unsupported Template[ %s ]", "The action of a function key is the number {1}.", &kTemplate},
+    {"Unsupported Template[ %s ]", "The action of a function key is the number {1}.",
+     &kTemplateAction},
     {"Cancel< %d >", "The template's cancel value is {1}.", &kNormal},
     {"Search Id [ %s ]", "The screen file has no readable {1}.", &kNoEntry},
     {"Error in Searching cfgparam[%s] from file[ %s ] ",
@@ -156,8 +164,7 @@ constexpr TraceText kTraceTexts[] = {
     {"Failed to Count OAR Group", "The file opened and could not be read to its end.", &kHome},
 
     // Cash
-    {"failed to Search [ %s ]", "{1} is absent, or has too few counts for the model.",
-     &kLogicFault},
+    {"failed to Search [ %s ]", "{1} is absent, or has too few counts for the model.", &kNoLogic},
     {"Denom Config Error", "A dispense logic is no whole number.", &kLogicFault},
     {"Unsupported ATM Model[ %c ]", "No dispense logic is known for the model.", &kModel},
     {"Dispense logic[ %s ]", "The configured note counts are {1}.", &kNormal},
@@ -231,10 +238,9 @@ const char* MeaningOfError(std::string_view number) {
     const char* means;
   } kErrors[] = {
       {EIDRM, "it was removed while somebody waited; the owner restarted or ipcrm was run"},
-      {EINVAL, "the id is no longer valid: it was removed since the driver started"},
+      {EINVAL, "nothing has this key or id: it was never created, or was removed since"},
       {EFBIG, "the set has fewer semaphores than the slot's number: a count in cfg/ was raised"},
       {EACCES, "another user owns it and gives no permission"},
-      {ENOENT, "nothing has this key"},
       {EINTR, "a signal came; the library does not repeat the call"},
       {EAGAIN, "the queue is full: nobody reads it"},
       {ERANGE, "the semaphore would pass its largest value: slots were given back twice"},

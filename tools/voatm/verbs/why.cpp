@@ -66,8 +66,11 @@ Json TextsWith(const std::string& words) {
   return {{"texts", std::move(texts)}, {"system_error", nullptr}};
 }
 
+// What the error means; of one about which nothing more is known its name and number.
 std::string ErrorText(const Json& error) {
-  return error.is_object() && error["means"].is_string() ? error["means"].get<std::string>() : "";
+  if (!error.is_object()) return "";
+  if (error["means"].is_string()) return error["means"];
+  return InOneLine(error["name"]) + " (" + InOneLine(error["number"]) + ")";
 }
 
 void PrintAnswer(const Json& answer) {
@@ -100,8 +103,8 @@ void PrintExplained(std::string_view text, const TraceLine& line) {
   const TraceAdvice& advice = *match.row->advice;
   PrintLine(text, advice.weight == Weight::kError ? Tone::kAlarm : Tone::kPlain);
   PrintLine(below + match.Means(), Tone::kPlain, kBelow);
-  const char* const error = MeaningOfError(line.error_number);
-  if (error != nullptr) PrintLine(below + "Error: " + error, Tone::kPlain, kBelow);
+  const std::string error = ErrorText(ErrorJson(line.error_number, line.error_name));
+  if (!error.empty()) PrintLine(below + "Error: " + error, Tone::kPlain, kBelow);
   if (advice.weight != Weight::kNormal) {
     PrintLine(below + "Next: " + advice.next, Tone::kPlain, kBelow);
   }
@@ -119,7 +122,7 @@ Json MessageJson(const LogMessage& message) {
           {"more_means", message.means.more},
           {"cause", message.row->advice->cause},
           {"next", message.row->advice->next},
-          {"system_error", ErrorJson(message.error_number, "")}};
+          {"system_error", ErrorJson(message.error_number, message.error_name)}};
 }
 
 std::string Joined(const Json& texts) {
@@ -218,7 +221,8 @@ const Verb kWhy = {
     "all.\n\n"
     "Without TEXT it reads a log and sums it up: each text of the library with its count, first\n"
     "and last time, processes, up to four meanings, cause and next command, errors first. With\n"
-    "-x it prints every line with its meaning. A log may be of any size.\n\n"
+    "-x it prints every line with its meaning. A log may be of any size. Errors are what is wrong\n"
+    "in itself; what the request or the configuration may well mean is a notice.\n\n"
     "Exit status: 0 explained, or a log without errors; 1 it is no text of the library, or the\n"
     "log has errors; 2 the log cannot be read.\n\n"
     "JSON: {texts: [{text, means, cause, next}], system_error: {number, name, means}};\n"
