@@ -686,7 +686,8 @@ class [[gnu::visibility("default")]] VoATMUtil {
   //   currencyCode  only cassettes of this currency take part
   //   denoms        eight cassettes in position order; LastDispNotes is rewritten for as many as
   //                 dispLogic has pairs
-  //   maxNotes      the most notes one dispense may hold
+  //   maxNotes      the most notes one dispense may hold; above 99 a count may have three digits,
+  //                 which moves the pairs behind it in dispLogic
   // Returns
   //   0           dispLogic can be dispensed, if it adds up to the amount: the rule does not
   //               promise that (cassettes 50 and 40, amount 80), so sum it before dispensing. Also

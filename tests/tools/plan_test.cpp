@@ -26,7 +26,8 @@ TEST(Plan, PaidMeansTheWholeAmountInASweepToo) {
     for (std::size_t at = 0; at < 3 && !outcome.logic.empty(); ++at) {
       const DenomInfo& cassette = request.cassettes[at];
       const int notes = std::stoi(outcome.logic.substr(2 * at, 2));
-      (cassette.Code == request.currency ? sum : foreign) += notes * cassette.Value;
+      const bool counts = cassette.Code == request.currency && cassette.Value > 0;
+      (counts ? sum : foreign) += notes * std::max(cassette.Value, 1);
     }
     const bool paid = outcome.payment == Payment::kPaid;
     EXPECT_EQ(paid, outcome.code == 0 && sum == amount && foreign == 0) << outcome.logic;
@@ -87,6 +88,8 @@ TEST(Plan, TakesDecimalNumbersAndWhatGoesTogether) {
            {"--currency 36 --amount 70 --empty", 2},
            {"--currency 36 --sweep 20:50:30 --html page", 2},
            {"--currency 36 --sweep 20:50:30 --empty", 0},
+           {"--currency 36 --sweep 1:250000 --empty", 1},
+           {"--currency 36 --sweep 1:250001 --empty", 2},
            {"--currency 36 --sweep 20:50 --empty", 1},
            {"--currency 36 --sweep 20:50:30", 0},
            {"--currency 36 --amount 70 --scope A B C COMMON", 2},
@@ -100,7 +103,8 @@ TEST(Plan, TakesDecimalNumbersAndWhatGoesTogether) {
   }
   const char* const without = "plan --currency 36 --max-notes 9 --amount 20 ";
   EXPECT_EQ(Voatm(without + std::string("A:20:36:Y")).code, 2);
-  for (const char* cassette : {"A:20:36", "AB:20:36:Y", "A:20:36:YY", "A:20:36:X", "A::36:Y"}) {
+  for (const char* cassette :
+       {"A:20:36", "AB:20:36:Y", "A:20:36:YY", "A:20:36:X", "A::36:Y", "A:20:36:Y:"}) {
     EXPECT_EQ(Voatm(without + std::string("--model NDC+ATM ") + cassette).code, 2) << cassette;
   }
   const char* const eight = "plan --currency 36 --max-notes 9 --amount 90 E:90:36:Y --model ";

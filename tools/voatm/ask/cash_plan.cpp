@@ -19,7 +19,7 @@ int NotesAt(const std::string& logic, std::size_t position) {
   return 2 * position < logic.size() ? ReadNumber(logic.substr(2 * position, 2)).value_or(0) : 0;
 }
 
-// What a logic gives of the request's currency, and whether it takes notes of another one.
+// What a logic gives of the request's currency, and whether it takes notes that do not count.
 struct Sum {
   long long amount = 0;
   bool foreign = false;
@@ -29,8 +29,9 @@ Sum SumOf(const CashRequest& request, const std::string& logic) {
   Sum sum;
   for (std::size_t i = 0; i < request.positions(); ++i) {
     const int notes = NotesAt(logic, i);
-    if (request.cassettes[i].Code == request.currency) {
-      sum.amount += static_cast<long long>(notes) * request.cassettes[i].Value;
+    const DenomInfo& cassette = request.cassettes[i];
+    if (cassette.Code == request.currency && cassette.Value > 0) {
+      sum.amount += static_cast<long long>(notes) * cassette.Value;
     } else if (notes > 0) {
       sum.foreign = true;
     }
@@ -43,7 +44,7 @@ void Judge(const CashRequest& request, int amount, CashOutcome* outcome) {
   const Sum sum = SumOf(request, outcome->logic);
   outcome->payment = Payment::kFallsShort;
   if (sum.foreign) {
-    outcome->meaning = "the logic takes notes of another currency";
+    outcome->meaning = "the logic takes notes without a value, or of another currency";
   } else if (sum.amount != amount) {
     outcome->meaning = "the logic does not add up to the amount: it gives " +
                        std::to_string(sum.amount) + " of " + std::to_string(amount);
@@ -76,8 +77,8 @@ std::vector<std::string> PartsOf(const std::string& cassette) {
 
 DenomInfo CassetteOf(const CashRequest& request, const std::string& text) {
   const std::vector<std::string> parts = PartsOf(text);
-  const bool complete = parts.size() == 4 && parts[0].size() == 1 && parts[3].size() == 1 &&
-                        std::strchr("YN@", parts[3][0]) != nullptr;
+  const bool complete = parts.size() == 4 && text.back() != ':' && parts[0].size() == 1 &&
+                        parts[3].size() == 1 && std::strchr("YN@", parts[3][0]) != nullptr;
   const auto value = complete ? ReadNumber(parts[1]) : std::nullopt;
   const auto currency = complete ? ReadNumber(parts[2]) : std::nullopt;
   if (!value || !currency) {
@@ -127,7 +128,7 @@ std::string DescribeLogic(const CashRequest& request, const std::string& logic) 
 CashOutcome Pay(const CashRequest& request, const std::optional<std::string>& logic, int amount) {
   CashOutcome outcome;
   if (!logic) {
-    outcome.meaning = "no logic is configured for the amount";
+    outcome.meaning = "no logic can be read for the amount; see voatm explain displogic";
     return outcome;
   }
   auto cassettes = request.cassettes;

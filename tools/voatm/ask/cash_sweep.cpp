@@ -5,6 +5,9 @@
 #include <iterator>
 #include <numeric>
 
+#include "options.h"
+#include "show/finding.h"
+
 namespace {
 
 // What all amounts that can be paid are multiples of.
@@ -102,8 +105,14 @@ std::vector<EmptyCase> SweepEmpty(const CashRequest& request, const LogicOf& log
   for (const DenomInfo& cassette : request.cassettes) {
     if (request.CanUse(cassette)) usable += cassette.Id;
   }
+  const std::vector<std::string> combinations = CombinationsOf(usable);
+  if (amounts.size() > kMostAmounts / combinations.size()) {
+    throw UsageError(Counted(combinations.size(), "combination") + " of " +
+                     Counted(amounts.size(), "amount") + " are more than " +
+                     std::to_string(kMostAmounts));
+  }
   std::vector<EmptyCase> cases;
-  for (const std::string& empty : CombinationsOf(usable)) {
+  for (const std::string& empty : combinations) {
     const CashRequest left = Without(empty, request);
     EmptyCase each = {empty, {}, {}, 0};
     for (std::size_t i = 0; i < amounts.size(); ++i) {

@@ -10,6 +10,9 @@
 
 #include "ask/cash_plan.h"
 
+// The most that one sweep looks at.
+constexpr std::size_t kMostAmounts = 1000000;
+
 // The logic that is configured for an amount, if one is.
 using LogicOf = std::function<std::optional<std::string>(int amount)>;
 

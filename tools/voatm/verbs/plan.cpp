@@ -202,7 +202,8 @@ const Verb kPlan = {
     "Exit status: 1 when an amount is not paid in full, with --empty by all cassettes together.\n\n"
     "JSON: {amount, configured: {logic, notes, source, fate} or null, outcome, code, meaning,\n"
     "logic, notes, nearby: [amount]}; with --sweep {amounts, unpaid, runs: [{from, to, amounts,\n"
-    "paid, configured, planned}]}; with --empty {amounts, combinations: [{empty, paid, share,\n"
+    "paid, configured or null, planned}]}; with --empty {amounts, combinations: [{empty, paid, "
+    "share,\n"
     "lost: [amount]}]}.",
     "voatm plan --model NDC+ATM --amount 30 --currency 978 --max-notes 40 A:20:978:Y B:50:978:Y",
     DeclarePlan};

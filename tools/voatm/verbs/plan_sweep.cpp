@@ -1,5 +1,6 @@
 #include "verbs/plan_sweep.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fstream>
 #include <sstream>
@@ -58,7 +59,7 @@ double ShareOf(const EmptyCase& each) {
 }
 
 std::string PercentOf(const EmptyCase& each) {
-  return std::to_string(static_cast<int>(ShareOf(each) * 100)) + " %";
+  return std::to_string(100LL * each.paid / static_cast<long long>(each.fates.size())) + " %";
 }
 
 std::string Swatch(Payment payment, const std::string& attributes) {
@@ -95,10 +96,11 @@ std::string Legend() {
 }
 
 std::string Axis(const std::vector<int>& amounts) {
-  constexpr std::size_t kTicks = 5;  // that a narrow screen has room for
+  constexpr std::size_t kRoom = 5;  // on a narrow screen
+  const std::size_t last = std::min(kRoom, amounts.size()) - 1;
   std::string ticks;
-  for (std::size_t tick = 0; tick < kTicks; ++tick) {
-    const int amount = amounts[(amounts.size() - 1) * tick / (kTicks - 1)];
+  for (std::size_t tick = 0; tick <= last; ++tick) {
+    const int amount = last == 0 ? amounts[0] : amounts[(amounts.size() - 1) * tick / last];
     ticks += "<span>" + std::to_string(amount) + "</span>";
   }
   return "<div class=\"axis\">" + Row("ticks", "Empty", ticks, "Paid") + "</div>\n";
@@ -154,8 +156,7 @@ AmountRange RangeOf(const std::string& text) {
   const bool good = numbers.size() == 3 && text.back() != ':' && numbers[0] && numbers[1] &&
                     numbers[2] && *numbers[0] <= *numbers[1];
   if (!good) throw UsageError("--sweep " + text + " is not like 10:500:10");
-  constexpr int kMostAmounts = 1000000;
-  if ((*numbers[1] - *numbers[0]) / *numbers[2] >= kMostAmounts) {
+  if (static_cast<std::size_t>((*numbers[1] - *numbers[0]) / *numbers[2]) >= kMostAmounts) {
     throw UsageError("--sweep " + text + " has more than " + std::to_string(kMostAmounts) +
                      " amounts");
   }
@@ -178,7 +179,7 @@ ExitCode ShowSweep(const CashRequest& request, const LogicOf& logic_of,
                     {"to", run.to},
                     {"amounts", run.amounts},
                     {"paid", run.paid},
-                    {"configured", run.configured},
+                    {"configured", options.any_logic ? Json(run.configured) : Json()},
                     {"planned", run.planned}});
   }
   if (options.json) {
