@@ -96,6 +96,7 @@ TEST_F(ExplainTest, RowsStandBehindInTheOrderInWhichTheyWouldAnswer) {
                           "F4 J G A ffffffffff D", "F5 I G A 9780FFFFFF E"}));
   home_.Write("tables/atm_status.json",
               Rows("StatusCode StatusKind", {"PAPER N", "CASH S", "CASH N"}));
+  const std::string too_many = "status CASH NONE " + std::string(15 * 11, 'A') + " --from tables";
   Expect({
       {"property I G A 10000 5 978 --from tables --locks",
        0,
@@ -142,16 +143,29 @@ TEST_F(ExplainTest, RowsStandBehindInTheOrderInWhichTheyWouldAnswer) {
         {"/behind/0/answer/message", "as it was"}}},
       {"status OTHER --from tables", 1, {{"/answer/row 0", "OTHER"}}},
       {"property I G A 1 2 3 --from nowhere", 2, {}},
+      {"property I G A 10000 5 978 --from tables --home none", 2, {}},
       {"action action I G A X --from tables", 2, {}},
       {"property I G A 0x10 2 3 --from tables", 2, {}},
       {"screen I G A C --from tables", 2, {}},
       {"screen I G A C --locks", 2, {}},
       {"action value I G A 'X|' --from tables", 2, {}},
       {"status ELEVENCHARS --from tables", 2, {}},
+      {too_many.c_str(), 2, {}},
       {"flags receipt", 2, {}},
       {"flags utc I", 2, {}},
   });
   EXPECT_NE(Voatm("explain action action I G A").text.find("PAPEROUT|CASHLOW|"), std::string::npos);
+}
+
+// A home with fewer slots than rows: its drivers see none of those behind.
+TEST_F(ExplainTest, RowsForWhichTheHomeHasNoSlotAreRefused) {
+  WriteStartUpFiles(home_, 0, {});
+  Texts rows(9, "1 I G A 010000 * 0");
+  home_.Write("tables/atm_property.json", Rows(kProperty, rows));
+  Expect({{"property I G A 10000 5 978 --from tables", 2, {}}});
+  rows.pop_back();
+  home_.Write("tables/atm_property.json", Rows(kProperty, rows));
+  Expect({{"property I G A 10000 5 978 --from tables", 0, {}}});
 }
 
 // More rows than a mark can tell at once, and a text without its NUL.
@@ -176,6 +190,9 @@ TEST_F(ExplainTest, TheRowIsToldAmongThousands) {
        0,
        {{"/source", "ATMACTIONPROPERTYMEMORY slot 2500"},
         {"/answer/ActionText", "AAAAAAAAAAAAAAAAAAAA"}}},
+      {"action action I G A 'NOSUCH|S7|' --from tables",
+       0,
+       {{"/tries", "slot 0; slot 0; slot 0; none; slot 7"}}},
       {"indirect-state I G 1000001999 --from tables", 0, {{"/source", "ATMFITMEMORY slot 1999"}}},
   });
 }
@@ -206,6 +223,9 @@ TEST_F(ExplainTest, FilesStandBehindWhenTheyWouldAnswer) {
       {"flags receipt I", 0, {{"/source", "cfg/vobusiness.cfg:1"}, {"/answer/Flag", "0"}}},
       {"flags receipt J", 1, {{"/source", ""}, {"/answer/Flag", "0"}, {"/tries", "exists; none"}}},
   });
+  const Answer elsewhere = Shell(
+      "unset VODIR_HOME; " BUILD_DIRECTORY "/voatm explain flags receipt I --home " + home_.path());
+  EXPECT_EQ(elsewhere.code, 0) << elsewhere.text;
 }
 
 // A folder that may not be entered hides what a driver may see.

@@ -51,7 +51,8 @@ int VoCfgUtil::cfg_open(const char* path) {
   static auto* const next = Next<int(VoCfgUtil*, const char*)>("_ZN9VoCfgUtil8cfg_openEPKc");
   Observation* const observation = Observation::Current();
   if (observation == nullptr) return next(this, path);
-  const int result = observation->Hides(path) ? -1 : next(this, path);
+  if (observation->Hides(path)) return -1;
+  const int result = next(this, path);
   OpenFiles()[this] = path;
   observation->Note({Event::Kind::kOpen, path, 0, result >= 0});
   return result;

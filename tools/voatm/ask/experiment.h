@@ -51,16 +51,21 @@ class RowsExperiment {
 
  private:
   int FindSlot();  // of the row that answers, or -1
+  void Mark();
   int FindMarked();
   int AskMark();
   Answer AskAlone(int slot);
+  Answer AskNoted(std::vector<Event>* events);
   std::vector<Event> AskLocked();
   void LookBehind(int taken, Json* explanation);
+  void Hide(int slot);
+  void Point(char* records, int slots);
   std::string Where(int slot) const;
 
   const Question& question_;
   const Inputs& inputs_;
   Rows* rows_;
+  std::vector<std::vector<char>> marked_;  // the rows with a digit of their slots' numbers each
   VoATMUtil util_;
 };
 

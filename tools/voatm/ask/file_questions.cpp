@@ -41,6 +41,8 @@ void AddTo(Answer* answer, const char* operation, bool found, const Json& facts)
   answer->facts.update(found ? facts : Json{{operation, "not found"}});
 }
 
+constexpr int kAsBefore = -1;  // no type: the driver's own stays
+
 Answer AskTemplate(VoATMUtil& util, const Inputs& inputs) {
   const char* const s1 = inputs["s1"];
   const char* const s2 = inputs["s2"];
@@ -49,12 +51,13 @@ Answer AskTemplate(VoATMUtil& util, const Inputs& inputs) {
   const char* const name = inputs["template"];
   const int number = inputs.Number("number");
   OARDetails details{}, flags{};
+  for (OARKeyEntry& key : details.Keys) key.KeyType = kAsBefore;
   Output key_details = {}, time_out = {};
   const bool loaded = util.LoadOARTemplate(s1, s2, s3, name, number, &details, fallback) == 1;
   Json keys = Json::object();
   for (const OARKeyEntry& key : details.Keys) {
-    AddFact(std::string(1, key.KeyId),
-            "type " + std::to_string(key.KeyType) + ", value " + std::to_string(key.KeyValue),
+    const std::string type = key.KeyType == kAsBefore ? "as it was" : std::to_string(key.KeyType);
+    AddFact(std::string(1, key.KeyId), "type " + type + ", value " + std::to_string(key.KeyValue),
             &keys);
   }
   const bool packed =

@@ -140,10 +140,10 @@ Json ExplainFiles(const Question& question, const Inputs& inputs) {
     const Placed placed = PlacedBy(question, calls, std::move(answer));
     if (explanation.is_null()) {
       explanation = ExplanationOf(placed, calls.tries(), events);
-      if (!calls.unseen().empty()) explanation["unseen"] = calls.unseen();
     } else if (placed.answer.found) {
       explanation["behind"].push_back(PlacedJson(placed));
     }
+    if (!calls.unseen().empty()) explanation["unseen"] = calls.unseen();
     if (question.ground == Ground::kLayered) {
       if (calls.opened().empty()) return explanation;
       observation.HideFile(calls.opened());

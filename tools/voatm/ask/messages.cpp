@@ -98,7 +98,6 @@ std::vector<MessagePart> TakeApart(VoATMUtil& util, const std::string& bytes) {
       const bool same = std::memcmp(packed.get(), bytes.data(), offsetof(VoAtmMgrQMsg, AtmId)) == 0;
       if (same) return {kManagerHead, *packing.payload};
     }
-    return {};
   }
   VoAlertMgrMsg alert{};
   util.PackAtmAlertMsg("", "", &alert);

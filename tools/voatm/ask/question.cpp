@@ -26,7 +26,7 @@ constexpr Meaning kMeanings[] = {
     {"deposit",
      "any character, then for each note type two characters and its count: A01020303 is 2 notes of "
      "type 01 and 3 of type 03; counts have three digits when the text behind the first character "
-     "is no multiple of 4 long"},
+     "is 20 long or no multiple of 4; of the longer ones only 20 is answered"},
     {"fallback", "name of the file for all others"},
     {"file", "a message packed for the ATM manager or the alert manager, or - for standard input"},
     {"group", "logical group"},

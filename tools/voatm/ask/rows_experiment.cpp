@@ -9,49 +9,52 @@
 namespace {
 
 constexpr int kNoSlot = -1;
+// What a hidden row is full of: no text of it ends, so that it equals no key but one of these
+// bytes.
+constexpr char kHidden = '\xff';
 
-// The scans that the locked form made, told apart by where it took slots and what it said: a scan
-// that found its row is followed by one from that row on, one that did not by its message.
+// The scans that the locked form made on the rows and a hidden one behind them: one that came to
+// that row found nothing, and ends with its message, if it has one; one that found its row is
+// followed by one from that row on.
 class Scans {
  public:
-  // `taken` is the slot of the row that answers; what is said behind its scan is no miss, nor what
-  // is said behind one that did not come to the last slot.
-  Scans(const std::vector<Event>& events, int count, int taken) {
+  // What is said behind the last scan is no miss when something was found.
+  Scans(const std::vector<Event>& events, int count, bool found) : count_(count) {
     const auto last_take = std::find_if(events.rbegin(), events.rend(), [](const Event& event) {
       return event.kind == Event::Kind::kTake;
     });
     for (auto event = events.begin(); event != events.end(); ++event) {
       if (event->kind == Event::Kind::kTake) Visit(event->number);
-      if (event->kind != Event::Kind::kTrace || first_ == kNoSlot) continue;
-      const bool is_last = event >= last_take.base() && taken != kNoSlot;
-      EndWith(last_ < count - 1 ? Hit() : is_last ? "none" : "none: " + event->text);
+      if (event->kind != Event::Kind::kTrace) continue;
+      const bool is_miss = event < last_take.base() || !found;
+      EndWith(is_miss ? ": " + event->text : "");
     }
-    const bool hit = taken != kNoSlot && last_ == taken;
-    if (first_ != kNoSlot) EndWith(hit || last_ < count - 1 ? Hit() : "none");
-    if (hit && !tries_.empty()) tries_.back()["result"] = Hit();
+    EndWith("");
   }
 
   const Json& tries() const { return tries_; }
   int visited() const { return visited_; }
 
  private:
-  std::string Hit() const { return "slot " + std::to_string(last_); }
-
   void Visit(int slot) {
-    if (first_ != kNoSlot && slot != last_ + 1) EndWith(Hit());
+    if (slot != last_ + 1) EndWith("");
     if (first_ == kNoSlot) first_ = slot;
     last_ = slot;
-    ++visited_;
+    visited_ += slot < count_ ? 1 : 0;
   }
 
-  void EndWith(const std::string& result) {
+  void EndWith(const std::string& said) {
+    const bool is_empty = first_ == kNoSlot || count_ == 0;
+    const bool missed = last_ == count_;
     const std::string from = std::to_string(first_);
-    const std::string to = std::to_string(last_);
+    const std::string to = std::to_string(missed ? count_ - 1 : last_);
     const std::string slots = from == to ? "slot " + from : "slots " + from + " to " + to;
-    tries_.push_back({{"level", "scan"}, {"tried", slots}, {"result", result}});
+    const std::string result = missed ? "none" + said : "slot " + to;
+    if (!is_empty) tries_.push_back({{"level", "scan"}, {"tried", slots}, {"result", result}});
     first_ = kNoSlot;
   }
 
+  int count_;
   Json tries_ = Json::array();
   int first_ = kNoSlot;
   int last_ = kNoSlot;
@@ -68,9 +71,10 @@ void PutMark(const records::RecordField& field, int digit, char* record) {
   }
 }
 
-int CallCount(const std::vector<Event>& events) {
-  return static_cast<int>(std::count_if(events.begin(), events.end(), [](const Event& event) {
-    return event.kind == Event::Kind::kTake || event.kind == Event::Kind::kGive;
+int CallCount(const std::vector<Event>& events, int count) {
+  return static_cast<int>(std::count_if(events.begin(), events.end(), [=](const Event& event) {
+    const bool is_call = event.kind == Event::Kind::kTake || event.kind == Event::Kind::kGive;
+    return is_call && event.number < count;
   }));
 }
 
@@ -79,9 +83,13 @@ int CallCount(const std::vector<Event>& events) {
 RowsExperiment::RowsExperiment(const Question& question, const Inputs& inputs, Rows* rows)
     : question_(question), inputs_(inputs), rows_(rows) {
   util_.dptr = Observation::Trace();
-  rows->table->point(util_, rows->bytes.data());
-  util_.*rows->table->slots = rows->count();
   util_.*rows->table->semid = -1;  // no set of anybody's, should a call ever get through
+  Point(rows->bytes.data(), rows->count());
+}
+
+void RowsExperiment::Point(char* records, int slots) {
+  rows_->table->point(util_, records);
+  util_.*rows_->table->slots = slots;
 }
 
 std::string RowsExperiment::Where(int slot) const {
@@ -102,30 +110,53 @@ int RowsExperiment::AskMark() {
   return std::atoi(answer.facts.at(*field).get_ref<const std::string&>().c_str());
 }
 
-int RowsExperiment::FindMarked() {
+void RowsExperiment::Mark() {
   const int base = question_.mark.base;
-  std::vector<const records::RecordField*> fields;
-  for (const char* const name : question_.mark.fields) fields.push_back(rows_->table->Find(name));
-  const std::vector<char> unmarked = rows_->bytes;
-  long long slot = 0;
-  for (long long worth = 1; slot >= 0 && (worth == 1 || worth < rows_->count()); worth *= base) {
-    for (int i = 0; i < rows_->count(); ++i) {
-      const int digit = static_cast<int>(i / worth % base);
-      for (const auto* field : fields) PutMark(*field, digit, (*rows_)[i]);
+  for (long long worth = 1; worth == 1 || worth < rows_->count(); worth *= base) {
+    Rows rows = *rows_;
+    for (int i = 0; i < rows.count(); ++i) {
+      for (const char* const name : question_.mark.fields) {
+        PutMark(*rows.table->Find(name), static_cast<int>(i / worth % base), rows[i]);
+      }
     }
-    const int digit = AskMark();
-    slot = digit < 0 ? kNoSlot : slot + digit * worth;
+    marked_.push_back(std::move(rows.bytes));
   }
-  std::copy(unmarked.begin(), unmarked.end(), rows_->bytes.begin());
+}
+
+int RowsExperiment::FindMarked() {
+  if (marked_.empty()) Mark();
+  long long slot = 0, worth = 1;
+  for (std::vector<char>& rows : marked_) {
+    Point(rows.data(), rows_->count());
+    const int digit = AskMark();
+    if (digit < 0) slot = kNoSlot;
+    if (slot == kNoSlot) break;
+    slot += digit * worth;
+    worth *= question_.mark.base;
+  }
+  Point(rows_->bytes.data(), rows_->count());
   return static_cast<int>(slot);
 }
 
-std::vector<Event> RowsExperiment::AskLocked() {
+Answer RowsExperiment::AskNoted(std::vector<Event>* events) {
   Observation observation;
+  Answer answer = Ask();
+  *events = observation.Take();
+  return answer;
+}
+
+// With a hidden row behind the others.
+std::vector<Event> RowsExperiment::AskLocked() {
+  const int count = rows_->count();
+  rows_->bytes.resize(rows_->At(count + 1), kHidden);
+  Point(rows_->bytes.data(), count + 1);
+  std::vector<Event> events;
   util_.LockFlag = true;
-  Ask();
+  AskNoted(&events);
   util_.LockFlag = false;
-  return observation.Take();
+  rows_->bytes.resize(rows_->At(count));
+  Point(rows_->bytes.data(), count);
+  return events;
 }
 
 int RowsExperiment::FindSlot() {
@@ -147,33 +178,38 @@ Answer RowsExperiment::AskAlone(int slot) {
 
 Json RowsExperiment::Explain() {
   std::vector<Event> asked;
-  {
-    Observation observation;
-    Ask();
-    asked = observation.Take();
-  }
+  const Answer answer = AskNoted(&asked);
   const int taken = FindSlot();
   const std::vector<Event> locked = AskLocked();
-  const Scans scans(locked, rows_->count(), taken);
-  Json explanation = ExplanationOf({Where(taken), Ask()}, scans.tries(), asked);
-  explanation["locks"] = {{"slots", scans.visited()}, {"calls", CallCount(locked)}};
+  const Scans scans(locked, rows_->count(), taken != kNoSlot);
+  Json explanation = ExplanationOf({Where(taken), answer}, scans.tries(), asked);
+  explanation["locks"] = {{"slots", scans.visited()}, {"calls", CallCount(locked, rows_->count())}};
   LookBehind(taken, &explanation);
   return explanation;
 }
 
-// A hidden row has no text that ends, so it equals no key.
+void RowsExperiment::Hide(int slot) {
+  const auto hide = [&](std::vector<char>* rows) {
+    std::memset(rows->data() + rows_->At(slot), kHidden, rows_->table->record_size);
+  };
+  hide(&rows_->bytes);
+  for (std::vector<char>& rows : marked_) hide(&rows);
+}
+
 void RowsExperiment::LookBehind(int taken, Json* explanation) {
   const std::vector<char> whole = rows_->bytes;
   std::vector<bool> reached(static_cast<std::size_t>(rows_->count()));
-  for (int slot = taken; slot != kNoSlot; slot = FindSlot()) {
+  for (int slot = taken; slot != kNoSlot && !reached[static_cast<std::size_t>(slot)];
+       slot = FindSlot()) {
     if (slot != taken) (*explanation)["behind"].push_back(PlacedJson({Where(slot), Ask()}));
     reached[static_cast<std::size_t>(slot)] = true;
-    std::memset((*rows_)[slot], 0xff, rows_->table->record_size);
+    Hide(slot);
   }
   std::copy(whole.begin(), whole.end(), rows_->bytes.begin());
+  marked_.clear();
   for (int slot = 0; slot < rows_->count(); ++slot) {
     if (reached[static_cast<std::size_t>(slot)]) continue;
-    const Answer answer = AskAlone(slot);
-    if (answer.found) (*explanation)["alone"].push_back(PlacedJson({Where(slot), answer}));
+    const Answer alone = AskAlone(slot);
+    if (alone.found) (*explanation)["alone"].push_back(PlacedJson({Where(slot), alone}));
   }
 }

@@ -12,6 +12,7 @@
 #include "home/configuration_entries.h"
 #include "home/configuration_kinds.h"
 #include "look/survey.h"
+#include "verb.h"
 
 namespace {
 
@@ -47,20 +48,21 @@ Entries EntriesOf(const std::string& home) {
 }
 
 // What a file of rows holds; nothing when there is no such file.
-std::optional<Rows> ReadRows(const records::RecordTable& table, const std::string& file) {
-  const devhost::TableImage image = devhost::ReadSeed(table, file);
+std::optional<Rows> ReadRows(const records::RecordTable& table, const std::string& file,
+                             std::optional<int> slots = std::nullopt) {
+  const devhost::TableImage image = devhost::ReadSeed(table, file, slots);
   if (!image.has_file) return std::nullopt;
   return Rows{&table, image.records, ""};
 }
 
-// 0 when that cannot be told.
-int ConfiguredSlots(const std::string& home, const records::RecordTable& table) {
+// Nothing when there is no home, or it does not say.
+std::optional<int> ConfiguredSlots(const std::string& home, const records::RecordTable& table) {
+  if (home.empty()) return std::nullopt;
+  RequireHome(home);
   try {
-    return home.empty()
-               ? 0
-               : std::min(devhost::ReadSlotCount(home, table), devhost::MostSemaphoresOfASet());
+    return std::min(devhost::ReadSlotCount(home, table), devhost::MostSemaphoresOfASet());
   } catch (const std::runtime_error&) {
-    return 0;
+    return std::nullopt;
   }
 }
 
@@ -94,10 +96,7 @@ Rows RowsFrom(const std::string& from, const std::string& home, const records::R
     return {&table, CopyRecords(state), state.Shortage()};
   }
   const std::string file = devhost::SeedPath(table, from);
-  if (auto rows = ReadRows(table, file)) {
-    devhost::AddFreeSlots(table, ConfiguredSlots(home, table), &rows->bytes);
-    return *std::move(rows);
-  }
+  if (auto rows = ReadRows(table, file, ConfiguredSlots(home, table))) return *std::move(rows);
   throw std::runtime_error("there is no file with rows of " + std::string(table.name) + ": " +
                            file);
 }

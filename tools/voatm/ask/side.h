@@ -11,8 +11,8 @@
 #include "ask/experiment.h"
 
 // Copies the rows of a table: of the tables in memory at a home, when `from` is empty or "live";
-// else from a directory of seed files, or from one seed file or dump of the table, with as many
-// free slots behind them as the home configures, if it does. Throws std::runtime_error that names
+// else from a directory of seed files, or from one seed file or dump of the table, into as many
+// slots as the home configures, if it does. Throws std::runtime_error that names
 // what cannot be had.
 Rows RowsFrom(const std::string& from, const std::string& home, const records::RecordTable& table);
 

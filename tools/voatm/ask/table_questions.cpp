@@ -2,6 +2,8 @@
 #include <climits>
 #include <cstdio>
 #include <cstring>
+#include <sstream>
+#include <string>
 
 #include "ask/question.h"
 #include "options.h"
@@ -50,35 +52,39 @@ Answer AskFit(VoATMUtil& util, const Inputs& inputs) {
 
 // A state is one character.
 Answer AskIndirectState(VoATMUtil& util, const Inputs& inputs) {
+  AtmFit record{};
   char state[16] = {};
   const int result =
       util.ReadIndirectState(inputs["match1"], inputs["match2"], inputs["card"], state);
-  return AnswerWhen(result == 1, {{"IndirectNextState", std::string(state, strnlen(state, 1))}});
+  record.IndirectNextState = state[0];
+  const records::RecordTable& fit = kRecordTables[records::kFit];
+  const records::RecordField& field = *fit.Find("IndirectNextState");
+  return AnswerWhen(result == 1,
+                    {{field.name, FieldText(field, reinterpret_cast<const char*>(&record))}});
 }
 
-constexpr int kStatusRows = 15;
-constexpr int kStatusSize = 11;
+constexpr std::size_t kStatusRows = 15;
+constexpr std::size_t kStatusSize = 11;
 
 // A terminal's status texts, as the inputs say they are.
 struct Terminal {
-  explicit Terminal(const VoATMUtil& util, const Inputs& inputs) {
-    std::string list = inputs["array"];
-    Require("code", inputs, kStatusSize - 1);
-    Require("message", inputs, sizeof message / 2);
-    Require("array", inputs, kStatusRows * kStatusSize - 1);
-    VoATMUtil helper = util;
-    for (int row = 0; row < kStatusRows; ++row) {
-      char token[256] = {};
-      if (list.size() < sizeof token) helper.ParseToken(list.data(), token, row + 1, '|');
-      snprintf(array[row], kStatusSize, "%.10s", token);
+  explicit Terminal(const Inputs& inputs) {
+    Require("code", std::strlen(inputs["code"]), kStatusSize - 1, "characters");
+    Require("message", std::strlen(inputs["message"]), sizeof message / 2, "characters");
+    std::istringstream codes(inputs["array"]);
+    std::size_t row = 0;
+    for (std::string each; std::getline(codes, each, '|'); ++row) {
+      Require("array", row + 1, kStatusRows, "codes");
+      Require("a code of array", each.size(), kStatusSize - 1, "characters");
+      each.copy(array[row], kStatusSize - 1);
     }
     snprintf(message, sizeof message, "%s", inputs["message"]);
     snprintf(code, sizeof code, "%s", inputs["code"]);
   }
 
-  static void Require(const char* name, const Inputs& inputs, std::size_t most) {
-    if (std::strlen(inputs[name]) <= most) return;
-    throw UsageError(name + (" has more than " + std::to_string(most)) + " characters");
+  static void Require(const char* name, std::size_t has, std::size_t most, const char* what) {
+    if (has <= most) return;
+    throw UsageError(name + (" has more than " + std::to_string(most)) + " " + what);
   }
 
   char array[kStatusRows][kStatusSize] = {};
@@ -88,11 +94,11 @@ struct Terminal {
 
 // What the library does with a code, as what it changes, and whether the table has the code.
 Answer AskStatus(VoATMUtil& util, const Inputs& inputs) {
-  const Terminal before(util, inputs);
+  const Terminal before(inputs);
   Terminal after = before;
   util.BuiltStatusMsg(after.array, after.code, after.message);
   Answer answer = {util.verifyAtmStatusMemory(after.code) == 1};
-  for (int row = 0; row < kStatusRows; ++row) {
+  for (std::size_t row = 0; row < kStatusRows; ++row) {
     if (memcmp(before.array[row], after.array[row], kStatusSize) == 0) continue;
     answer.facts["row " + std::to_string(row)] = after.array[row];
   }

@@ -55,16 +55,17 @@ Answer AskLastTransaction(VoATMUtil& util, const Inputs& inputs) {
 }
 
 // Of what is longer than any message as much as shows that.
+constexpr std::size_t kMostRead = sizeof(VoMsgLayout) + 1;
+
 std::string ReadMessage(const std::string& path) {
-  constexpr std::size_t kMost = sizeof(VoMsgLayout) + 1;
   std::string bytes;
   if (path == "-") {
-    bytes.resize(kMost);
-    std::cin.read(bytes.data(), kMost);
+    bytes.resize(kMostRead);
+    std::cin.read(bytes.data(), kMostRead);
     bytes.resize(static_cast<std::size_t>(std::cin.gcount()));
     return bytes;
   }
-  const int error = devhost::ReadFile(path, &bytes, kMost);
+  const int error = devhost::ReadFile(path, &bytes, kMostRead);
   if (error != 0) throw devhost::SystemError(error, "cannot read " + path);
   return bytes;
 }
@@ -74,8 +75,11 @@ Answer AskMessage(VoATMUtil& util, const Inputs& inputs) {
   const std::string bytes = ReadMessage(path);
   const std::vector<MessagePart> parts = TakeApart(util, bytes);
   if (parts.empty()) {
-    throw std::runtime_error("no message of the library: " + std::to_string(bytes.size()) +
-                             " bytes, and no operation packs such a head: " + path);
+    const bool is_longer = bytes.size() == kMostRead;
+    throw std::runtime_error(
+        "no message of the library: " +
+        (is_longer ? "more than " + std::to_string(kMostRead - 1) : std::to_string(bytes.size())) +
+        " bytes, and no operation packs such a head: " + path);
   }
   Answer answer = {true};
   for (const MessagePart& part : parts) {
