@@ -129,6 +129,7 @@ TEST_F(StatusTest, KnowsWhoIsAttachedAndWhoToWhatWasRemoved) {
   EXPECT_EQ(before["processes"][0]["process"], getpid());
   EXPECT_NE(Voatm("status --all").text.find(std::to_string(getpid()) + " "), std::string::npos);
   shmctl(shmget(Key(1), 0, 0), IPC_RMID, nullptr);
+  EXPECT_EQ(Ask()["findings"].size(), 2U) << "the table is gone, and has a user";
   const int again = shmget(Key(1), 6 * sizeof(AtmFit), IPC_CREAT | 0600);
   const Json status = Ask();
   EXPECT_EQ(status["tables"][1]["processes"].size(), 0U);

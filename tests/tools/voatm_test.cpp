@@ -24,7 +24,7 @@ class VoatmTest : public testing::Test {
 };
 
 TEST_F(VoatmTest, RecordsAreShownAsRowsAndWhole) {
-  const AtmFit fit = {"VISITOR", "A\\\tB\0old", "", "", "", {1, 2, 2, 2, 2}, 'D'};
+  const AtmFit fit = {"VISITOR", "A\\\t~\0old", "", "", "", {1, 2, 2, 2, 2}, 'D'};
   memcpy(Attach(Key(1)), &fit, sizeof fit);
   memcpy(Attach(Key(2)) + sizeof(VoSecurity), "HOST\0secret", 12);
   memcpy(Attach(Key(5)) + 2 * sizeof(VoAtmStatus), "ELEVEN CHARS", sizeof(VoAtmStatus));
