@@ -40,6 +40,13 @@ int ReadFile(const std::string& path, std::string* text, std::size_t most) {
   return text->size() == kLargestFile ? EFBIG : error;
 }
 
+std::string FileText(const std::string& path) {
+  std::string text;
+  const int error = ReadFile(path, &text);
+  if (error != 0) throw SystemError(error, "cannot read " + path);
+  return text;
+}
+
 bool ProcessExists(pid_t id) { return kill(id, 0) == 0 || errno != ESRCH; }
 
 }  // namespace devhost

@@ -34,6 +34,9 @@ constexpr std::size_t kLargestFile = std::size_t{1} << 30;
 // of kLargestFile among them. A FIFO to which nobody writes is empty.
 int ReadFile(const std::string& path, std::string* text, std::size_t most = kLargestFile);
 
+// A file's text. Throws std::runtime_error that names the file.
+std::string FileText(const std::string& path);
+
 // Whether there is a process, be it another user's.
 bool ProcessExists(pid_t id);
 

@@ -125,7 +125,7 @@ ATMSTATUSMEMORY: all its bytes are 0
 TEST_F(StatusTest, KnowsWhoIsAttachedAndWhoToWhatWasRemoved) {
   void* const records = shmat(shmget(Key(1), 0, 0), nullptr, 0);
   const Json before = Ask()["tables"][1];
-  EXPECT_EQ(before["attached"], 1);
+  EXPECT_EQ(before["segment"]["attached"], 1);
   EXPECT_EQ(before["processes"][0]["process"], getpid());
   EXPECT_NE(Voatm("status --all").text.find(std::to_string(getpid()) + " "), std::string::npos);
   shmctl(shmget(Key(1), 0, 0), IPC_RMID, nullptr);

@@ -63,12 +63,11 @@ int VoCfgUtil::cfg_search(const char* key, char* out, int field) {
       Next<int(VoCfgUtil*, const char*, char*, int)>("_ZN9VoCfgUtil10cfg_searchEPKcPci");
   Observation* const observation = Observation::Current();
   if (observation == nullptr) return next(this, key, out, field);
-  const std::string path = OpenFiles()[this];
-  if (observation->Hides(path, key)) return -1;
+  if (observation->Hides(OpenFiles()[this], key)) return -1;
   const int result = next(this, key, out, field);
   const bool done = result >= 0;
   observation->Note(
-      {Event::Kind::kSearch, key, field, done, path, devhost::LineOf(*this), done ? out : ""});
+      {Event::Kind::kSearch, key, field, done, devhost::LineOf(*this), done ? out : ""});
   return result;
 }
 

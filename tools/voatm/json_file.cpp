@@ -18,9 +18,7 @@ std::string PlaceOf(std::size_t byte, const std::string& text) {
 }
 
 Json ReadJson(const std::string& path) {
-  std::string text;
-  const int error = devhost::ReadFile(path, &text);
-  if (error != 0) throw devhost::SystemError(error, "cannot read " + path);
+  const std::string text = devhost::FileText(path);
   try {
     return Json::parse(text);
   } catch (const Json::parse_error& wrong) {

@@ -8,12 +8,23 @@
 namespace {
 
 std::string Braced(const std::vector<std::string>& choices) {
-  std::string type;
-  for (const std::string& choice : choices) type += (type.empty() ? "{" : ",") + choice;
-  return type + "}";
+  return "{" + Joined(choices, ",") + "}";
 }
 
 }  // namespace
+
+std::vector<std::string> Split(const std::string& text, char separator) {
+  std::istringstream stream(text);
+  std::vector<std::string> parts;
+  for (std::string part; std::getline(stream, part, separator);) parts.push_back(part);
+  return parts;
+}
+
+std::string Joined(const std::vector<std::string>& parts, const std::string& separator) {
+  std::string text;
+  for (const std::string& part : parts) text += (text.empty() ? "" : separator) + part;
+  return text;
+}
 
 std::optional<int> ReadNumber(const std::string& text, int least, int most) {
   unsigned number = 0;  // whose reader takes no sign
@@ -33,11 +44,8 @@ int RequireNumber(const std::string& name, const std::string& text, int least, i
 }
 
 std::vector<std::string> OptionRow::Choices() const {
-  std::vector<std::string> choices;
-  if (type.empty() || type.front() != '{') return choices;
-  std::istringstream names(type.substr(1, type.find('}') - 1));
-  for (std::string choice; std::getline(names, choice, ',');) choices.push_back(choice);
-  return choices;
+  if (type.empty() || type.front() != '{') return {};
+  return Split(type.substr(1, type.find('}') - 1), ',');
 }
 
 OptionRow& OptionList::Add(OptionRow row) {

@@ -16,6 +16,10 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The parts of a text between a character, and the text of such parts.
+std::vector<std::string> Split(const std::string& text, char separator);
+std::string Joined(const std::vector<std::string>& parts, const std::string& separator);
+
 // The one reader of numbers that people give, on the command line and in files: decimal digits,
 // leading zeros allowed and without meaning. Nothing for any other text or a number out of range.
 std::optional<int> ReadNumber(const std::string& text, int least = 0, int most = INT_MAX);

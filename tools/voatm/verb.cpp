@@ -34,11 +34,9 @@ void AddDataOptions(OptionList* options, DataOptions* data) {
 }
 
 void AddTableArgument(OptionList* options, const records::RecordTable** table) {
-  std::string names;
-  for (const records::RecordTable& each : records::kRecordTables) {
-    names += (names.empty() ? "{" : ",") + std::string(each.short_name);
-  }
-  names += "}";
+  std::vector<std::string> all;
+  for (const records::RecordTable& each : records::kRecordTables) all.emplace_back(each.short_name);
+  const std::string names = "{" + Joined(all, ",") + "}";
   const auto take = [names, table](const std::vector<std::string>& values) {
     const char* const name = values.front().c_str();
     for (const records::RecordTable& each : records::kRecordTables) {

@@ -1,7 +1,6 @@
 #include "ask/cash_plan.h"
 
 #include <cstring>
-#include <sstream>
 
 #include "ask/observation.h"
 #include "options.h"
@@ -67,16 +66,8 @@ std::string MeaningOf(const CashRequest& request, int code) {
          (offset % 2 == 0 ? "the plan needs too many notes" : "its notes are too large");
 }
 
-// "A:20:978:Y" in its parts.
-std::vector<std::string> PartsOf(const std::string& cassette) {
-  std::istringstream stream(cassette);
-  std::vector<std::string> parts;
-  for (std::string part; std::getline(stream, part, ':');) parts.push_back(part);
-  return parts;
-}
-
 DenomInfo CassetteOf(const CashRequest& request, const std::string& text) {
-  const std::vector<std::string> parts = PartsOf(text);
+  const std::vector<std::string> parts = Split(text, ':');
   const bool complete = parts.size() == 4 && text.back() != ':' && parts[0].size() == 1 &&
                         parts[3].size() == 1 && std::strchr("YN@", parts[3][0]) != nullptr;
   const auto value = complete ? ReadNumber(parts[1]) : std::nullopt;
@@ -115,14 +106,14 @@ const char* NameOf(Payment payment) {
 }
 
 std::string DescribeLogic(const CashRequest& request, const std::string& logic) {
-  std::string text;
+  std::vector<std::string> parts;
   for (std::size_t i = 0; i < request.positions(); ++i) {
     const int notes = NotesAt(logic, i);
     if (notes == 0) continue;
-    text += (text.empty() ? "" : " + ") + std::to_string(notes) + " x " +
-            CassetteName(request.cassettes[i]);
+    parts.push_back(std::to_string(notes) + " x " + CassetteName(request.cassettes[i]));
   }
-  return (text.empty() ? "no notes" : text) + " = " + std::to_string(SumOf(request, logic).amount);
+  return (parts.empty() ? "no notes" : Joined(parts, " + ")) + " = " +
+         std::to_string(SumOf(request, logic).amount);
 }
 
 CashOutcome Pay(const CashRequest& request, const std::optional<std::string>& logic, int amount) {

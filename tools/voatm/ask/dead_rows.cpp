@@ -23,12 +23,6 @@ bool IsNumber(const std::string& text) {
   return text.find_first_not_of("0123456789") == std::string::npos;
 }
 
-// The field's bytes to its NUL or its end.
-std::string TextOf(const records::RecordTable& table, const char* record, const char* field) {
-  const records::RecordField& found = *table.Find(field);
-  return {record + found.offset, strnlen(record + found.offset, found.size)};
-}
-
 // The codes of a column, each with one that a request can have to meet it and no longer one.
 class Codes {
  public:
@@ -36,7 +30,7 @@ class Codes {
       : digits_(digits), class_digits_(class_digits) {
     if (rows->table->Find(field) == nullptr) return;
     for (int slot = 0; slot < rows->count(); ++slot) {
-      numbers_[TextOf(*rows->table, (*rows)[slot], field)] = std::nullopt;
+      numbers_[FieldText(*rows->table->Find(field), (*rows)[slot])] = std::nullopt;
     }
     numbers_[kAny] = std::nullopt;
     for (auto& [code, number] : numbers_) number = Find(code);
@@ -80,7 +74,7 @@ class AskedRows {
         txns_(rows, "TxnCode", 6, kClassDigits),
         resps_(rows, "RespCode", 3, 3) {
     util_.dptr = Observation::Trace();
-    for (int slot = 0; slot < rows->count(); ++slot) Mark(slot, '0');
+    for (int slot = 0; slot < rows->count(); ++slot) PutMark(question_, 0, (*rows)[slot]);
   }
 
   std::vector<Finding> Judge(void (AskedRows::*judge)(int slot)) {
@@ -100,7 +94,7 @@ class AskedRows {
     if (!txn.has_value()) AddNever("no request can equal its TxnCode", slot);
     if (!resp.has_value()) AddNever("no request can equal its RespCode", slot);
     if (!txn.has_value() || !resp.has_value()) return;
-    const std::string currency = FieldText(*rows_.table->Find("CurrencyCode"), rows_[slot]);
+    const std::string currency = Text(slot, "CurrencyCode");
     request["txn"] = *txn;
     request["resp"] = *resp;
     request["currency"] = currency == "0" ? kNewCurrency : currency;
@@ -153,7 +147,9 @@ class AskedRows {
     util_.*rows_.table->slots = count;
   }
 
-  std::string Text(int slot, const char* field) { return TextOf(*rows_.table, rows_[slot], field); }
+  std::string Text(int slot, const char* field) {
+    return FieldText(*rows_.table->Find(field), rows_[slot]);
+  }
 
   void AddNever(const char* what, int slot) { faults_.Add(what, "never get it", slot); }
 
@@ -171,15 +167,6 @@ class AskedRows {
       request[name] = text == kAny ? kNew : text;
     }
     return request;
-  }
-
-  void Mark(int slot, char mark) {
-    for (const char* const name : question_.mark.fields) {
-      const records::RecordField& field = *rows_.table->Find(name);
-      char* const out = rows_[slot] + field.offset;
-      memset(out, 0, field.size);
-      *out = field.kind == records::FieldKind::kInt32 ? static_cast<char>(mark - '0') : mark;
-    }
   }
 
   bool IsAnswered(const Inputs& request) {
@@ -204,13 +191,10 @@ class AskedRows {
 
   bool AnswersAmong(int first, int count, int slot, const Inputs& request) {
     Point(first, count);
-    Mark(slot, '1');
-    const Answer answer = question_.ask(util_, request);
-    Mark(slot, '0');
-    const auto& fields = question_.mark.fields;
-    return answer.found && std::any_of(fields.begin(), fields.end(), [&](const char* name) {
-             return answer.facts.contains(name) && answer.facts[name] != "0";
-           });
+    PutMark(question_, 1, rows_[slot]);
+    const int mark = MarkOf(question_, question_.ask(util_, request));
+    PutMark(question_, 0, rows_[slot]);
+    return mark == 1;
   }
 
   // Whether an ATM of the row's group without rows of its own is answered, as it would be without

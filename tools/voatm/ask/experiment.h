@@ -39,6 +39,11 @@ struct Rows {
   const char* operator[](int slot) const { return bytes.data() + At(slot); }
 };
 
+// Writes a digit into the fields of a row that carry a question's mark, and reads the one that an
+// answer brings along, -1 when nothing was found.
+void PutMark(const Question& question, int digit, char* record);
+int MarkOf(const Question& question, const Answer& answer);
+
 // Asks a question of a table. A lookup is one call of the library on the rows, without copies.
 class RowsExperiment {
  public:
@@ -53,7 +58,6 @@ class RowsExperiment {
   int FindSlot();  // of the row that answers, or -1
   void Mark();
   int FindMarked();
-  int AskMark();
   Answer AskAlone(int slot);
   Answer AskNoted(std::vector<Event>* events);
   std::vector<Event> AskLocked();
@@ -69,12 +73,9 @@ class RowsExperiment {
   VoATMUtil util_;
 };
 
-// Asks a question of the files of the home that VODIR_HOME names. An explanation has "unseen" when
-// something could not be looked at: what, and the cause.
+// Asks a question of the files of the home that VODIR_HOME names, or one that needs none. An
+// explanation has "unseen" when something could not be looked at: what, and the cause.
 Placed AskFiles(const Question& question, const Inputs& inputs);
 Json ExplainFiles(const Question& question, const Inputs& inputs);
-
-// Asks a question that needs neither.
-Json ExplainText(const Question& question, const Inputs& inputs);
 
 #endif  // TOOLS_VOATM_ASK_EXPERIMENT_H

@@ -153,10 +153,3 @@ Json ExplainFiles(const Question& question, const Inputs& inputs) {
     }
   }
 }
-
-Json ExplainText(const Question& question, const Inputs& inputs) {
-  Observation observation;
-  const Answer answer = AskOnce(question, inputs);
-  const std::vector<Event> events = observation.Take();
-  return ExplanationOf({"", answer}, Json::array(), events);
-}

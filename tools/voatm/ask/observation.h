@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-class VoDebugUtil;
+#include "vodebugutil.h"
 
 // One call of the library.
 struct Event {
@@ -25,7 +25,6 @@ struct Event {
   std::string text;
   int number = 0;
   bool done = true;        // the file opened; the field was found
-  std::string path = {};   // of the file that is searched
   int line = 0;            // of the entry, as devhost::LineOf says
   std::string value = {};  // of the field
 };
@@ -34,16 +33,19 @@ struct Event {
 // are noted only, never made: ask it about private copies.
 class Observation {
  public:
-  Observation();
-  ~Observation();
+  Observation() { current_ = this; }
+  ~Observation() { current_ = nullptr; }
   Observation(const Observation&) = delete;
   Observation& operator=(const Observation&) = delete;
 
   // The one that notes now, or null.
-  static Observation* Current();
+  static Observation* Current() { return current_; }
 
   // The trace object to give to the library's object.
-  static VoDebugUtil* Trace();
+  static VoDebugUtil* Trace() {
+    static VoDebugUtil trace;
+    return &trace;
+  }
 
   // From now on the reader does not open this file, or does not find this entry of it.
   void HideFile(const std::string& path) { files_.insert(path); }
@@ -59,6 +61,7 @@ class Observation {
   std::vector<Event> Take() { return std::exchange(events_, {}); }
 
  private:
+  inline static Observation* current_ = nullptr;
   std::set<std::string> files_;
   std::set<std::pair<std::string, std::string>> entries_;
   std::vector<Event> events_;

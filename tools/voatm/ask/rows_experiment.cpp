@@ -61,16 +61,6 @@ class Scans {
   int visited_ = 0;
 };
 
-void PutMark(const records::RecordField& field, int digit, char* record) {
-  char* const out = record + field.offset;
-  std::memset(out, 0, field.size);
-  if (field.kind == records::FieldKind::kInt32) {
-    std::memcpy(out, &digit, sizeof digit);
-  } else {
-    std::to_string(digit).copy(out, field.size);
-  }
-}
-
 int CallCount(const std::vector<Event>& events, int count) {
   return static_cast<int>(std::count_if(events.begin(), events.end(), [=](const Event& event) {
     const bool is_call = event.kind == Event::Kind::kTake || event.kind == Event::Kind::kGive;
@@ -79,6 +69,27 @@ int CallCount(const std::vector<Event>& events, int count) {
 }
 
 }  // namespace
+
+void PutMark(const Question& question, int digit, char* record) {
+  for (const char* const name : question.mark.fields) {
+    const records::RecordField& field = *question.table->Find(name);
+    char* const out = record + field.offset;
+    std::memset(out, 0, field.size);
+    if (field.kind == records::FieldKind::kInt32) {
+      std::memcpy(out, &digit, sizeof digit);
+    } else {
+      std::to_string(digit).copy(out, field.size);
+    }
+  }
+}
+
+int MarkOf(const Question& question, const Answer& answer) {
+  if (!answer.found) return -1;
+  const auto& fields = question.mark.fields;
+  const auto field = std::find_if(fields.begin(), fields.end(),
+                                  [&](const char* name) { return answer.facts.contains(name); });
+  return std::atoi(answer.facts.at(*field).get_ref<const std::string&>().c_str());
+}
 
 RowsExperiment::RowsExperiment(const Question& question, const Inputs& inputs, Rows* rows)
     : question_(question), inputs_(inputs), rows_(rows) {
@@ -100,24 +111,12 @@ Placed RowsExperiment::Place() { return {Where(FindSlot()), Ask()}; }
 
 Answer RowsExperiment::Ask() { return question_.ask(util_, inputs_); }
 
-// The digit that an answer brings along, or -1.
-int RowsExperiment::AskMark() {
-  const Answer answer = Ask();
-  if (!answer.found) return -1;
-  const auto& fields = question_.mark.fields;
-  const auto field = std::find_if(fields.begin(), fields.end(),
-                                  [&](const char* name) { return answer.facts.contains(name); });
-  return std::atoi(answer.facts.at(*field).get_ref<const std::string&>().c_str());
-}
-
 void RowsExperiment::Mark() {
   const int base = question_.mark.base;
   for (long long worth = 1; worth == 1 || worth < rows_->count(); worth *= base) {
     Rows rows = *rows_;
     for (int i = 0; i < rows.count(); ++i) {
-      for (const char* const name : question_.mark.fields) {
-        PutMark(*rows.table->Find(name), static_cast<int>(i / worth % base), rows[i]);
-      }
+      PutMark(question_, static_cast<int>(i / worth % base), rows[i]);
     }
     marked_.push_back(std::move(rows.bytes));
   }
@@ -128,7 +127,7 @@ int RowsExperiment::FindMarked() {
   long long slot = 0, worth = 1;
   for (std::vector<char>& rows : marked_) {
     Point(rows.data(), rows_->count());
-    const int digit = AskMark();
+    const int digit = MarkOf(question_, Ask());
     if (digit < 0) slot = kNoSlot;
     if (slot == kNoSlot) break;
     slot += digit * worth;

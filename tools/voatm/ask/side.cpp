@@ -20,22 +20,14 @@ namespace fs = std::filesystem;
 
 constexpr const char* kLive = "live";
 
-// Whether it stands where the library opens a file, by its name.
-bool IsOpened(const TreeFile& file) {
-  const auto& kinds = FileKinds();
-  return std::any_of(kinds.begin(), kinds.end(), [&](const FileKind& kind) {
-    return kind.layered && file.directory == kind.directory && Matches(kind.opens, file.name);
-  });
-}
-
 Entries EntriesOf(const std::string& home) {
   Entries entries;
   for (const TreeFile& file : WalkTree(home)) {
     const std::string path = std::string(file.directory).append("/").append(file.name);
     const fs::path place = fs::path(home) / path;
     if (!file.error.empty()) throw std::runtime_error(file.error + ": " + place.string());
-    const bool is_folder = file.is_directory && !IsOpened(file);
-    if (is_folder) continue;
+    const FileKind* const kind = FileKindOf(file.directory, file.name);
+    if (file.is_directory && (kind == nullptr || !kind->layered)) continue;
     if (!fs::is_regular_file(place)) throw std::runtime_error("it is no file: " + place.string());
     for (const ConfigurationEntry& entry : ReadEntriesOf(place.string())) {
       if (!entry.readable() || entry.key.empty()) continue;

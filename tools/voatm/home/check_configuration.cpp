@@ -44,10 +44,8 @@ void AddFinding(Json* report, const std::string& path, std::size_t line, std::si
 }
 
 // The pattern of a key's last part.
-const char* ItemPattern(const char* key_pattern) {
-  const std::string pattern = key_pattern;
-  const std::size_t separator = pattern.rfind('#');
-  return separator == std::string::npos ? key_pattern : key_pattern + separator + 1;
+std::string ItemPattern(const std::string& pattern) {
+  return pattern.substr(pattern.rfind('#') + 1);  // all of one without a group
 }
 
 // The check of one file.
@@ -181,7 +179,7 @@ class FileCheck {
   void CheckPresence(const KeyKind& key) {
     if (key.need == Need::kNone || said_.count(key.pattern) > 0) return;
     Report(1, 1, key.need == Need::kRequired ? Severity::kError : Severity::kWarning, "missing-key",
-           std::string(key.shown) + " is missing");
+           key.shown + " is missing");
   }
 
   const FileKind& kind_;
@@ -241,15 +239,11 @@ class HomeCheck {
 
   // Returns whether the name is one that is opened there.
   bool CheckKnown(const TreeFile& file) {
-    for (const FileKind& kind : FileKinds()) {
-      const bool folder_of_any_file = file.is_directory && kind.scope == Scope::kGroupsOnly;
-      const bool known = file.directory == kind.directory && Matches(kind.opens, file.name);
-      if (!known || folder_of_any_file) continue;
-      seen_.insert(&kind);
-      FileCheck(kind, Below(home_, Below(file.directory, file.name)), report_).Run();
-      return true;
-    }
-    return false;
+    const FileKind* const kind = FileKindOf(file.directory, file.name);
+    if (kind == nullptr || (file.is_directory && kind->scope == Scope::kGroupsOnly)) return false;
+    seen_.insert(kind);
+    FileCheck(*kind, Below(home_, Below(file.directory, file.name)), report_).Run();
+    return true;
   }
 
   void CheckStray(const std::string& directory, const std::string& name) {

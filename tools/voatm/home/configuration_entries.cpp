@@ -193,8 +193,5 @@ std::vector<ConfigurationEntry> ReadEntries(const std::string& text) {
 }
 
 std::vector<ConfigurationEntry> ReadEntriesOf(const std::string& path) {
-  std::string text;
-  const int error = devhost::ReadFile(path, &text);
-  if (error != 0) throw devhost::SystemError(error, "cannot read " + path);
-  return ReadEntries(text);
+  return ReadEntries(devhost::FileText(path));
 }

@@ -58,10 +58,6 @@ KeyKind Required(const char* key, const FieldRules& value) {
   return {key, key, Need::kRequired, {1}, {value}};
 }
 
-KeyKind FunctionKey(const char* key) {
-  return {key, key, Need::kRequired, {2}, {{kFits, kAction}, kInteger}};
-}
-
 KeyKind Wanted(const char* key, const FieldRules& value) {
   return {key, key, Need::kWanted, {1}, {value}};
 }
@@ -71,19 +67,15 @@ KeyKind Optional(const char* pattern, const char* shown, const std::vector<Field
 }
 
 std::vector<KeyKind> TemplateKeys() {
-  return {Required("OAR#OAR_TIMEOUT", kInteger),
-          Required("OAR#CONTROL#DISPLAYFLAG", {kDigit}),
-          Required("OAR#CONTROL#NUMERICKEYS", {kDigit}),
-          Required("OAR#CONTROL#CANCEL", kInteger),
-          Required("OAR#VAR#TOTALVAR", kInteger),
-          FunctionKey("OAR#VAR#A"),
-          FunctionKey("OAR#VAR#B"),
-          FunctionKey("OAR#VAR#C"),
-          FunctionKey("OAR#VAR#D"),
-          FunctionKey("OAR#VAR#F"),
-          FunctionKey("OAR#VAR#G"),
-          FunctionKey("OAR#VAR#H"),
-          FunctionKey("OAR#VAR#I")};
+  std::vector<KeyKind> keys = {
+      Required("OAR#OAR_TIMEOUT", kInteger), Required("OAR#CONTROL#DISPLAYFLAG", {kDigit}),
+      Required("OAR#CONTROL#NUMERICKEYS", {kDigit}), Required("OAR#CONTROL#CANCEL", kInteger),
+      Required("OAR#VAR#TOTALVAR", kInteger)};
+  for (const char key : {'A', 'B', 'C', 'D', 'F', 'G', 'H', 'I'}) {
+    const std::string name = std::string("OAR#VAR#") + key;
+    keys.push_back({name, name, Need::kRequired, {2}, {{kFits, kAction}, kInteger}});
+  }
+  return keys;
 }
 
 // What stands in the library's kinds of layered files, in their order.
@@ -135,9 +127,8 @@ FileKind StartUpFile(const voatm::FixedFile& file, std::vector<KeyKind> keys) {
       AtMost(devhost::MostSemaphoresOfASet(), "above-semmsl", ", the semaphores of a set (SEMMSL)");
   for (const records::RecordTable& table : records::kRecordTables) {
     const char* const key = table.count.key;
-    const bool known = std::any_of(keys.begin(), keys.end(), [key](const KeyKind& each) {
-      return std::strcmp(each.pattern, key) == 0;
-    });
+    const bool known = std::any_of(keys.begin(), keys.end(),
+                                   [key](const KeyKind& each) { return each.pattern == key; });
     if (!known && std::strcmp(table.count.file, file.name) == 0) {
       keys.push_back(Required(key, {kWhole, kOfASet, kOneOrMore}));
     }
@@ -180,4 +171,12 @@ std::size_t FileKind::LongestPath() const {
 const std::vector<FileKind>& FileKinds() {
   static const std::vector<FileKind> kKinds = AllKinds();
   return kKinds;
+}
+
+const FileKind* FileKindOf(const std::string& directory, const std::string& name) {
+  const auto& kinds = FileKinds();
+  const auto kind = std::find_if(kinds.begin(), kinds.end(), [&](const FileKind& each) {
+    return directory == each.directory && Matches(each.opens, name);
+  });
+  return kind == kinds.end() ? nullptr : &*kind;
 }

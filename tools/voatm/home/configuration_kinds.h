@@ -26,8 +26,8 @@ enum class Need { kNone, kWanted, kRequired };
 struct KeyKind {
   // ECMAScript, of the whole key. A key that is needed is its own pattern. A # only separates the
   // group from the item; in a class it is \x23.
-  const char* pattern;
-  const char* shown;
+  std::string pattern;
+  std::string shown;
   Need need;
   std::vector<std::size_t> counts;  // how many values it may have behind the key
   std::vector<FieldRules> values;   // the last one holds for all that follow
@@ -54,6 +54,9 @@ struct FileKind {
 };
 
 const std::vector<FileKind>& FileKinds();
+
+// The kind of a file of this name in a directory below a home; null when the library opens none.
+const FileKind* FileKindOf(const std::string& directory, const std::string& name);
 
 // Whether an ECMAScript pattern matches the whole text.
 bool Matches(const std::string& pattern, const std::string& text);

@@ -1,5 +1,6 @@
 #include "look/survey.h"
 
+#include <pwd.h>
 #include <sys/sem.h>
 #include <sys/shm.h>
 
@@ -7,6 +8,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <stdexcept>
+#include <utility>
 
 #include "devhost/ipc_object.h"
 #include "devhost/settings.h"
@@ -52,6 +54,20 @@ bool AreAllZero(int set, int semaphores) {
 
 std::string Describe(const TableState& table, IpcKind kind) {
   return devhost::DescribeIpc(kind, table.record->name, table.key.value_or(0));
+}
+
+std::string UserName(uid_t user) {
+  const passwd* entry = getpwuid(user);
+  return entry == nullptr ? std::to_string(user) : entry->pw_name;
+}
+
+// How many slots hold a record; null when the segment went since it was looked at.
+Json CountDefined(const TableState& table) try {
+  int defined = 0;
+  Records(table).ForEach(false, [&](int, const char*) { ++defined; });
+  return defined;
+} catch (const std::runtime_error&) {
+  return nullptr;
 }
 
 std::runtime_error NoSegment(const TableState& table) {
@@ -110,7 +126,7 @@ std::string TableState::DescribeSet() const { return Describe(*this, IpcKind::kS
 
 Survey SurveyTables(const std::string& home) {
   RequireHome(home);
-  Survey survey{home, devhost::ReadQueueKey(home), {}};
+  Survey survey{devhost::ReadQueueKey(home), {}};
   const Locator locator(survey.queue_key);
   for (const records::RecordTable& record : records::kRecordTables) {
     const int slots = devhost::ReadSlotCount(home, record);
@@ -134,26 +150,48 @@ TableState SurveyTable(const std::string& home, const records::RecordTable& reco
   }
 }
 
-Records::Records(const TableState& table)
-    : record_size_(table.record->record_size), slots_(table.ReadableSlots()) {
-  if (!table.segment.there()) throw NoSegment(table);
-  const void* address = shmat(table.segment.id, nullptr, SHM_RDONLY);
+Json TableJson(const TableState& table) {
+  Json json = {{"table", table.record->name},
+               {"name", table.record->short_name},
+               {"key", nullptr},
+               {"slots", table.slots},
+               {"segment", nullptr},
+               {"set", nullptr}};
+  if (table.key.has_value()) json["key"] = *table.key;
+  if (table.segment.there()) {
+    json["segment"] = {{"id", table.segment.id},
+                       {"bytes", table.segment.bytes},
+                       {"slots", table.HeldSlots()},
+                       {"defined", CountDefined(table)},
+                       {"attached", table.segment.attached},
+                       {"owner", UserName(table.segment.owner)},
+                       {"creator", table.segment.creator}};
+  }
+  if (table.set.there()) {
+    json["set"] = {{"id", table.set.id}, {"semaphores", table.set.semaphores}};
+  }
+  return json;
+}
+
+Records::Records(TableState table) : state_(std::move(table)) {
+  if (!state_.segment.there()) throw NoSegment(state_);
+  const void* address = shmat(state_.segment.id, nullptr, SHM_RDONLY);
   if (reinterpret_cast<std::intptr_t>(address) == -1) {
     const int error = errno;
-    throw SystemError(error, "cannot attach the " + table.DescribeSegment());
+    throw SystemError(error, "cannot attach the " + state_.DescribeSegment());
   }
   records_ = static_cast<const char*>(address);
 }
 
 Records::~Records() { shmdt(records_); }
 
-int CountDefined(const TableState& table) {
-  const Records records(table);
-  int defined = 0;
-  for (int slot = 0; slot < records.slots(); ++slot) {
-    defined += IsFree(*table.record, records[slot]) ? 0 : 1;
+void Records::ForEach(bool all,
+                      const std::function<void(int slot, const char* record)>& take) const {
+  std::vector<char> copy;
+  for (int slot = 0; slot < slots(); ++slot) {
+    copy.assign((*this)[slot], (*this)[slot + 1]);
+    if (all || !IsFree(*state_.record, copy.data())) take(slot, copy.data());
   }
-  return defined;
 }
 
 std::vector<char> CopyRecords(const TableState& table) {

@@ -7,11 +7,13 @@
 
 #include <cstddef>
 #include <ctime>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "records/record_tables.h"
+#include "show/output.h"
 
 // A System V object of a table: there, or missing with the reason.
 struct IpcState {
@@ -60,7 +62,6 @@ struct TableState {
 TableState LookAtTable(const records::RecordTable& record, int slots, std::optional<int> key);
 
 struct Survey {
-  std::string home;
   int queue_key;
   std::vector<TableState> tables;  // in the order of kRecordTables
 };
@@ -76,24 +77,29 @@ TableState SurveyTable(const std::string& home, const records::RecordTable& reco
 class Records {
  public:
   // Throws std::runtime_error when the segment is missing or cannot be attached.
-  explicit Records(const TableState& table);
+  explicit Records(TableState table);
   ~Records();
   Records(const Records&) = delete;
   Records& operator=(const Records&) = delete;
 
-  int slots() const { return slots_; }
+  const TableState& state() const { return state_; }
+  int slots() const { return state_.ReadableSlots(); }
   const char* operator[](int slot) const {
-    return records_ + static_cast<std::size_t>(slot) * record_size_;
+    return records_ + static_cast<std::size_t>(slot) * state_.record->record_size;
   }
 
+  // Gives each slot that holds a record, or all, as a copy that lasts as long as the call: what a
+  // driver writes meanwhile must not change while it is shown.
+  void ForEach(bool all, const std::function<void(int slot, const char* record)>& take) const;
+
  private:
+  TableState state_;
   const char* records_ = nullptr;
-  std::size_t record_size_;
-  int slots_;
 };
 
-// How many of the ReadableSlots hold a record. Throws as Records does.
-int CountDefined(const TableState& table);
+// {table, name, key, slots, segment: {id, bytes, slots, defined, attached, owner, creator}, set:
+// {id, semaphores}}; key, segment and set are null when there is none.
+Json TableJson(const TableState& table);
 
 // The ReadableSlots of a table, copied without locks. Throws as Records does.
 std::vector<char> CopyRecords(const TableState& table);

@@ -18,7 +18,6 @@ namespace {
 
 constexpr const char* kAlarmColor = "\033[31m";
 constexpr const char* kPlainColor = "\033[0m";
-constexpr const char* kClear = "\033[H\033[2J";
 constexpr std::size_t kUsualWidth = 80;
 constexpr std::size_t kNarrowest = 20;  // a width that leaves room behind an indent
 constexpr int kIndent = 2;
@@ -135,10 +134,6 @@ void PrintRows(const std::string& title, const Json& objects) {
   PrintLine("");
   PrintLine(title);
   PrintTable(objects, columns);
-}
-
-void ClearScreen() {
-  if (HasControls()) PrintAsIs(kClear);
 }
 
 void PrintJson(const Json& json) { PrintAsIs(Dumped(json, kIndent) + "\n"); }

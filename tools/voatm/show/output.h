@@ -44,9 +44,6 @@ std::string InOneLine(const Json& value);
 // Nothing when there are none.
 void PrintRows(const std::string& title, const Json& objects);
 
-// Clears a terminal for the next look; elsewhere nothing.
-void ClearScreen();
-
 // Prints to standard output, in as many lines as it takes to read it, or in one.
 void PrintJson(const Json& json);
 void PrintJsonLine(const Json& json);

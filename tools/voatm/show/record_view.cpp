@@ -50,17 +50,13 @@ std::string FoldedHex(std::string_view bytes) {
   return folded;
 }
 
-std::string Printable(std::string_view text) {
-  std::string printable;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const std::string_view c = text.substr(i, 1);
-    if (c == "\\") {
-      printable += "\\\\";
-    } else {
-      printable += IsPrintable(c) ? std::string(c) : "\\x" + HexOf(c);
-    }
+// Between quotes a backslash of the text is told from one of a character that is not printed.
+std::string Unambiguous(const std::string& text) {
+  std::string escaped;
+  for (const char c : text) {
+    escaped += c == '\\' ? "\\\\" : Readable(std::string_view(&c, 1));
   }
-  return printable;
+  return escaped;
 }
 
 int NumberOf(std::string_view bytes) {
@@ -113,7 +109,7 @@ std::string FieldText(const RecordField& field, const char* record) {
   switch (field.kind) {
     case FieldKind::kText:
     case FieldKind::kCharacter:
-      return Printable(TextOf(bytes));
+      return std::string(TextOf(bytes));
     case FieldKind::kInt32:
       return std::to_string(NumberOf(bytes));
     case FieldKind::kBytes:
@@ -124,12 +120,15 @@ std::string FieldText(const RecordField& field, const char* record) {
 
 std::string MarkedText(const RecordField& field, const char* record, const std::string& quote) {
   const bool marked = IsUnterminated(field, record);
-  return quote + FieldText(field, record) + quote + (marked ? " (unterminated)" : "");
+  const std::string text = FieldText(field, record);
+  return quote + (quote.empty() ? text : Unambiguous(text)) + quote + (marked ? " (unterminated)" : "");
 }
 
 std::string IdText(const RecordTable& table, const char* record) {
   return IsFree(table, record) ? records::kFreeSlot : FieldText(table.id(), record);
 }
+
+namespace {
 
 std::string WholeText(const RecordTable& table, const RecordField& field, const char* record) {
   const bool text = field.kind == FieldKind::kText || field.kind == FieldKind::kCharacter;
@@ -142,14 +141,26 @@ std::string WholeText(const RecordTable& table, const RecordField& field, const 
   return whole + " then 00 " + FoldedHex(tail);
 }
 
+}  // namespace
+
+void PrintWhole(const RecordTable& table, int slot, const char* record) {
+  NamedTexts fields;
+  for (const RecordField& field : table) {
+    fields.emplace_back(field.name, WholeText(table, field, record));
+  }
+  PrintFacts(
+      table.name + (" slot " + std::to_string(slot)) + (IsFree(table, record) ? ", free" : ""),
+      fields);
+}
+
 Json RecordJson(const RecordTable& table, const char* record) {
   Json json = Json::object();
   for (const RecordField& field : table) json[field.name] = FieldJson(field, record);
   return json;
 }
 
-Json SlotsJson(const RecordTable& table, int slots, bool complete) {
-  return {{"table", table.name}, {"slots", slots}, {"complete", complete}};
+Json SlotsJson(const RecordTable& table, int slots, int readable) {
+  return {{"table", table.name}, {"slots", slots}, {"complete", readable == slots}};
 }
 
 Json SlotJson(const RecordTable& table, int slot, const char* record) {

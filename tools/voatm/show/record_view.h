@@ -15,7 +15,7 @@ bool IsFree(const records::RecordTable& table, const char* record);
 bool IsUnterminated(const records::RecordField& field, const char* record);
 
 // A field in few words: a text to its NUL or its end, a character, a number, or bytes in
-// hexadecimal with runs folded ("41 00*32"). Characters that cannot be printed are \xHH.
+// hexadecimal with runs folded ("41 00*32").
 std::string FieldText(const records::RecordField& field, const char* record);
 
 // The field's text, between two of `quote`, marked when it is unterminated.
@@ -30,17 +30,16 @@ std::string IdText(const records::RecordTable& table, const char* record);
 // behind the NUL of a text.
 Json RecordJson(const records::RecordTable& table, const char* record);
 
-// The field's MarkedText, a text or character in quotes, and what stands behind its NUL; of a
-// confidential table only that something does.
-std::string WholeText(const records::RecordTable& table, const records::RecordField& field,
-                      const char* record);
+// Prints a slot, each field as MarkedText, a text or character in quotes, and what stands behind
+// its NUL; of a confidential table only that something does.
+void PrintWhole(const records::RecordTable& table, int slot, const char* record);
 
 // The fields whose bytes differ between two records: [{field, before, after}], each value as in a
 // row of a seed file; of a confidential table without what stands behind a text.
 Json ChangesJson(const records::RecordTable& table, const char* before, const char* after);
 
-// What a list of a table's slots begins with: {table, slots, complete}.
-Json SlotsJson(const records::RecordTable& table, int slots, bool complete);
+// What a list of a table's slots begins with: {table, slots, complete}, of which some can be read.
+Json SlotsJson(const records::RecordTable& table, int slots, int readable);
 
 // A slot: {slot, free, unterminated: [field...], record}.
 Json SlotJson(const records::RecordTable& table, int slot, const char* record);

@@ -29,6 +29,10 @@ class Screen {
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
 
+  void Clear() const {
+    if (is_shown_) PrintAsIs("\033[H\033[2J");
+  }
+
   // Waits so many seconds at most, less when a key is pressed; true when that is q, the input ends
   // or a signal comes.
   bool IsToEnd(int seconds, int signals) const {
@@ -59,7 +63,7 @@ void Watch(int seconds, const std::function<void()>& show_frame) {
   const int signals = signalfd(-1, &ends, SFD_CLOEXEC);
   const Screen screen;
   do {
-    ClearScreen();
+    screen.Clear();
     show_frame();
     FlushOutput();
   } while (!screen.IsToEnd(seconds, signals));

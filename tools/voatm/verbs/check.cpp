@@ -12,8 +12,7 @@
 
 namespace {
 
-struct CheckOptions {
-  DataOptions data;
+struct CheckOptions : DataOptions {
   bool strict = false;
   bool verbose = false;
 };
@@ -42,16 +41,16 @@ void RequireLines() {
 
 ExitCode Check(const CheckOptions& options) {
   RequireLines();
-  RequireHome(options.data.home);
-  const Json report = CheckConfiguration(options.data.home);
-  options.data.json ? PrintJson(report) : PrintCheck(report, options.verbose);
+  RequireHome(options.home);
+  const Json report = CheckConfiguration(options.home);
+  options.json ? PrintJson(report) : PrintCheck(report, options.verbose);
   const Json& wrong = report[options.strict ? "findings" : "errors"];
   return wrong.empty() || wrong == 0 ? kDone : kFindings;
 }
 
 Action DeclareCheck(OptionList* list) {
   const auto options = std::make_shared<CheckOptions>();
-  AddDataOptions(list, &options->data);
+  AddDataOptions(list, options.get());
   list->Flag("--strict", &options->strict, "Warnings are findings too");
   list->Flag("--verbose", &options->verbose, "Name every file that is read");
   return [options] { return Check(*options); };

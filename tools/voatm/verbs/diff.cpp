@@ -33,10 +33,7 @@ Atm AtmOf(const std::vector<std::string>& words, const std::string& place) {
 }
 
 void ReadAtms(const std::string& path, std::vector<Atm>* atms) {
-  std::string lines;
-  const int error = devhost::ReadFile(path, &lines);
-  if (error != 0) throw devhost::SystemError(error, "cannot read " + path);
-  std::istringstream stream(lines);
+  std::istringstream stream(devhost::FileText(path));
   int number = 0;
   for (std::string line; std::getline(stream, line);) {
     ++number;

@@ -1,48 +1,44 @@
 // voatm dump: a table as a seed file.
-#include <cstring>
+#include <algorithm>
 #include <memory>
 #include <string>
+#include <vector>
 
-#include "look/table_reader.h"
+#include "devhost/seed.h"
+#include "look/survey.h"
 #include "show/output.h"
 #include "show/record_view.h"
 #include "verbs/verbs.h"
 
 namespace {
 
-using records::RecordTable;
-
 struct DumpOptions : DataOptions {
-  const RecordTable* table = nullptr;
+  const records::RecordTable* table = nullptr;
 };
 
-// Whether a slot is as the development host creates it, so that no row is needed for it.
-bool IsUntouched(const RecordTable& table, const char* record) {
-  std::string fresh(table.record_size, '\0');
-  fresh.replace(table.key().offset, std::strlen(records::kFreeSlot), records::kFreeSlot);
-  return std::memcmp(fresh.data(), record, fresh.size()) == 0;
-}
-
 ExitCode Dump(const DumpOptions& options) {
-  const TableReader table(options.home, *options.table);
+  const Records records(SurveyTable(options.home, *options.table));
+  std::vector<char> untouched;  // as the development host creates a slot: it needs no row
+  devhost::AddFreeSlots(*options.table, 1, &untouched);
   JsonList list;
   int next = 0;  // the slot of a row that does not say its own
-  table.ForEach(true, [&](int slot, const char* record) {
-    if (IsUntouched(*options.table, record)) return;
+  records.ForEach(true, [&](int slot, const char* record) {
+    if (std::equal(untouched.begin(), untouched.end(), record)) return;
     Json row = Json::object();
     if (slot != next) row["Slot"] = slot;
     row.update(SeedRow(*options.table, record));
     list.Add(row);
     next = slot + 1;
   });
-  if (table.complete()) {
+  const std::string shortage = records.state().Shortage();
+  if (shortage.empty()) {
     list.Close();
     return kDone;
   }
   // Without its end nobody takes it for the table.
   PrintAsIs("\n");
-  PrintLine("// " + table.Shortage());
-  Say(table.Shortage());
+  PrintLine("// " + shortage);
+  Say(shortage);
   return kFindings;
 }
 

@@ -49,15 +49,11 @@ void PrintExplain(const Question& question, const Json& json) {
 }
 
 Json Explain(const ExplainOptions& options, const Question& question, const Inputs& inputs) {
-  if (!options.from.empty() && question.ground != Ground::kRows) {
-    throw UsageError("--from is of use where a table answers");
+  if (question.ground != Ground::kRows && (options.locks || !options.from.empty())) {
+    throw UsageError("--from and --locks are of use where a table answers");
   }
-  if (options.locks && question.ground != Ground::kRows) {
-    throw UsageError("--locks is of use where a table answers");
-  }
-  if (question.ground == Ground::kNothing) return ExplainText(question, inputs);
   if (question.ground != Ground::kRows) {
-    RequireHome(options.home);
+    if (question.ground != Ground::kNothing) RequireHome(options.home);
     setenv("VODIR_HOME", options.home.c_str(), 1);
     return ExplainFiles(question, inputs);
   }

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "look/table_reader.h"
+#include "look/survey.h"
 #include "show/output.h"
 #include "show/record_view.h"
 #include "verbs/verbs.h"
@@ -78,17 +78,18 @@ std::vector<TextTable::Column> HeadingsOf(const std::vector<Column>& columns) {
   return headings;
 }
 
-void PrintJsonRows(const TableReader& table, bool all) {
-  JsonList list(SlotsJson(table.table(), table.slots(), table.complete()));
-  table.ForEach(
-      all, [&](int slot, const char* record) { list.Add(SlotJson(table.table(), slot, record)); });
+void PrintJsonRows(const Records& records, bool all) {
+  const RecordTable& table = *records.state().record;
+  JsonList list(SlotsJson(table, records.state().slots, records.slots()));
+  records.ForEach(all,
+                  [&](int slot, const char* record) { list.Add(SlotJson(table, slot, record)); });
   list.Close();
 }
 
-void PrintTextRows(const TableReader& table, bool all) {
-  const std::vector<Column> columns = ColumnsOf(table.table());
+void PrintTextRows(const Records& records, bool all) {
+  const std::vector<Column> columns = ColumnsOf(*records.state().record);
   TextTable text(HeadingsOf(columns));
-  table.ForEach(all, [&](int slot, const char* record) {
+  records.ForEach(all, [&](int slot, const char* record) {
     std::vector<std::string> cells = {std::to_string(slot)};
     for (const Column& column : columns) cells.push_back(column.Cell(record));
     text.AddRow(cells);
@@ -97,10 +98,11 @@ void PrintTextRows(const TableReader& table, bool all) {
 }
 
 ExitCode List(const ListOptions& options) {
-  const TableReader table(options.home, *options.table);
-  options.json ? PrintJsonRows(table, options.all) : PrintTextRows(table, options.all);
-  if (table.complete()) return kDone;
-  Say(table.Shortage());
+  const Records records(SurveyTable(options.home, *options.table));
+  options.json ? PrintJsonRows(records, options.all) : PrintTextRows(records, options.all);
+  const std::string shortage = records.state().Shortage();
+  if (shortage.empty()) return kDone;
+  Say(shortage);
   return kFindings;
 }
 

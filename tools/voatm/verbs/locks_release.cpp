@@ -25,15 +25,6 @@ std::vector<char> RecordOf(const TableState& table, int slot) {
   return {records[slot], records[slot + 1]};
 }
 
-void PrintRecord(const records::RecordTable& table, const std::vector<char>& record) {
-  if (record.empty()) return;
-  NamedTexts fields;
-  for (const records::RecordField& field : table) {
-    fields.emplace_back(field.name, FieldText(field, record.data()));
-  }
-  PrintFacts("", fields);
-}
-
 // What to look at once a slot with a record is free whose holder died: it may have been writing.
 std::vector<std::string> Afterwards(const records::RecordTable& table, const Release& release) {
   if (!release.done || !release.lock.has_value() || release.lock->value != kHeld) return {};
@@ -54,7 +45,7 @@ ExitCode DoRelease(const ReleaseOptions& options) {
   const TableState table = SurveyTable(options.home, *options.table);
   std::vector<char> record;
   if (options.slot.has_value()) record = RecordOf(table, *options.slot);
-  if (!options.json) PrintRecord(*options.table, record);
+  if (!options.json && !record.empty()) PrintWhole(*options.table, *options.slot, record.data());
   Release release = options.slot.has_value() ? ReleaseSlot(table, *options.slot, options.rights)
                                              : InitialiseSet(table, options.rights);
   if (release.lock.has_value() && !record.empty()) {

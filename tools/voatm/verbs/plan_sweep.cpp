@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
-#include <sstream>
 #include <vector>
 
 #include "devhost/system_call.h"
@@ -149,9 +148,8 @@ ExitCode SayUnpaid(int unpaid, int amounts, const char* by) {
 }  // namespace
 
 AmountRange RangeOf(const std::string& text) {
-  std::istringstream stream(text);
   std::vector<std::optional<int>> numbers;
-  for (std::string part; std::getline(stream, part, ':');) numbers.push_back(ReadNumber(part, 1));
+  for (const std::string& part : Split(text, ':')) numbers.push_back(ReadNumber(part, 1));
   if (numbers.size() == 2) numbers.emplace_back(1);
   const bool good = numbers.size() == 3 && text.back() != ':' && numbers[0] && numbers[1] &&
                     numbers[2] && *numbers[0] <= *numbers[1];

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "look/table_reader.h"
+#include "look/survey.h"
 #include "show/output.h"
 #include "show/record_view.h"
 #include "verbs/verbs.h"
@@ -31,45 +31,38 @@ struct ShowOptions : DataOptions {
   }
 };
 
-void PrintWhole(const RecordTable& table, int slot, const char* record) {
-  NamedTexts fields;
-  for (const RecordField& field : table) {
-    fields.emplace_back(field.name, WholeText(table, field, record));
-  }
-  PrintFacts(
-      table.name + (" slot " + std::to_string(slot)) + (IsFree(table, record) ? ", free" : ""),
-      fields);
-}
-
 // Why there is nothing to show.
-std::string WhyNothing(const TableReader& table, const ShowOptions& options) {
-  const std::string name = table.table().name;
+std::string WhyNothing(const ShowOptions& options, int slots) {
+  const std::string name = options.table->name;
   const auto slot = options.Slot();
   if (!slot) return "no record " + options.wanted + " in " + name;
   const std::string number = std::to_string(*slot);
-  if (*slot < table.slots()) return "slot " + number + " of " + name + " is free; --all shows it";
-  return "no slot " + number + " in " + name + ", which has " + std::to_string(table.slots()) +
+  if (*slot < slots) return "slot " + number + " of " + name + " is free; --all shows it";
+  return "no slot " + number + " in " + name + ", which has " + std::to_string(slots) +
          "; --id if it is an id";
 }
 
 ExitCode Show(const ShowOptions& options) {
-  const TableReader table(options.home, *options.table);
+  const RecordTable& table = *options.table;
+  const Records records(SurveyTable(options.home, table));
+  const int slots = records.state().slots;
+  const std::string shortage = records.state().Shortage();
   const auto slot = options.Slot();
-  if (slot && *slot < table.slots() && *slot >= table.readable()) {
-    throw std::runtime_error("cannot read slot " + std::to_string(*slot) + ": " + table.Shortage());
+  if (slot && *slot < slots && *slot >= records.slots()) {
+    throw std::runtime_error("cannot read slot " + std::to_string(*slot) + ": " + shortage);
   }
   std::optional<JsonList> list;
-  if (options.json) list.emplace(SlotsJson(table.table(), table.slots(), table.complete()));
+  if (options.json) list.emplace(SlotsJson(table, slots, records.slots()));
   bool found = false;
-  table.ForEach(options.all, [&](int at, const char* record) {
-    if (slot ? at != *slot : !options.IsId(IdText(table.table(), record))) return;
+  records.ForEach(options.all, [&](int at, const char* record) {
+    if (slot ? at != *slot : !options.IsId(IdText(table, record))) return;
     found = true;
-    list ? list->Add(SlotJson(table.table(), at, record)) : PrintWhole(table.table(), at, record);
+    list ? list->Add(SlotJson(table, at, record)) : PrintWhole(table, at, record);
   });
   if (list) list->Close();
-  if (!found) Say(WhyNothing(table, options));
-  const bool looked_at_all = slot || table.complete();
-  if (!looked_at_all) Say(table.Shortage());
+  if (!found) Say(WhyNothing(options, slots));
+  const bool looked_at_all = slot || shortage.empty();
+  if (!looked_at_all) Say(shortage);
   return found && looked_at_all ? kDone : kFindings;
 }
 

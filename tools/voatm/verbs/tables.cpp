@@ -1,6 +1,4 @@
 // voatm tables: the six tables, and what is wrong with them.
-#include <pwd.h>
-
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,35 +9,6 @@
 #include "verbs/verbs.h"
 
 namespace {
-
-std::string UserName(uid_t user) {
-  const passwd* entry = getpwuid(user);
-  return entry == nullptr ? std::to_string(user) : entry->pw_name;
-}
-
-Json TableJson(const Survey& survey, const TableState& table) {
-  Json json = {{"table", table.record->name},
-               {"name", table.record->short_name},
-               {"key", nullptr},
-               {"slots", table.slots},
-               {"segment", nullptr},
-               {"set", nullptr},
-               {"findings", FindingsJson(CheckTable(survey.tables, table))}};
-  if (table.key.has_value()) json["key"] = *table.key;
-  if (table.segment.there()) {
-    json["segment"] = {{"id", table.segment.id},
-                       {"bytes", table.segment.bytes},
-                       {"slots", table.HeldSlots()},
-                       {"defined", CountDefined(table)},
-                       {"attached", table.segment.attached},
-                       {"owner", UserName(table.segment.owner)},
-                       {"creator", table.segment.creator}};
-  }
-  if (table.set.there()) {
-    json["set"] = {{"id", table.set.id}, {"semaphores", table.set.semaphores}};
-  }
-  return json;
-}
 
 void PrintTables(const Json& json) {
   PrintLine("home " + json["home"].get<std::string>() + ", queue key " +
@@ -62,11 +31,13 @@ void PrintTables(const Json& json) {
 
 ExitCode ShowTables(const DataOptions& options) {
   const Survey survey = SurveyTables(options.home);
-  Json json = {{"home", survey.home}, {"queue_key", survey.queue_key}, {"tables", Json::array()}};
+  Json json = {{"home", options.home}, {"queue_key", survey.queue_key}, {"tables", Json::array()}};
   bool is_sound = true;
   for (const TableState& table : survey.tables) {
-    json["tables"].push_back(TableJson(survey, table));
-    is_sound = is_sound && json["tables"].back()["findings"].empty();
+    const std::vector<Finding> findings = CheckTable(survey.tables, table);
+    json["tables"].push_back(TableJson(table));
+    json["tables"].back()["findings"] = FindingsJson(findings);
+    is_sound = is_sound && findings.empty();
   }
   options.json ? PrintJson(json) : PrintTables(json);
   return is_sound ? kDone : kFindings;

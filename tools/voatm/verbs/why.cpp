@@ -83,8 +83,7 @@ void PrintAnswer(const Json& answer) {
 }
 
 ExitCode ExplainWords(const WhyOptions& options) {
-  std::string words;
-  for (const std::string& word : options.words) words += (words.empty() ? "" : " ") + word;
+  const std::string words = Joined(options.words, " ");
   TraceReader reader;
   const TraceLine& line = reader.Read(words);
   const bool is_line = !line.matches.empty() || !line.error_number.empty();
@@ -125,17 +124,11 @@ Json MessageJson(const LogMessage& message) {
           {"system_error", ErrorJson(message.error_number, message.error_name)}};
 }
 
-std::string Joined(const Json& texts) {
-  std::string joined;
-  for (const std::string text : texts) joined += (joined.empty() ? "" : ", ") + text;
-  return joined;
-}
-
 void PrintMessage(const Json& message) {
   const std::string weight = message["weight"], first = message["first"], last = message["last"];
-  NamedTexts facts = {
-      {"time", first + (last == first ? "" : " to " + last)},
-      {"process", Joined(message["processes"]) + (message["more_processes"] ? " and others" : "")}};
+  NamedTexts facts = {{"time", first + (last == first ? "" : " to " + last)},
+                      {"process", Joined(message["processes"], ", ") +
+                                      (message["more_processes"] ? " and others" : "")}};
   for (const Json& means : message["means"]) facts.emplace_back("means", means);
   if (message["more_means"]) facts.emplace_back("", "and of other values");
   facts.emplace_back("error", ErrorText(message["system_error"]));
