@@ -197,12 +197,8 @@ SeedError::SeedError(const std::string& file, std::size_t at_line, std::size_t a
 
 void AddFreeSlots(const records::RecordTable& table, int slots, std::vector<char>* bytes) {
   const std::size_t size = static_cast<std::size_t>(slots) * table.record_size;
-  while (bytes->size() < size) {
-    const std::size_t record = bytes->size();
-    bytes->resize(record + table.record_size);
-    std::memcpy(&(*bytes)[record + table.key().offset], records::kFreeSlot,
-                std::strlen(records::kFreeSlot));
-  }
+  const std::vector<char> free = table.FreeRecord();
+  while (bytes->size() < size) bytes->insert(bytes->end(), free.begin(), free.end());
 }
 
 TableImage ReadSeed(const records::RecordTable& table, const std::string& path,

@@ -1,6 +1,7 @@
 #include "records/record_tables.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 
 #include "common/config_file.h"
@@ -97,6 +98,12 @@ const RecordField* RecordTable::Find(const std::string& field) const {
   const auto* const found =
       std::find_if(begin(), end(), [&](const RecordField& each) { return field == each.name; });
   return found == end() ? nullptr : found;
+}
+
+std::vector<char> RecordTable::FreeRecord() const {
+  std::vector<char> record(record_size);
+  std::strcpy(&record[key().offset], kFreeSlot);
+  return record;
 }
 
 }  // namespace records

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "voatmutil.h"
 
@@ -56,6 +57,7 @@ struct RecordTable {
   const RecordField* Find(const std::string& field) const;  // null when there is none of the name
   const RecordField& key() const { return fields[key_field]; }
   const RecordField& id() const { return fields[0]; }  // what people call a record by
+  std::vector<char> FreeRecord() const;                // a slot's bytes as its owner creates it
 };
 
 // Where a table stands among them.

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 
 #include "support/served_home.h"
@@ -44,6 +45,7 @@ TEST_F(DiffTest, LayoutAndOrderAreNoDifference) {
   Change("cfg/atm/displogic/HARBOUR_displogic.cfg", "\n", "\n# a comment\n\n");
   const std::string keys = "new/cfg/atm/statetable/opkey/HARBOUR_opk.cfg";
   home_.Write(keys, home_.Read(keys) + "[NOTHING]\n");
+  std::filesystem::create_symlink("nowhere", home_.path() + "/new/cfg/.#lock");
   const Answer answer = Diff(kAtm);
   EXPECT_EQ(answer.code, 0);
   EXPECT_EQ(Json::parse(answer.text), Json::parse(R"({"rows":[],"entries":[],"answers":[]})"));
@@ -81,6 +83,61 @@ TEST_F(DiffTest, NamesRowsEntriesAndTheAnswersThatChange) {
   }
   EXPECT_GT(lost, 0);
   EXPECT_EQ(states, 1) << "only the mall's ATM has the changed file";
+}
+
+// A file of rows in which one thing changes: an answer changes with it.
+constexpr struct {
+  const char *file, *rows, *from, *to;
+} kChanges[] = {
+    {"atm_fit.json",
+     R"([{"FitId":"A","MatchKey1":"I","CardPrefix":"9780010FFF","IndirectNextState":"A"},
+         {"FitId":"B","MatchKey1":"I","CardPrefix":"978001FFFF","IndirectNextState":"B"}])",
+     "\"B\"}]", "\"C\"}]"},
+    {"atm_fit.json",
+     R"([{"FitId":"NOTDEFINED","MatchKey1":"I","CardPrefix":"FFFFFFFFFF","IndirectNextState":"A"}])",
+     "\"A\"}]", "\"C\"}]"},
+    {"atm_property.json",
+     R"([{"InstTerminalGroup":"I","AtmLogicalGroup":"*","AtmId":"*","TxnCode":"010000","RespCode":"*"},
+         {"InstTerminalGroup":"I","AtmLogicalGroup":"*","AtmId":"*","TxnCode":"01","RespCode":"*",
+          "PropertySwitch1":"N"}])",
+     "\"N\"", "\"Y\""},
+    {"atm_property.json",
+     R"([{"InstTerminalGroup":"I","AtmLogicalGroup":"*","AtmId":"*","TxnCode":"*","RespCode":"*",
+          "Uninterpreted1":{"hex":"41"}}])",
+     "41", "42"},
+    {"atm_action_property.json",
+     R"([{"InstTerminalGroup":"I","AtmLogicalGroup":"*","AtmId":"*","StatusCode":"A\\B","ActionFlag":"Y",
+          "ActionText":"ONE"}])",
+     "ONE", "TWO"},
+};
+
+TEST_F(DiffTest, MissesNoAnswerThatChangesWithARow) {
+  for (const auto& [file, rows, from, to] : kChanges) {
+    std::string changed = rows;
+    changed.replace(changed.find(from), strlen(from), to);
+    home_.Write(std::string("a/") + file, rows);
+    home_.Write(std::string("b/") + file, changed);
+    const Json json = VoatmJson("diff " + home_.path() + "/a " + home_.path() + "/b --atm I G A C");
+    EXPECT_EQ(json["rows"].size(), 1U) << changed;
+    EXPECT_GE(json["answers"].size(), 1U) << changed;
+    home_.Remove("a");
+    home_.Remove("b");
+  }
+}
+
+TEST_F(DiffTest, SeesGroupsThatAreCountedFirstEntriesAndTemplatesOfAnyName) {
+  Change("inf/HARBOUR_OAR.inf", "[OAR]\nTEMPLATE   RECEIPT   1", "");
+  Change("cfg/atm/statetable/resptable/HARBOUR_resp.cfg", "[GOOD_RESPONSE]\n",
+         "[GOOD_RESPONSE]\n010000_000 \"021 171\n");
+  home_.Write("new/cfg/atm/templates/HARBOUR_MY_AMT_1.oar", "[OAR]\nOAR_TIMEOUT 77\n");
+  const Json json = Json::parse(Diff(kAtm).text);
+  const auto has = [](const Json& entries, const char* key, const char* b) {
+    return std::any_of(entries.begin(), entries.end(),
+                       [&](const Json& each) { return each["key"] == key && each["b"] == b; });
+  };
+  EXPECT_TRUE(has(json["entries"], "[OAR]", "1")) << json;
+  EXPECT_TRUE(has(json["entries"], "GOOD_RESPONSE#010000_000", "(unreadable)")) << json;
+  EXPECT_EQ(OfRequest(json, "oar HARBOUR MALL ATM00004 MY_AMT 1 COMMON")["b"]["found"], false);
 }
 
 TEST_F(DiffTest, SaysTheSameToPeopleAndToPrograms) {

@@ -70,9 +70,10 @@ VoAtmActionProperty Action(const char* atm, const char* status, const char* txn 
 }
 
 TEST_F(StatusTest, SaysInOneLineThatAllIsWell) {
-  Put(3, std::vector{Property("I", "G", "A", "010000", "000", 978),
-                     Property("I", "G", "*", "01", "*", 0), Property("I", "G", "*", "*", "*", 0),
-                     Property("*", "*", "*", "*", "*", 0, 'N')});
+  Put(3,
+      std::vector{Property("I", "G", "A", "010000", "000", 978),
+                  Property("I", "G", "A", "*", "*", 0), Property("I", "G", "*", "01", "*", 0),
+                  Property("I", "G", "*", "*", "*", 0), Property("*", "*", "*", "*", "*", 0, 'N')});
   Put(4, std::vector{Action("A", "X", "010000"), Action("A", "X", "01"), Action("*", "X")});
   Put(1, std::vector{AtmFit{"ONE", "K", "", "", "4567FFFFFF", {}, 'C'},
                      AtmFit{"ALL", "K", "", "", "FFFFFFFFFF", {}, 'D'}});
@@ -101,8 +102,11 @@ TEST_F(StatusTest, JudgesRecordsByAskingTheLibrary) {
                      Property("*", "*", "*", "*", "*", 0, '1'), endless});
   VoAtmActionProperty foreign = Action("*", "V");
   strcpy(foreign.InstTerminalGroup, "J");
+  VoAtmActionProperty deleted = Action("C", "U"), value = Action("D", "T", "020000");
+  strcpy(deleted.InstTerminalGroup, "NOTDEFINED");
+  value.ActionFlag = 'N';
   Put(4, std::vector{Action("A", "X"), Action("B", "Y"), Action("B", "Y"), Action("C", "Z", "1"),
-                     Action("*", "W"), foreign});
+                     Action("*", "W"), foreign, deleted, value});
   Put(5, std::vector<VoAtmStatus>(4));
   EXPECT_EQ(Voatm("status >/dev/null").code, 1);
   EXPECT_EQ(Found(), R"(ATMMEMORY slot 1: its id is empty
@@ -115,11 +119,20 @@ ATMPROPERTYMEMORY slot 0: its group has no row for all, but its institution has
 ATMPROPERTYMEMORY slot 1, 6: no request is answered with it
 ATMPROPERTYMEMORY slot 2: no request can equal its TxnCode
 ATMPROPERTYMEMORY slot 3: no request can equal its RespCode
-ATMACTIONPROPERTYMEMORY slot 1, 3, 5: requests of an ATM above are answered with it
-ATMACTIONPROPERTYMEMORY slot 2: no request is answered with it
+ATMACTIONPROPERTYMEMORY slot 1, 3, 5, 7: requests of an ATM above are answered with it
+ATMACTIONPROPERTYMEMORY slot 2: no request with its status alone is answered with it
 ATMACTIONPROPERTYMEMORY slot 3: no request can equal its TxnCode
+ATMACTIONPROPERTYMEMORY slot 6: a free slot answers
 ATMSTATUSMEMORY: all its bytes are 0
 )");
+}
+
+TEST_F(StatusTest, AnAtmWithRowsOfItsOwnNeedsOneForTheRest) {
+  Put(3,
+      std::vector{Property("I", "G", "A", "010000", "*", 0), Property("I", "G", "*", "*", "*", 0)});
+  Put(1, std::vector{AtmFit{"ALL", "K", "", "", "FFFFFFFFFF", {}, 'D'},
+                     AtmFit{"NOTDEFINED", "K", "", "", "FFFFFFFFFF", {}, 'D'}});
+  EXPECT_EQ(Found(), "ATMPROPERTYMEMORY slot 0: its ATM has no row for all, but its group has\n");
 }
 
 TEST_F(StatusTest, KnowsWhoIsAttachedAndWhoToWhatWasRemoved) {

@@ -13,13 +13,15 @@ namespace {
 // A row by its id, and its number among those of one id.
 using RowKey = std::pair<std::string, int>;
 
-// The slots of the rows.
+// The slots of the rows, and the free ones that still hold something: the library may answer with
+// it.
 std::map<RowKey, int> SlotsOf(const Rows& rows) {
+  const std::vector<char> untouched = rows.table->FreeRecord();
   std::map<std::string, int> seen;
   std::map<RowKey, int> slots;
   for (int slot = 0; slot < rows.count(); ++slot) {
     const char* const record = rows[slot];
-    if (IsFree(*rows.table, record)) continue;
+    if (std::equal(untouched.begin(), untouched.end(), record)) continue;
     const std::string id = IdText(*rows.table, record);
     slots[{id, seen[id]++}] = slot;
   }
@@ -126,7 +128,8 @@ Json CompareEntries(const Side& a, const Side& b) {
     return found == entries.end() ? nullptr : &found->second;
   };
   const auto shown = [](const std::vector<std::string>* fields) {
-    return fields == nullptr ? "(none)" : AllOf(*fields);
+    if (fields == nullptr) return std::string("(none)");
+    return *fields == kUnreadable ? kUnreadable.front() : AllOf(*fields);
   };
   for (const auto& [place, fields] : all) {
     const auto *const in_a = find(a.entries, place), *const in_b = find(b.entries, place);

@@ -1,11 +1,14 @@
 #include "ask/requests.h"
 
 #include <algorithm>
+#include <cctype>
+#include <cstring>
 #include <functional>
 #include <regex>
 #include <set>
 #include <sstream>
 
+#include "ask/reach.h"
 #include "options.h"
 #include "show/record_view.h"
 #include "statetable/file_kinds.h"
@@ -31,7 +34,7 @@ const std::vector<EntryNaming>& EntryNamings() {
       {voatm::kResponseStates, std::regex("BAD_RESPONSE#([^_#]*)_([^#]*)"),
        "response bad $1 $2 S1 S2 S3 FALLBACK"},
       {voatm::kScreens, std::regex(".*"), "screen S1 S2 S3 FALLBACK"},
-      {voatm::kTemplates, std::regex(".*_([^_]+)_([0-9]{1,9})\\D+"), "oar S1 S2 S3 $1 $2 FALLBACK"},
+      {voatm::kTemplates, std::regex("(.+)_([0-9]{1,9})\\D+"), "oar S1 S2 S3 $1 $2 FALLBACK"},
       {voatm::kDispenseLogics, std::regex("DISPENCE_LOGIC#(.*)_([0-9]{1,9})"),
        "displogic $1 $2 S1 S2 S3 MODEL FALLBACK"},
       // One note: $01 is $1, and the count 01 follows it.
@@ -48,21 +51,6 @@ constexpr const char* kRowNamings[] = {
     "indirect-state S1 S2 CardPrefix",
 };
 
-// What a request has where a row has this: of a class of transactions its first, of any a rare
-// one, and a card that begins as the prefix does.
-std::string Requested(const std::string& field, std::string text) {
-  constexpr std::size_t kClass = 2;
-  if (field == "StatusCode") return text + "|";
-  if (field == "CardPrefix") {
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return c == 'F' || c == 'f'; }, '0');
-    return text;
-  }
-  const bool is_txn = field == "TxnCode";
-  if (!ReadNumber(text)) return is_txn ? "999999" : "999";
-  return is_txn && text.size() == kClass ? text + "0000" : text;
-}
-
 // Collects requests as words, so that none is asked twice.
 class Collector {
  public:
@@ -72,24 +60,42 @@ class Collector {
     for (const EntryNaming& naming : EntryNamings()) {
       const std::string directory = std::string(voatm::kFileKinds[naming.kind].directory) + "/";
       if (file.compare(0, directory.size(), directory) != 0) continue;
-      const std::string& named = naming.kind == voatm::kTemplates ? file : key;
-      std::smatch parts;
-      if (!std::regex_match(named, parts, naming.pattern)) continue;
-      Add(naming.request, [&](const std::string& word) {
-        if (word == "MODEL") return fields > 4 ? std::string("D912ATM") : "NDC+ATM";
-        return parts.format(word);
-      });
+      const bool by_file = naming.kind == voatm::kTemplates;
+      for (const std::string& named : by_file ? BehindScopes(file) : Words{key}) {
+        std::smatch parts;
+        if (!std::regex_match(named, parts, naming.pattern)) continue;
+        Add(naming.request, [&](const std::string& word) {
+          if (word == "MODEL") return fields > 4 ? std::string("D912ATM") : "NDC+ATM";
+          return parts.format(word);
+        });
+      }
     }
   }
 
-  void AddRows(const char* naming, const Rows& rows) {
-    for (int slot = 0; slot < rows.count(); ++slot) {
-      const char* const record = rows[slot];
-      if (IsFree(*rows.table, record)) continue;
-      Add(naming, [&](const std::string& word) {
-        const records::RecordField* const field = rows.table->Find(word);
-        return field == nullptr ? word : Requested(word, FieldText(*field, record));
-      });
+  // `all` are the rows of a table, of each side.
+  void AddRows(const std::string& naming, const std::vector<const Rows*>& all) {
+    const Codes txns(all, "TxnCode", 6, 2), resps(all, "RespCode", 3, 3);
+    const Cards cards(all);
+    for (const Rows* rows : all) {
+      const std::vector<char> untouched = rows->table->FreeRecord();
+      for (int slot = 0; slot < rows->count(); ++slot) {
+        const char* const record = (*rows)[slot];
+        if (std::equal(untouched.begin(), untouched.end(), record)) continue;
+        const auto* const prefix = rows->table->Find("CardPrefix");
+        for (const std::string& card :
+             prefix == nullptr ? Words{""} : cards.For(FieldText(*prefix, record))) {
+          Add(naming, [&](const std::string& word) {
+            const records::RecordField* const field = rows->table->Find(word);
+            if (field == nullptr) return word;
+            if (field == prefix) return card;
+            const std::string text = FieldText(*field, record);
+            if (word == "StatusCode") return text + "|";
+            if (word == "TxnCode") return txns.NumberFor(text).value_or("0");
+            if (word == "RespCode") return resps.NumberFor(text).value_or("0");
+            return ReadNumber(text) ? text : "0";
+          });
+        }
+      }
     }
   }
 
@@ -105,6 +111,15 @@ class Collector {
   }
 
  private:
+  // A template's name may have the separator of its file's scopes: what may stand behind these.
+  static Words BehindScopes(const std::string& file) {
+    Words names;
+    for (std::size_t at = file.find('_'); at != std::string::npos; at = file.find('_', at + 1)) {
+      names.push_back(file.substr(at + 1));
+    }
+    return names;
+  }
+
   // `fill` gives what a word stands for that is not the ATM's.
   void Add(const std::string& request, const std::function<std::string(const std::string&)>& fill) {
     std::istringstream names(request);
@@ -127,8 +142,14 @@ class Collector {
 }  // namespace
 
 std::string Quoted(const std::string& word) {
-  const bool plain = !word.empty() && word.find_first_of(" |*\"'\\") == std::string::npos;
-  return plain ? word : "'" + word + "'";
+  const auto is_plain = [](char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 ||
+           std::strchr("_./+=:,@%-", c) != nullptr;
+  };
+  if (!word.empty() && std::all_of(word.begin(), word.end(), is_plain)) return word;
+  std::string quoted = "'";
+  for (const char c : word) quoted += c == '\'' ? "'\\''" : std::string(1, c);
+  return quoted + "'";
 }
 
 std::vector<Request> RequestsOf(const std::vector<const Side*>& sides, const Atm& atm) {
@@ -137,12 +158,16 @@ std::vector<Request> RequestsOf(const std::vector<const Side*>& sides, const Atm
     for (const auto& [place, fields] : side->entries) {
       requests.AddEntry(place.first, place.second, fields.size());
     }
-    for (const char* naming : kRowNamings) {
-      const std::string request = naming;
-      const auto* const table = FindQuestion(request.substr(0, request.find(' ')))->table;
+  }
+  for (const char* naming : kRowNamings) {
+    const std::string request = naming;
+    const auto* const table = FindQuestion(request.substr(0, request.find(' ')))->table;
+    std::vector<const Rows*> all;
+    for (const Side* side : sides) {
       const auto rows = side->tables.find(table);
-      if (rows != side->tables.end()) requests.AddRows(naming, rows->second);
+      if (rows != side->tables.end()) all.push_back(&rows->second);
     }
+    requests.AddRows(request, all);
   }
   return requests.Take();
 }

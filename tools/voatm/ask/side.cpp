@@ -20,6 +20,24 @@ namespace fs = std::filesystem;
 
 constexpr const char* kLive = "live";
 
+// The first entry of a key counts, be it unreadable; of files that are only counted each group.
+void AddEntries(const std::string& path, const std::vector<ConfigurationEntry>& all,
+                const FileKind* kind, Entries* entries) {
+  const bool counts_groups = kind != nullptr && kind->scope == Scope::kGroupsOnly;
+  std::map<std::string, int> groups;
+  for (const ConfigurationEntry& entry : all) {
+    if (entry.is_header && entry.fault == nullptr) ++groups[entry.group];
+    if (entry.hidden || entry.key.empty()) continue;
+    std::vector<std::string> fields;
+    for (std::size_t i = 1; i < entry.fields.size(); ++i) fields.push_back(entry.fields[i].text);
+    if (entry.fault != nullptr) fields = kUnreadable;
+    entries->try_emplace({path, entry.key}, std::move(fields));
+  }
+  for (const auto& [group, count] : groups) {
+    if (counts_groups) (*entries)[{path, "[" + group + "]"}] = {std::to_string(count)};
+  }
+}
+
 Entries EntriesOf(const std::string& home) {
   Entries entries;
   for (const TreeFile& file : WalkTree(home)) {
@@ -27,14 +45,14 @@ Entries EntriesOf(const std::string& home) {
     const fs::path place = fs::path(home) / path;
     if (!file.error.empty()) throw std::runtime_error(file.error + ": " + place.string());
     const FileKind* const kind = FileKindOf(file.directory, file.name);
-    if (file.is_directory && (kind == nullptr || !kind->layered)) continue;
-    if (!fs::is_regular_file(place)) throw std::runtime_error("it is no file: " + place.string());
-    for (const ConfigurationEntry& entry : ReadEntriesOf(place.string())) {
-      if (!entry.readable() || entry.key.empty()) continue;
-      std::vector<std::string> fields;
-      for (std::size_t i = 1; i < entry.fields.size(); ++i) fields.push_back(entry.fields[i].text);
-      entries.try_emplace({path, entry.key}, std::move(fields));
+    std::error_code unknown;
+    const bool is_file = fs::is_regular_file(place, unknown);
+    if (!is_file && (kind == nullptr || (file.is_directory && !kind->layered))) continue;
+    if (!is_file) throw std::runtime_error("it is no file: " + place.string());
+    if (kind != nullptr && place.string().size() > kind->LongestPath()) {
+      throw std::runtime_error("the library opens no path that is so long: " + place.string());
     }
+    AddEntries(path, ReadEntriesOf(place.string()), kind, &entries);
   }
   return entries;
 }
@@ -65,16 +83,21 @@ void ReadSeeds(const std::string& from, Side* side) {
   }
 }
 
-// A dump does not say of which table it is: the one whose rows it can hold.
+// A dump does not say of which table it is: the one whose seed file has its name, or else the first
+// whose rows it can hold.
 void ReadDump(const std::string& file, Side* side) {
+  std::vector<const records::RecordTable*> tables;
+  for (const records::RecordTable& table : records::kRecordTables) tables.push_back(&table);
+  std::stable_partition(tables.begin(), tables.end(), [&](const records::RecordTable* table) {
+    return fs::path(file).filename() == table->seed_file;
+  });
   std::string refusal;
-  for (const records::RecordTable& table : records::kRecordTables) {
+  for (const records::RecordTable* table : tables) {
     try {
-      side->tables.emplace(&table, ReadRows(table, file).value());
+      side->tables.emplace(table, ReadRows(*table, file).value());
       return;
     } catch (const devhost::SeedError& error) {
-      const bool named = fs::path(file).filename() == table.seed_file;
-      if (refusal.empty() || named) refusal = error.what();
+      if (refusal.empty()) refusal = error.what();
     }
   }
   throw std::runtime_error(refusal);

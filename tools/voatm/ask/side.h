@@ -20,6 +20,9 @@ Rows RowsFrom(const std::string& from, const std::string& home, const records::R
 // fields behind the key.
 using Entries = std::map<std::pair<std::string, std::string>, std::vector<std::string>>;
 
+// In place of the fields of an entry that is found and cannot be read.
+inline const std::vector<std::string> kUnreadable = {"(unreadable)"};
+
 struct Side {
   std::string home;                                    // empty: it has no configuration
   std::map<const records::RecordTable*, Rows> tables;  // those that it has

@@ -1,4 +1,5 @@
 // The requests that shared tables answer.
+#include <algorithm>
 #include <climits>
 #include <cstdio>
 #include <cstring>
@@ -16,7 +17,9 @@ using records::kRecordTables;
 Json RecordFacts(const records::RecordTable& table, const void* record) {
   Json facts = Json::object();
   for (const records::RecordField& field : table) {
-    if (field.kind == records::FieldKind::kBytes) continue;
+    const char* const bytes = static_cast<const char*>(record) + field.offset;
+    const bool is_zero = std::all_of(bytes, bytes + field.size, [](char c) { return c == 0; });
+    if (field.kind == records::FieldKind::kBytes && is_zero) continue;
     facts[field.name] = FieldText(field, static_cast<const char*>(record));
   }
   return facts;

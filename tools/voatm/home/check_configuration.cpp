@@ -61,7 +61,9 @@ class FileCheck {
                  " characters does not open");
       return;
     }
-    if (VoCfgUtil().cfg_open(path_.c_str()) < 0) {
+    std::error_code unknown;
+    const bool is_file = std::filesystem::is_regular_file(path_, unknown);
+    if (!is_file || VoCfgUtil().cfg_open(path_.c_str()) < 0) {
       Report(1, 1, Severity::kError, "unreadable-file", "does not open as a file");
       return;
     }

@@ -38,7 +38,7 @@ bool CheckKey(const std::vector<TableState>& all, const TableState& table, Findi
   }
   for (const TableState& other : all) {
     if (&other == &table || other.key != table.key) continue;
-    findings->push_back({std::string("VoChannelMgr gives ") + other.record->name + " the same key",
+    findings->push_back({std::string(other.record->name) + " has the same key",
                          table.DescribeSegment(), "",
                          "take the records of the one table for those of the other",
                          "give each table a key of its own there; restart owner and drivers"});

@@ -75,7 +75,9 @@ std::vector<Finding> JudgeRecords(const records::RecordTable& table, const char*
     if (id.empty()) faults.Add("its id is empty", "find it by no id", slot);
     // Rows that are found by more than their first text may share it.
     const bool is_alone = &table.key() != &table.id() || ids.insert(id).second;
-    if (!is_alone) faults.Add("a lower slot has its id", "find that one instead", slot);
+    const bool by_id = &table != &records::kRecordTables[records::kFit];
+    const char* const effect = by_id ? "find that one instead" : "know the two by one name";
+    if (!is_alone) faults.Add("a lower slot has its id", effect, slot);
     JudgeFields(table, record, slot, &faults);
   }
   return faults.Findings();

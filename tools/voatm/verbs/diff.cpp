@@ -124,17 +124,13 @@ Action DeclareDiff(OptionList* list) {
 
 const Verb kDiff = {
     "diff", "Say what changed between two homes, and which answers change with it",
-    "Compares the rows of the tables by id and field by field, and their order, the entries of the "
-    "configuration "
-    "by\n"
-    "file and key (order, layout and comments aside; the first entry of a key counts), and, for\n"
-    "each ATM that is named, what the library answers: every request that a file or row of either\n"
-    "side names is asked of both, and those that are answered differently are listed with the "
-    "file\n"
-    "or row of each. A dump or seed files have rows only. live is the tables in memory with the\n"
-    "configuration of --home.\n\n"
+    "Compares the rows of the tables by id and field by field, and their order; the entries of\n"
+    "the configuration by file and key (order, layout and comments aside; the first entry of a\n"
+    "key counts); and, for each ATM that is named, what the library answers: every request that a\n"
+    "file or row of either side names is asked of both, and those that are answered differently\n"
+    "are listed with the file or row of each. A dump or seed files have rows only. live is the\n"
+    "tables in memory with the configuration of --home.\n\n"
     "Exit status: 0 equal, 1 different, 2 a side cannot be read.\n\n"
-    "JSON: {rows: [{table, id, change, fields: [{field, before, after}]}], entries: [{file, key, "
-    "a, b}],\n"
-    "answers: [{atm, request, a: {found, where, answer}, b}]}.",
+    "JSON: {rows: [{table, id, change, fields: [{field, before, after}]}], entries: [{file, key,\n"
+    "a, b}], answers: [{atm, request, a: {found, where, answer}, b}]}.",
     "voatm diff examples/home /tmp/new --atm HARBOUR BRANCH ATM00001 COMMON", DeclareDiff};

@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "devhost/seed.h"
 #include "look/survey.h"
 #include "show/output.h"
 #include "show/record_view.h"
@@ -18,8 +17,7 @@ struct DumpOptions : DataOptions {
 
 ExitCode Dump(const DumpOptions& options) {
   const Records records(SurveyTable(options.home, *options.table));
-  std::vector<char> untouched;  // as the development host creates a slot: it needs no row
-  devhost::AddFreeSlots(*options.table, 1, &untouched);
+  const std::vector<char> untouched = options.table->FreeRecord();  // which needs no row
   JsonList list;
   int next = 0;  // the slot of a row that does not say its own
   records.ForEach(true, [&](int slot, const char* record) {

@@ -1,0 +1,53 @@
+// With what a request reaches a row that takes several codes or cards: with one that no other row
+// names more closely, where there is one.
+#ifndef TOOLS_VOATM_ASK_REACH_H
+#define TOOLS_VOATM_ASK_REACH_H
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "ask/experiment.h"
+
+inline const std::string kAny = "*";  // a row's text that takes every request's
+
+// The codes of a column of some rows.
+class Codes {
+ public:
+  // A number of so many digits; a row may give a class of them by its first digits, unless these
+  // are all.
+  Codes(const std::vector<const Rows*>& all, const char* field, std::size_t digits,
+        std::size_t class_digits);
+
+  // Of one of the codes, or of kAny. Nothing when no request can equal it.
+  const std::optional<std::string>& NumberFor(const std::string& code) const {
+    return numbers_.at(code);
+  }
+
+ private:
+  std::optional<std::string> Find(const std::string& code) const;
+  std::optional<std::string> Rarest(const std::string& start, bool may_have_class) const;
+
+  std::size_t digits_;
+  std::size_t class_digits_;
+  std::map<std::string, std::optional<std::string>> numbers_;
+};
+
+// The card prefixes of some rows.
+class Cards {
+ public:
+  explicit Cards(const std::vector<const Rows*>& all);
+
+  // A card that begins as a prefix does and as no longer one; without such a card one for each
+  // digit behind it. None when it is no prefix.
+  std::vector<std::string> For(const std::string& prefix) const;
+
+ private:
+  std::optional<std::string> Untaken(const std::string& start) const;
+
+  std::set<std::string> starts_;  // the digits that the prefixes give
+};
+
+#endif  // TOOLS_VOATM_ASK_REACH_H
