@@ -34,9 +34,11 @@ void AddDataOptions(OptionList* options, DataOptions* data) {
 }
 
 void AddTableArgument(OptionList* options, const records::RecordTable** table) {
-  std::vector<std::string> all;
-  for (const records::RecordTable& each : records::kRecordTables) all.emplace_back(each.short_name);
-  const std::string names = "{" + Joined(all, ",") + "}";
+  std::string names;
+  for (const records::RecordTable& each : records::kRecordTables) {
+    names += (names.empty() ? "{" : ",") + std::string(each.short_name);
+  }
+  names += "}";
   const auto take = [names, table](const std::vector<std::string>& values) {
     const char* const name = values.front().c_str();
     for (const records::RecordTable& each : records::kRecordTables) {

@@ -23,12 +23,7 @@ const std::string kNewCurrency = "2147483647";  // nor this number
 class AskedRows {
  public:
   AskedRows(const char* question, Rows* rows)
-      : question_(*FindQuestion(question)),
-        rows_(*rows),
-        faults_(*rows->table),
-        txns_({rows}, "TxnCode", 6, 2),
-        resps_({rows}, "RespCode", 3, 3),
-        cards_({rows}) {
+      : question_(*FindQuestion(question)), rows_(*rows), faults_(*rows->table), reach_({rows}) {
     util_.dptr = Observation::Trace();
     for (int slot = 0; slot < rows->count(); ++slot) PutMark(question_, 0, (*rows)[slot]);
   }
@@ -49,8 +44,8 @@ class AskedRows {
   void JudgeProperty(int slot) {
     Inputs request = RequestOf(slot);
     JudgeRest(slot, request);
-    const auto& txn = txns_.NumberFor(Text(slot, "TxnCode"));
-    const auto& resp = resps_.NumberFor(Text(slot, "RespCode"));
+    const auto& txn = reach_.txns.NumberFor(Text(slot, "TxnCode"));
+    const auto& resp = reach_.resps.NumberFor(Text(slot, "RespCode"));
     if (!txn.has_value()) AddNever("no request can equal its TxnCode", slot);
     if (!resp.has_value()) AddNever("no request can equal its RespCode", slot);
     if (!txn.has_value() || !resp.has_value()) return;
@@ -70,7 +65,7 @@ class AskedRows {
     const Inputs request = RequestOf(slot);
     JudgeReach(slot, request);
     const bool has_value = Text(slot, "TxnFlag") == "Y";
-    if (has_value && !txns_.NumberFor(Text(slot, "TxnCode")).has_value()) {
+    if (has_value && !reach_.txns.NumberFor(Text(slot, "TxnCode")).has_value()) {
       faults_.Add("no request can equal its TxnCode", "never get its TxnValue", slot);
     }
     const int first = FirstOf(AtmOf(request), slot);
@@ -112,7 +107,7 @@ class AskedRows {
     request["match1"] = Text(slot, "MatchKey1");
     request["match2"] = Text(slot, "MatchKey2");
     std::vector<Inputs> requests;
-    for (const std::string& card : cards_.For(Text(slot, "CardPrefix"))) {
+    for (const std::string& card : reach_.cards.For(Text(slot, "CardPrefix"))) {
       request["card"] = card;
       requests.push_back(request);
     }
@@ -145,7 +140,7 @@ class AskedRows {
     Inputs request = RequestOf(slot);
     for (const char* const name : {"inst", "group", "atm"}) request[name] = atm[name];
     if (Text(slot, "ActionFlag") == "Y") requests.push_back(request);
-    const auto& txn = txns_.NumberFor(Text(slot, "TxnCode"));
+    const auto& txn = reach_.txns.NumberFor(Text(slot, "TxnCode"));
     request["search"] = "value";
     request["txn"] = txn.value_or("");
     if (Text(slot, "TxnFlag") == "Y" && txn.has_value()) requests.push_back(request);
@@ -197,8 +192,8 @@ class AskedRows {
   // Whether the row's ATM, and then one of its group without rows of its own, is answered whatever
   // it asks, as it would be without those rows.
   void JudgeRest(int slot, Inputs request) {
-    request["txn"] = txns_.NumberFor(kAny).value_or("0");
-    request["resp"] = resps_.NumberFor(kAny).value_or("0");
+    request["txn"] = reach_.txns.NumberFor(kAny).value_or("0");
+    request["resp"] = reach_.resps.NumberFor(kAny).value_or("0");
     request["currency"] = kNewCurrency;
     const struct {
       const char *name, *what, *effect;
@@ -234,9 +229,7 @@ class AskedRows {
   const Question& question_;
   Rows& rows_;
   RowFaults faults_;
-  Codes txns_;
-  Codes resps_;
-  Cards cards_;
+  const Reach reach_;
   VoATMUtil util_;
   std::set<std::string> rests_;
   std::map<std::string, int> firsts_;  // the first row of each request or ATM

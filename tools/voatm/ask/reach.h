@@ -50,4 +50,14 @@ class Cards {
   std::set<std::string> starts_;  // the digits that the prefixes give
 };
 
+// What reaches the rows of a table, of one side or of several.
+struct Reach {
+  explicit Reach(const std::vector<const Rows*>& all)
+      : txns(all, "TxnCode", 6, 2), resps(all, "RespCode", 3, 3), cards(all) {}
+
+  const Codes txns;
+  const Codes resps;
+  const Cards cards;
+};
+
 #endif  // TOOLS_VOATM_ASK_REACH_H

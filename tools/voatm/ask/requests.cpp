@@ -74,27 +74,13 @@ class Collector {
 
   // `all` are the rows of a table, of each side.
   void AddRows(const std::string& naming, const std::vector<const Rows*>& all) {
-    const Codes txns(all, "TxnCode", 6, 2), resps(all, "RespCode", 3, 3);
-    const Cards cards(all);
+    const Reach reach(all);
     for (const Rows* rows : all) {
       const std::vector<char> untouched = rows->table->FreeRecord();
       for (int slot = 0; slot < rows->count(); ++slot) {
         const char* const record = (*rows)[slot];
-        if (std::equal(untouched.begin(), untouched.end(), record)) continue;
-        const auto* const prefix = rows->table->Find("CardPrefix");
-        for (const std::string& card :
-             prefix == nullptr ? Words{""} : cards.For(FieldText(*prefix, record))) {
-          Add(naming, [&](const std::string& word) {
-            const records::RecordField* const field = rows->table->Find(word);
-            if (field == nullptr) return word;
-            if (field == prefix) return card;
-            const std::string text = FieldText(*field, record);
-            if (word == "StatusCode") return text + "|";
-            if (word == "TxnCode") return txns.NumberFor(text).value_or("0");
-            if (word == "RespCode") return resps.NumberFor(text).value_or("0");
-            return ReadNumber(text) ? text : "0";
-          });
-        }
+        const bool holds_something = !std::equal(untouched.begin(), untouched.end(), record);
+        if (holds_something) AddRow(naming, *rows->table, record, reach);
       }
     }
   }
@@ -118,6 +104,25 @@ class Collector {
       names.push_back(file.substr(at + 1));
     }
     return names;
+  }
+
+  void AddRow(const std::string& naming, const records::RecordTable& table, const char* record,
+              const Reach& reach) {
+    const records::RecordField* const prefix = table.Find("CardPrefix");
+    const Words no_card = {""};
+    for (const std::string& card :
+         prefix == nullptr ? no_card : reach.cards.For(FieldText(*prefix, record))) {
+      Add(naming, [&](const std::string& word) {
+        const records::RecordField* const field = table.Find(word);
+        if (field == nullptr) return word;
+        if (field == prefix) return card;
+        const std::string text = FieldText(*field, record);
+        if (word == "StatusCode") return text + "|";
+        if (word == "TxnCode") return reach.txns.NumberFor(text).value_or("0");
+        if (word == "RespCode") return reach.resps.NumberFor(text).value_or("0");
+        return ReadNumber(text) ? text : "0";
+      });
+    }
   }
 
   // `fill` gives what a word stands for that is not the ATM's.

@@ -86,18 +86,16 @@ void ReadSeeds(const std::string& from, Side* side) {
 // A dump does not say of which table it is: the one whose seed file has its name, or else the first
 // whose rows it can hold.
 void ReadDump(const std::string& file, Side* side) {
-  std::vector<const records::RecordTable*> tables;
-  for (const records::RecordTable& table : records::kRecordTables) tables.push_back(&table);
-  std::stable_partition(tables.begin(), tables.end(), [&](const records::RecordTable* table) {
-    return fs::path(file).filename() == table->seed_file;
-  });
   std::string refusal;
-  for (const records::RecordTable* table : tables) {
-    try {
-      side->tables.emplace(table, ReadRows(*table, file).value());
-      return;
-    } catch (const devhost::SeedError& error) {
-      if (refusal.empty()) refusal = error.what();
+  for (const bool by_name : {true, false}) {
+    for (const records::RecordTable& table : records::kRecordTables) {
+      if ((fs::path(file).filename() == table.seed_file) != by_name) continue;
+      try {
+        side->tables.emplace(&table, ReadRows(table, file).value());
+        return;
+      } catch (const devhost::SeedError& error) {
+        if (refusal.empty()) refusal = error.what();
+      }
     }
   }
   throw std::runtime_error(refusal);

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <stdexcept>
-#include <utility>
 
 #include "devhost/ipc_object.h"
 #include "devhost/settings.h"
@@ -173,7 +172,7 @@ Json TableJson(const TableState& table) {
   return json;
 }
 
-Records::Records(TableState table) : state_(std::move(table)) {
+Records::Records(const TableState& table) : state_(table) {
   if (!state_.segment.there()) throw NoSegment(state_);
   const void* address = shmat(state_.segment.id, nullptr, SHM_RDONLY);
   if (reinterpret_cast<std::intptr_t>(address) == -1) {

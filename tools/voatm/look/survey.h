@@ -77,7 +77,7 @@ TableState SurveyTable(const std::string& home, const records::RecordTable& reco
 class Records {
  public:
   // Throws std::runtime_error when the segment is missing or cannot be attached.
-  explicit Records(TableState table);
+  explicit Records(const TableState& table);
   ~Records();
   Records(const Records&) = delete;
   Records& operator=(const Records&) = delete;

@@ -121,7 +121,8 @@ std::string FieldText(const RecordField& field, const char* record) {
 std::string MarkedText(const RecordField& field, const char* record, const std::string& quote) {
   const bool marked = IsUnterminated(field, record);
   const std::string text = FieldText(field, record);
-  return quote + (quote.empty() ? text : Unambiguous(text)) + quote + (marked ? " (unterminated)" : "");
+  return quote + (quote.empty() ? text : Unambiguous(text)) + quote +
+         (marked ? " (unterminated)" : "");
 }
 
 std::string IdText(const RecordTable& table, const char* record) {
