@@ -115,10 +115,15 @@ bool Misses(VoCfgUtil& reader, const char* key, int field) {
   return result < 0;
 }
 
+[[noreturn]] void CannotCheck(const char* what) {
+  std::perror(what);
+  std::exit(2);
+}
+
 int OpenDescriptors() {
   int count = 0;
   DIR* folder = opendir("/proc/self/fd");
-  if (folder == nullptr) std::exit(2);
+  if (folder == nullptr) CannotCheck("/proc/self/fd");
   while (readdir(folder) != nullptr) ++count;
   closedir(folder);
   return count;
@@ -382,7 +387,7 @@ std::string Ended(const Promise& promise, const Files& files) {
     _exit(holds ? 0 : 1);
   }
   int status = 0;
-  if (waitpid(pid, &status, 0) != pid) std::exit(2);
+  if (waitpid(pid, &status, 0) != pid) CannotCheck("waitpid");
   if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return "";
   if (!WIFSIGNALED(status)) return "does not hold";
   if (WTERMSIG(status) == SIGALRM) return "does not come back";

@@ -110,6 +110,8 @@ TEST_F(LookTest, AHolderThatIsStoppedIsSaidAndOneThatIsNoUserNeedsForce) {
   shmdt(records_);
   const auto stranger = Holder();
   EXPECT_EQ(VoatmJson("locks")["locks"][0]["state"], "stranger");
+  kill(stranger->id(), SIGSTOP);
+  EXPECT_EQ(VoatmJson("locks")["locks"][0]["state"], "stranger") << "nobody is to be woken";
   EXPECT_EQ(Voatm("status >/dev/null").code, 1);
   EXPECT_EQ(Voatm("locks release fit 2").code, 1);
   EXPECT_EQ(Voatm("locks release fit 2 --force=false").code, 2) << "a flag takes no value";

@@ -70,10 +70,10 @@ VoAtmActionProperty Action(const char* atm, const char* status, const char* txn 
 }
 
 TEST_F(StatusTest, SaysInOneLineThatAllIsWell) {
-  Put(3,
-      std::vector{Property("I", "G", "A", "010000", "000", 978),
-                  Property("I", "G", "A", "*", "*", 0), Property("I", "G", "*", "01", "*", 0),
-                  Property("I", "G", "*", "*", "*", 0), Property("*", "*", "*", "*", "*", 0, 'N')});
+  Put(3, std::vector{Property("I", "G", "A", "010000", "000", 978),
+                     Property("I", "G", "A", "*", "*", 0), Property("I", "G", "*", "01", "*", 0),
+                     Property("I", "G", "*", "*", "*", 0), Property("I", "*", "*", "*", "*", 0),
+                     Property("*", "*", "*", "*", "*", 0, 'N')});
   Put(4, std::vector{Action("A", "X", "010000"), Action("A", "X", "01"), Action("*", "X")});
   Put(1, std::vector{AtmFit{"ONE", "K", "", "", "4567FFFFFF", {}, 'C'},
                      AtmFit{"ALL", "K", "", "", "FFFFFFFFFF", {}, 'D'}});
@@ -120,7 +120,7 @@ ATMPROPERTYMEMORY slot 1, 6: no request is answered with it
 ATMPROPERTYMEMORY slot 2: no request can equal its TxnCode
 ATMPROPERTYMEMORY slot 3: no request can equal its RespCode
 ATMACTIONPROPERTYMEMORY slot 1, 3, 5, 7: requests of an ATM above are answered with it
-ATMACTIONPROPERTYMEMORY slot 2: no request with its status alone is answered with it
+ATMACTIONPROPERTYMEMORY slot 2: no request of its ATM with its status alone is answered with it
 ATMACTIONPROPERTYMEMORY slot 3: no request can equal its TxnCode
 ATMACTIONPROPERTYMEMORY slot 6: a free slot answers
 ATMSTATUSMEMORY: all its bytes are 0
@@ -128,11 +128,14 @@ ATMSTATUSMEMORY: all its bytes are 0
 }
 
 TEST_F(StatusTest, AnAtmWithRowsOfItsOwnNeedsOneForTheRest) {
-  Put(3,
-      std::vector{Property("I", "G", "A", "010000", "*", 0), Property("I", "G", "*", "*", "*", 0)});
+  Put(3, std::vector{Property("I", "G", "A", "010000", "*", 0),
+                     Property("I", "G", "*", "*", "*", 0), Property("*", "*", "*", "*", "*", 0)});
   Put(1, std::vector{AtmFit{"ALL", "K", "", "", "FFFFFFFFFF", {}, 'D'},
                      AtmFit{"NOTDEFINED", "K", "", "", "FFFFFFFFFF", {}, 'D'}});
-  EXPECT_EQ(Found(), "ATMPROPERTYMEMORY slot 0: its ATM has no row for all, but its group has\n");
+  EXPECT_EQ(
+      Found(),
+      "ATMPROPERTYMEMORY slot 0: its ATM has no row for all, but its group has\n"
+      "ATMPROPERTYMEMORY slot 0: its institution has no row for all, but there is one for any\n");
 }
 
 TEST_F(StatusTest, KnowsWhoIsAttachedAndWhoToWhatWasRemoved) {

@@ -16,7 +16,7 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// The parts of a text between a character, and the text of such parts.
+// The parts of a text between separators, none behind a last one; and such parts as one text.
 std::vector<std::string> Split(const std::string& text, char separator);
 std::string Joined(const std::vector<std::string>& parts, const std::string& separator);
 

@@ -99,8 +99,6 @@ std::vector<SweepRun> Sweep(const CashRequest& request, const LogicOf& logic_of,
 std::vector<EmptyCase> SweepEmpty(const CashRequest& request, const LogicOf& logic_of,
                                   const AmountRange& range) {
   const std::vector<int> amounts = range.Amounts();
-  std::vector<std::optional<std::string>> logics;  // looked up once, as files may hold them
-  std::transform(amounts.begin(), amounts.end(), std::back_inserter(logics), logic_of);
   std::string usable;
   for (const DenomInfo& cassette : request.cassettes) {
     if (request.CanUse(cassette)) usable += cassette.Id;
@@ -111,6 +109,8 @@ std::vector<EmptyCase> SweepEmpty(const CashRequest& request, const LogicOf& log
                      Counted(amounts.size(), "amount") + " are more than " +
                      std::to_string(kMostAmounts));
   }
+  std::vector<std::optional<std::string>> logics;  // looked up once, as files may hold them
+  std::transform(amounts.begin(), amounts.end(), std::back_inserter(logics), logic_of);
   std::vector<EmptyCase> cases;
   for (const std::string& empty : combinations) {
     const CashRequest left = Without(empty, request);

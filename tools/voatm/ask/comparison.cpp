@@ -16,12 +16,11 @@ using RowKey = std::pair<std::string, int>;
 // The slots of the rows, and the free ones that still hold something: the library may answer with
 // it.
 std::map<RowKey, int> SlotsOf(const Rows& rows) {
-  const std::vector<char> untouched = rows.table->FreeRecord();
   std::map<std::string, int> seen;
   std::map<RowKey, int> slots;
   for (int slot = 0; slot < rows.count(); ++slot) {
     const char* const record = rows[slot];
-    if (std::equal(untouched.begin(), untouched.end(), record)) continue;
+    if (IsUntouched(*rows.table, record)) continue;
     const std::string id = IdText(*rows.table, record);
     slots[{id, seen[id]++}] = slot;
   }

@@ -46,8 +46,11 @@ class AskedRows {
     JudgeRest(slot, request);
     const auto& txn = reach_.txns.NumberFor(Text(slot, "TxnCode"));
     const auto& resp = reach_.resps.NumberFor(Text(slot, "RespCode"));
-    if (!txn.has_value()) AddNever("no request can equal its TxnCode", slot);
-    if (!resp.has_value()) AddNever("no request can equal its RespCode", slot);
+    for (const auto& [field, number] : {std::pair("TxnCode", txn), std::pair("RespCode", resp)}) {
+      // Whether a row for any code is reached cannot be told when others take them all.
+      if (number.has_value() || Text(slot, field) == kAny) continue;
+      AddNever(std::string("no request can equal its ") + field, slot);
+    }
     if (!txn.has_value() || !resp.has_value()) return;
     const std::string currency = Text(slot, "CurrencyCode");
     request["txn"] = *txn;
@@ -74,7 +77,8 @@ class AskedRows {
       return Answers(first, slot, each);
     });
     if (!answers && (has_value || Text(slot, "ActionFlag") == "Y")) {
-      AddNever("no request with its status alone is answered with it", slot);
+      faults_.Add("no request of its ATM with its status alone is answered with it",
+                  "of its ATM never get it", slot);
     }
   }
 
@@ -100,14 +104,15 @@ class AskedRows {
     return FieldText(*rows_.table->Find(field), rows_[slot]);
   }
 
-  void AddNever(const char* what, int slot) { faults_.Add(what, "never get it", slot); }
+  void AddNever(const std::string& what, int slot) { faults_.Add(what, "never get it", slot); }
 
   std::vector<Inputs> RequestsOfFit(int slot) {
     Inputs request;
     request["match1"] = Text(slot, "MatchKey1");
     request["match2"] = Text(slot, "MatchKey2");
     std::vector<Inputs> requests;
-    for (const std::string& card : reach_.cards.For(Text(slot, "CardPrefix"))) {
+    for (const std::string& card :
+         reach_.cards.For(Text(slot, "CardPrefix"), Text(slot, "MatchKey1"))) {
       request["card"] = card;
       requests.push_back(request);
     }
@@ -125,8 +130,8 @@ class AskedRows {
     std::vector<Inputs> requests;
     if (rows_.table->Find("CardPrefix") != nullptr) {
       requests = RequestsOfFit(slot);
-    } else if (last_.has_value()) {
-      requests = ActionRequests(slot, *last_);
+    } else if (!atms_.empty()) {
+      requests = ActionRequests(slot, atms_.back());
     }
     const bool answers = std::any_of(requests.begin(), requests.end(), [&](const Inputs& request) {
       return AnswersAmong(0, rows_.count(), slot, request);
@@ -163,9 +168,14 @@ class AskedRows {
     return request;
   }
 
+  // Of a request that differs from others in its ATM only.
   bool IsAnswered(const Inputs& request) {
-    Point(0, rows_.count());
-    return question_.ask(util_, request).found;
+    const auto [rest, is_new] = rests_.emplace(AtmOf(request), false);
+    if (is_new) {
+      Point(0, rows_.count());
+      rest->second = question_.ask(util_, request).found;
+    }
+    return rest->second;
   }
 
   static std::string AtmOf(const Inputs& request) {
@@ -200,27 +210,31 @@ class AskedRows {
     } kLevels[] = {{"atm", "its ATM has no row for all, but its group has",
                     "find nothing for what the ATM's own rows do not name"},
                    {"group", "its group has no row for all, but its institution has",
-                    "find nothing for ATMs of the group that have no row"}};
+                    "find nothing for ATMs of the group that have no row"},
+                   {"inst", "its institution has no row for all, but there is one for any",
+                    "find nothing for ATMs of the institution that have no row"}};
     for (const auto& [name, what, effect] : kLevels) {
-      const bool is_new = request[name] != kNew && rests_.insert(AtmOf(request)).second;
+      const bool is_new = request[name] != kNew && judged_.insert(AtmOf(request)).second;
       const bool misses = is_new && !IsAnswered(request);
       request[name] = kNew;
       if (misses && IsAnswered(request)) faults_.Add(what, effect, slot);
     }
   }
 
-  // Whether the row answers for the ATM whose rows lie before those of its own. A row for all ATMs
-  // may do so within its group, one for all groups within its institution, and so on.
+  // Whether the row answers for the last ATM above that it is not for. A row for all ATMs is for
+  // those of its group, one for all groups for those of its institution, and so on.
   void JudgeReach(int slot, const Inputs& request) {
-    if (!last_.has_value() || AtmOf(*last_) != AtmOf(request))
-      above_ = std::exchange(last_, request);
-    if (!above_.has_value()) return;
-    const auto takes = [&](const char* name) {
-      return request.Is(name, kNew.c_str()) || request.Is(name, (*above_)[name].c_str());
-    };
-    if (takes("inst") && takes("group") && takes("atm")) return;
-    for (const Inputs& each : ActionRequests(slot, *above_)) {
-      if (!Answers(FirstOf(AtmOf(*above_), slot), slot, each)) continue;
+    const auto above = std::find_if(atms_.rbegin(), atms_.rend(), [&](const Inputs& atm) {
+      const auto takes = [&](const char* name) {
+        return request.Is(name, kNew.c_str()) || request.Is(name, atm[name]);
+      };
+      return !takes("inst") || !takes("group") || !takes("atm");
+    });
+    const auto atm = above == atms_.rend() ? std::nullopt : std::optional<Inputs>(*above);
+    if (FirstOf(AtmOf(request), slot) == slot) atms_.push_back(request);
+    if (!atm.has_value()) return;
+    for (const Inputs& each : ActionRequests(slot, *atm)) {
+      if (!Answers(FirstOf(AtmOf(*atm), slot), slot, each)) continue;
       faults_.Add("requests of an ATM above are answered with it", "take it for theirs", slot);
       return;
     }
@@ -231,10 +245,10 @@ class AskedRows {
   RowFaults faults_;
   const Reach reach_;
   VoATMUtil util_;
-  std::set<std::string> rests_;
+  std::set<std::string> judged_;       // whose rest was judged
+  std::map<std::string, bool> rests_;  // whether an ATM is answered whatever it asks
   std::map<std::string, int> firsts_;  // the first row of each request or ATM
-  std::optional<Inputs> last_;         // for the ATM of the row before
-  std::optional<Inputs> above_;        // for the ATM whose rows end before those of that one begin
+  std::vector<Inputs> atms_;           // a request of each ATM, in the order of their first rows
 };
 
 }  // namespace

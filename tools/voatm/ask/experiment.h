@@ -44,7 +44,7 @@ struct Rows {
 void PutMark(const Question& question, int digit, char* record);
 int MarkOf(const Question& question, const Answer& answer);
 
-// Asks a question of a table. A lookup is one call of the library on the rows, without copies.
+// Asks a question of a table. Ask is one call of the library on the rows, without copies.
 class RowsExperiment {
  public:
   // `rows` must outlive it; they are as before after each call.

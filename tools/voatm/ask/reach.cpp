@@ -39,37 +39,42 @@ Codes::Codes(const std::vector<const Rows*>& all, const char* field, std::size_t
 }
 
 std::optional<std::string> Codes::Find(const std::string& code) const {
-  if (code == kAny) {
-    if (auto number = Rarest("", false)) return number;
-    return Rarest("", true);
-  }
+  if (code == kAny) return Rarest("");
   if (!IsNumber(code)) return std::nullopt;
   if (code.size() == digits_) return code;
-  return code.size() == class_digits_ ? Rarest(code, true) : std::nullopt;
+  return code.size() == class_digits_ ? Rarest(code) : std::nullopt;
 }
 
-// The largest number that begins so and is no row's; unless it may, nor is of the class of one.
-std::optional<std::string> Codes::Rarest(const std::string& start, bool may_have_class) const {
+// The largest number that begins so and is no row's, nor of the class of one but this.
+std::optional<std::string> Codes::Rarest(const std::string& start) const {
   const std::size_t open = digits_ - start.size();
   for (int rest = std::stoi(std::string(open, '9')); rest >= 0; --rest) {
     const std::string digits = std::to_string(rest);
     std::string number = start;
     number.append(open - digits.size(), '0').append(digits);
-    const bool has_class = numbers_.count(number.substr(0, class_digits_)) > 0;
-    if (numbers_.count(number) == 0 && (may_have_class || !has_class)) return number;
+    const std::string its_class = number.substr(0, class_digits_);
+    if (numbers_.count(number) == 0 && (its_class == start || numbers_.count(its_class) == 0)) {
+      return number;
+    }
   }
   return std::nullopt;
 }
 
 Cards::Cards(const std::vector<const Rows*>& all) {
-  for (const std::string& prefix : TextsOf(all, "CardPrefix")) starts_.insert(StartOf(prefix));
+  for (const Rows* rows : all) {
+    const records::RecordField* const prefix = rows->table->Find("CardPrefix");
+    for (int slot = 0; prefix != nullptr && slot < rows->count(); ++slot) {
+      const std::string key = FieldText(*rows->table->Find("MatchKey1"), (*rows)[slot]);
+      starts_[key].insert(StartOf(FieldText(*prefix, (*rows)[slot])));
+    }
+  }
 }
 
-std::vector<std::string> Cards::For(const std::string& prefix) const {
+std::vector<std::string> Cards::For(const std::string& prefix, const std::string& key) const {
   const std::string start = StartOf(prefix);
   if (!IsNumber(start)) return {};
   std::vector<std::string> cards;
-  if (auto untaken = Untaken(start)) {
+  if (auto untaken = Untaken(start, key)) {
     cards.push_back(*std::move(untaken));
   } else {
     for (char next = '0'; next <= '9'; ++next) cards.push_back(start + next);
@@ -78,17 +83,35 @@ std::vector<std::string> Cards::For(const std::string& prefix) const {
   return cards;
 }
 
-std::optional<std::string> Cards::Untaken(const std::string& start) const {
+// Whether a prefix of the rows with the key, or with any, begins so.
+bool Cards::IsTaken(const std::string& start, const std::string& key) const {
+  for (const std::string& each : {key, kAny}) {
+    const auto starts = starts_.find(each);
+    if (starts == starts_.end()) continue;
+    const auto longer = starts->second.lower_bound(start);
+    const bool begins_so =
+        longer != starts->second.end() && longer->compare(0, start.size(), start) == 0;
+    if (begins_so) return true;
+  }
+  return false;
+}
+
+bool Cards::IsPrefix(const std::string& start, const std::string& key) const {
+  for (const std::string& each : {key, kAny}) {
+    const auto starts = starts_.find(each);
+    if (starts != starts_.end() && starts->second.count(start) > 0) return true;
+  }
+  return false;
+}
+
+std::optional<std::string> Cards::Untaken(const std::string& start, const std::string& key) const {
   if (start.size() >= kPrefixDigits) return start;
   for (char next = '0'; next <= '9'; ++next) {
-    const auto longer = starts_.lower_bound(start + next);
-    if (longer == starts_.end() || longer->compare(0, start.size() + 1, start + next) != 0) {
-      return start + next;
-    }
+    if (!IsTaken(start + next, key)) return start + next;
   }
   for (char next = '0'; next <= '9'; ++next) {
-    if (starts_.count(start + next) > 0) continue;
-    if (auto untaken = Untaken(start + next)) return untaken;
+    if (IsPrefix(start + next, key)) continue;
+    if (auto untaken = Untaken(start + next, key)) return untaken;
   }
   return std::nullopt;
 }

@@ -21,14 +21,15 @@ class Codes {
   Codes(const std::vector<const Rows*>& all, const char* field, std::size_t digits,
         std::size_t class_digits);
 
-  // Of one of the codes, or of kAny. Nothing when no request can equal it.
+  // Of one of the codes, or of kAny. Nothing when no request can equal it, or when the others take
+  // all numbers.
   const std::optional<std::string>& NumberFor(const std::string& code) const {
     return numbers_.at(code);
   }
 
  private:
   std::optional<std::string> Find(const std::string& code) const;
-  std::optional<std::string> Rarest(const std::string& start, bool may_have_class) const;
+  std::optional<std::string> Rarest(const std::string& start) const;
 
   std::size_t digits_;
   std::size_t class_digits_;
@@ -40,14 +41,16 @@ class Cards {
  public:
   explicit Cards(const std::vector<const Rows*>& all);
 
-  // A card that begins as a prefix does and as no longer one; without such a card one for each
-  // digit behind it. None when it is no prefix.
-  std::vector<std::string> For(const std::string& prefix) const;
+  // A card that begins as a prefix does and, of the rows with its first match key, as no longer
+  // one; without such a card one for each digit behind it. None when it is no prefix.
+  std::vector<std::string> For(const std::string& prefix, const std::string& key) const;
 
  private:
-  std::optional<std::string> Untaken(const std::string& start) const;
+  bool IsTaken(const std::string& start, const std::string& key) const;
+  bool IsPrefix(const std::string& start, const std::string& key) const;
+  std::optional<std::string> Untaken(const std::string& start, const std::string& key) const;
 
-  std::set<std::string> starts_;  // the digits that the prefixes give
+  std::map<std::string, std::set<std::string>> starts_;  // the prefixes' digits, by MatchKey1
 };
 
 // What reaches the rows of a table, of one side or of several.

@@ -43,9 +43,11 @@ const std::vector<EntryNaming>& EntryNamings() {
   return kNamings;
 }
 
-// The requests that a row names, with its fields by their names.
+// The requests that a row names, with its fields by their names; RARE is a code that no row names.
 constexpr const char* kRowNamings[] = {
     "property S1 S2 S3 TxnCode RespCode CurrencyCode",
+    "property S1 S2 S3 TxnCode RespCode RARE",
+    "property S1 S2 S3 TxnCode RARE RARE",
     "action action S1 S2 S3 StatusCode",
     "action value S1 S2 S3 StatusCode TxnCode",
     "indirect-state S1 S2 CardPrefix",
@@ -76,11 +78,9 @@ class Collector {
   void AddRows(const std::string& naming, const std::vector<const Rows*>& all) {
     const Reach reach(all);
     for (const Rows* rows : all) {
-      const std::vector<char> untouched = rows->table->FreeRecord();
       for (int slot = 0; slot < rows->count(); ++slot) {
         const char* const record = (*rows)[slot];
-        const bool holds_something = !std::equal(untouched.begin(), untouched.end(), record);
-        if (holds_something) AddRow(naming, *rows->table, record, reach);
+        if (!IsUntouched(*rows->table, record)) AddRow(naming, *rows->table, record, reach);
       }
     }
   }
@@ -109,11 +109,14 @@ class Collector {
   void AddRow(const std::string& naming, const records::RecordTable& table, const char* record,
               const Reach& reach) {
     const records::RecordField* const prefix = table.Find("CardPrefix");
+    const records::RecordField* const key = table.Find("MatchKey1");
     const Words no_card = {""};
     for (const std::string& card :
-         prefix == nullptr ? no_card : reach.cards.For(FieldText(*prefix, record))) {
+         prefix == nullptr ? no_card
+                           : reach.cards.For(FieldText(*prefix, record), FieldText(*key, record))) {
       Add(naming, [&](const std::string& word) {
         const records::RecordField* const field = table.Find(word);
+        if (word == "RARE") return reach.resps.NumberFor(kAny).value_or("0");
         if (field == nullptr) return word;
         if (field == prefix) return card;
         const std::string text = FieldText(*field, record);

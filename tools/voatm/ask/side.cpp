@@ -65,7 +65,7 @@ std::optional<Rows> ReadRows(const records::RecordTable& table, const std::strin
   return Rows{&table, image.records, ""};
 }
 
-// Nothing when there is no home, or it does not say.
+// Nothing when no home is given, or it does not say. Throws when what is given is none.
 std::optional<int> ConfiguredSlots(const std::string& home, const records::RecordTable& table) {
   if (home.empty()) return std::nullopt;
   RequireHome(home);

@@ -12,8 +12,8 @@
 
 // Copies the rows of a table: of the tables in memory at a home, when `from` is empty or "live";
 // else from a directory of seed files, or from one seed file or dump of the table, into as many
-// slots as the home configures, if it does. Throws std::runtime_error that names
-// what cannot be had.
+// slots as the home configures, if it does: more rows than that are refused. Throws
+// std::runtime_error that names what cannot be had.
 Rows RowsFrom(const std::string& from, const std::string& home, const records::RecordTable& table);
 
 // The entries of a configuration tree that can be found: by file below the home and key, the

@@ -73,9 +73,10 @@ std::size_t StartOfWord(std::string_view text, std::size_t end) {
 // Where what stands at `at` begins behind a priority, "<13>", and what opens a bracket or a
 // quotation.
 std::size_t BehindOpening(std::string_view prefix, std::size_t at) {
-  const std::size_t priority_end = prefix.find('>', at);
-  if (prefix[at] == '<' && priority_end + 1 < prefix.size()) at = priority_end + 1;
-  while (at + 1 < prefix.size() && std::strchr("[(\"", prefix[at]) != nullptr) ++at;
+  const std::size_t end = prefix.find_first_not_of("0123456789", at + 1);
+  const bool has_priority = prefix[at] == '<' && end < prefix.size() && prefix[end] == '>';
+  if (has_priority && end + 1 < prefix.size()) at = end + 1;
+  while (at + 1 < prefix.size() && std::strchr("[(<\"", prefix[at]) != nullptr) ++at;
   return at;
 }
 

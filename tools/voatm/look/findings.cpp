@@ -38,10 +38,10 @@ bool CheckKey(const std::vector<TableState>& all, const TableState& table, Findi
   }
   for (const TableState& other : all) {
     if (&other == &table || other.key != table.key) continue;
-    findings->push_back({std::string(other.record->name) + " has the same key",
-                         table.DescribeSegment(), "",
-                         "take the records of the one table for those of the other",
-                         "give each table a key of its own there; restart owner and drivers"});
+    findings->push_back(
+        {std::string(other.record->name) + " has the same key", table.DescribeSegment(), "",
+         "take the records of the one table for those of the other",
+         "give each table a key of its own in VoChannelMgr; restart owner and drivers"});
   }
   return true;
 }
@@ -102,7 +102,7 @@ std::string WhatHolds(const SlotLock& lock) {
     case ProcessState::kUnknown:
       return "it is held by a process that cannot be told from here";
     case ProcessState::kStranger:
-      return "it is held by the number of " + process + ", which does not use the table";
+      return process + " has its holder's number and does not use the table";
     case ProcessState::kStopped:
       return "it is held by " + process + ", which is stopped";
     default:

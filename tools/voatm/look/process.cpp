@@ -90,7 +90,8 @@ bool HasOwnProc() {
 
 Process LookAt(pid_t id, std::time_t last_change) {
   const ProcessState state = StateOf(id, last_change);
-  return {id, state, state == ProcessState::kUnknown ? "" : CommandOf(id)};
+  const bool is_there = state != ProcessState::kUnknown && state != ProcessState::kDead;
+  return {id, state, is_there ? CommandOf(id) : ""};
 }
 
 const char* NameOf(ProcessState state) {
@@ -100,7 +101,8 @@ const char* NameOf(ProcessState state) {
 
 std::string DescribeProcess(const Process& process) {
   const std::string text = "process " + std::to_string(process.id);
-  return IsGone(process.state) ? text : text + " (" + process.command + ")";
+  const bool is_named = !IsGone(process.state) && !process.command.empty();
+  return is_named ? text + " (" + process.command + ")" : text;
 }
 
 bool IsGone(ProcessState state) {

@@ -35,8 +35,9 @@ std::time_t LastChange(const TableState& table) {
 
 // As it was told by its number and the time. Who holds a slot has the table attached.
 ProcessState StateIn(const TableState& table, const SlotLock& lock) {
-  const bool holds = lock.value == kHeld && lock.last.state == ProcessState::kAlive;
-  return holds && !MayUse(table, lock.last.id) ? ProcessState::kStranger : lock.last.state;
+  const ProcessState told = lock.last.state;
+  const bool holds = lock.value == kHeld && told != ProcessState::kUnknown && !IsGone(told);
+  return holds && !MayUse(table, lock.last.id) ? ProcessState::kStranger : told;
 }
 
 }  // namespace

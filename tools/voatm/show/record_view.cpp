@@ -100,6 +100,11 @@ bool IsFree(const RecordTable& table, const char* record) {
   return TextOf(BytesOf(table.key(), record)) == records::kFreeSlot;
 }
 
+bool IsUntouched(const RecordTable& table, const char* record) {
+  const std::vector<char> untouched = table.FreeRecord();
+  return std::equal(untouched.begin(), untouched.end(), record);
+}
+
 bool IsUnterminated(const RecordField& field, const char* record) {
   return field.kind == FieldKind::kText && TextOf(BytesOf(field, record)).size() == field.size;
 }

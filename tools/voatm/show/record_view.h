@@ -11,6 +11,9 @@
 // Whether a slot holds no record.
 bool IsFree(const records::RecordTable& table, const char* record);
 
+// Whether a slot is as its owner creates it.
+bool IsUntouched(const records::RecordTable& table, const char* record);
+
 // Whether a text fills its field without a NUL.
 bool IsUnterminated(const records::RecordField& field, const char* record);
 

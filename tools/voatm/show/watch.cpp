@@ -5,6 +5,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 
@@ -51,6 +52,13 @@ class Screen {
   bool is_shown_ = HasControls();
 };
 
+// Returns false when the reader has gone away, which ends a watch as q does.
+bool TryToFlush() {
+  if (std::fflush(stdout) != 0 && errno == EPIPE) return false;
+  FlushOutput();
+  return true;
+}
+
 }  // namespace
 
 void Watch(int seconds, const std::function<void()>& show_frame) {
@@ -65,7 +73,7 @@ void Watch(int seconds, const std::function<void()>& show_frame) {
   do {
     screen.Clear();
     show_frame();
-    FlushOutput();
+    if (!TryToFlush()) break;
   } while (!screen.IsToEnd(seconds, signals));
   close(signals);
 }

@@ -128,8 +128,9 @@ const Verb kDiff = {
     "the configuration by file and key (order, layout and comments aside; the first entry of a\n"
     "key counts); and, for each ATM that is named, what the library answers: every request that a\n"
     "file or row of either side names is asked of both, and those that are answered differently\n"
-    "are listed with the file or row of each. A dump or seed files have rows only. live is the\n"
-    "tables in memory with the configuration of --home.\n\n"
+    "are listed with the file or row of each. A request that mixes the codes of two rows is not\n"
+    "asked. A dump or seed files have rows only. live is the tables in memory with the\n"
+    "configuration of --home.\n\n"
     "Exit status: 0 equal, 1 different, 2 a side cannot be read.\n\n"
     "JSON: {rows: [{table, id, change, fields: [{field, before, after}]}], entries: [{file, key,\n"
     "a, b}], answers: [{atm, request, a: {found, where, answer}, b}]}.",

@@ -17,11 +17,10 @@ struct DumpOptions : DataOptions {
 
 ExitCode Dump(const DumpOptions& options) {
   const Records records(SurveyTable(options.home, *options.table));
-  const std::vector<char> untouched = options.table->FreeRecord();  // which needs no row
   JsonList list;
   int next = 0;  // the slot of a row that does not say its own
   records.ForEach(true, [&](int slot, const char* record) {
-    if (std::equal(untouched.begin(), untouched.end(), record)) return;
+    if (IsUntouched(*options.table, record)) return;  // it needs no row
     Json row = Json::object();
     if (slot != next) row["Slot"] = slot;
     row.update(SeedRow(*options.table, record));

@@ -197,13 +197,13 @@ const Verb kPlan = {
     "is not paid, as the driver has nothing to ask with; without a logic at all every amount is\n"
     "planned. A cassette's status is Y for usable, N for not, @ for outside the logic.\n\n"
     "With --sweep and --empty each combination of cassettes that ran out is a row: how many of\n"
-    "the amounts are paid then, and which ones are lost. --html draws it, for any browser.\n\n"
+    "the amounts are paid then, and which ones are lost. --html draws it, for any browser. A\n"
+    "sweep looks at a million amounts at most, with --empty at those of all combinations.\n\n"
     "The file is JSON: {model, amount, currency, max_notes, logic, cassettes: [text]}.\n\n"
     "Exit status: 1 when an amount is not paid in full, with --empty by all cassettes together.\n\n"
     "JSON: {amount, configured: {logic, notes, source, fate} or null, outcome, code, meaning,\n"
     "logic, notes, nearby: [amount]}; with --sweep {amounts, unpaid, runs: [{from, to, amounts,\n"
-    "paid, configured or null, planned}]}; with --empty {amounts, combinations: [{empty, paid, "
-    "share,\n"
-    "lost: [amount]}]}.",
+    "paid, configured or null, planned}]}; with --empty {amounts, combinations: [{empty, paid,\n"
+    "share, lost: [amount]}]}.",
     "voatm plan --model NDC+ATM --amount 30 --currency 978 --max-notes 40 A:20:978:Y B:50:978:Y",
     DeclarePlan};

@@ -75,7 +75,7 @@ class HomeLook {
     findings_.insert(findings_.end(), findings.begin(), findings.end());
   }
 
-  // Does something; what it throws is a finding, which the others parts are of.
+  // Does something. What it throws is a finding, whose other parts are those of `failed`.
   void Try(const Finding& failed, const std::function<void()>& act) {
     try {
       act();

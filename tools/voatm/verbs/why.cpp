@@ -97,6 +97,7 @@ ExitCode ExplainWords(const WhyOptions& options) {
 void PrintExplained(std::string_view text, const TraceLine& line) {
   constexpr std::size_t kBelow = 4;
   const std::string below(kBelow, ' ');
+  if (!text.empty() && text.back() == '\r') text.remove_suffix(1);
   if (line.matches.empty()) return PrintLine(text);
   const TraceMatch& match = line.matches.front();
   const TraceAdvice& advice = *match.row->advice;
@@ -214,8 +215,10 @@ const Verb kWhy = {
     "all.\n\n"
     "Without TEXT it reads a log and sums it up: each text of the library with its count, first\n"
     "and last time, processes, up to four meanings, cause and next command, errors first. With\n"
-    "-x it prints every line with its meaning. A log may be of any size. Errors are what is wrong\n"
-    "in itself; what the request or the configuration may well mean is a notice.\n\n"
+    "-x it prints every line with its meaning. A log may be of any size, --follow goes on where\n"
+    "one was replaced or cut, and of a line longer than 64 KB only the end may be a text. Errors\n"
+    "are what is wrong in itself; what the request or the configuration may well mean is a\n"
+    "notice.\n\n"
     "Exit status: 0 explained, or a log without errors; 1 it is no text of the library, or the\n"
     "log has errors; 2 the log cannot be read.\n\n"
     "JSON: {texts: [{text, means, cause, next}], system_error: {number, name, means}};\n"
