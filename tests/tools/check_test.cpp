@@ -55,6 +55,7 @@ const struct {
     {kOpkey, "A_A 010000 0 EUR Y Y\n", "1:14 error currency-code"},
     {kOpkey, "A_A 010000 0 978 yes Y\n", "1:18 warning flag"},
     {kOpkey, "A_" + kLong.substr(0, 49) + " 010000 0 978 Y Y\n", "1:1 error key-too-long"},
+    {kOpkey, "A_" + kLong.substr(0, 48) + " 010000 0 978 Y\n", "1:66 error missing-field"},
     {kOpkey + ".old", "", "1:1 warning unopened-file"},
     {kOpkeys + "DEFAULT_opk.cfg", "", "1:1 warning unopened-file"},
     {"cfg/atm/opkey/A_opk.cfg", "", "1:1 warning unopened-file"},

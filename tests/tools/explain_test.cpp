@@ -150,6 +150,7 @@ TEST_F(ExplainTest, RowsStandBehindInTheOrderInWhichTheyWouldAnswer) {
       {"screen I G A C --locks", 2, {}},
       {"action value I G A 'X|' --from tables", 2, {}},
       {"status ELEVENCHARS --from tables", 2, {}},
+      {"status TENLETTERS --from tables", 1, {}},
       {too_many.c_str(), 2, {}},
       {"flags receipt", 2, {}},
       {"flags utc I", 2, {}},

@@ -128,6 +128,9 @@ TEST(Plan, TakesDecimalNumbersAndWhatGoesTogether) {
     EXPECT_EQ(answer.code, code) << file << answer.text;
     EXPECT_EQ(answer.text.find("plan.json") != std::string::npos, code == 2) << answer.text;
   }
+  home.Write("plan.json", "{\n ]");
+  EXPECT_NE(Voatm("plan --file " + home.path() + "/plan.json").text.find("plan.json:2:2"),
+            std::string::npos);
 }
 
 }  // namespace

@@ -138,6 +138,11 @@ TEST_F(StatusTest, AnAtmWithRowsOfItsOwnNeedsOneForTheRest) {
       "ATMPROPERTYMEMORY slot 0: its institution has no row for all, but there is one for any\n");
 }
 
+TEST_F(StatusTest, NamesTheFirstOfManyRows) {
+  Put(3, std::vector(8, Property("*", "*", "*", "*", "*", 0, '1')));
+  EXPECT_EQ(Found().substr(0, 52), "ATMPROPERTYMEMORY slot 0, 1, 2, 3, 4, 5 and 2 more: ");
+}
+
 TEST_F(StatusTest, KnowsWhoIsAttachedAndWhoToWhatWasRemoved) {
   void* const records = shmat(shmget(Key(1), 0, 0), nullptr, 0);
   const Json before = Ask()["tables"][1];

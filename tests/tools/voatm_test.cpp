@@ -79,10 +79,10 @@ TEST_F(VoatmTest, ATableThatIsCutShortIsNotShownAsWhole) {
                                  devhost::SeedPath(records::kRecordTables[5], home_.path())),
                devhost::SeedError);
   std::vector<int> codes;
-  for (const char* wanted : {"0", "--id A", "8", "9"}) {
+  for (const char* wanted : {"0", "--id A", "3", "4", "8", "9"}) {
     codes.push_back(Voatm(std::string("show status ") + wanted).code);
   }
-  EXPECT_EQ(codes, (std::vector<int>{0, 1, 2, 1}));
+  EXPECT_EQ(codes, (std::vector<int>{0, 1, 1, 2, 2, 1}));
 }
 
 TEST_F(VoatmTest, OptionsBeforeTheSecondWordCountAsBehindIt) {
@@ -95,6 +95,7 @@ TEST_F(VoatmTest, OptionsBeforeTheSecondWordCountAsBehindIt) {
     const Answer answer = Shell("VODIR_HOME=none " BUILD_DIRECTORY "/voatm " + line);
     const Json json = Json::parse(answer.text);
     EXPECT_EQ(json["lock"]["slot"], 2) << arguments;
+    EXPECT_EQ(json["lock"]["id"], "NOTDEFINED") << arguments;
     EXPECT_EQ(answer.code, json["released"] ? 0 : 1) << arguments;
   }
   EXPECT_EQ(Voatm("locks --watch release fit 2").code, 2);

@@ -69,7 +69,7 @@ const struct {
     {"<13>Nov  1 09:30:05 host driver[77]: ", "Nov 1 09:30:05", "77"},
     {"09:30:05 d: ", "09:30:05", ""},
     {"<Nov 21 09:30:05> d: ", "Nov 21 09:30:05", ""},
-    {"abc <09:30:05 x: ", "09:30:05", ""},
+    {"abc <09:30:05 x[7]: ", "09:30:05", "7"},
     {"[2026-11-21T09:30:05+01:00] INFO:", "2026-11-21T09:30:05+01:00", ""},
     {"<13>[2026-11-21 09:30:05,1] ", "2026-11-21 09:30:05,1", ""},
 };
@@ -103,6 +103,7 @@ const struct {
 } kMeanings[] = {
     {"Error in opening file[ " + std::string(40000, 'x') + " ]", std::string(40000, 'x') + " did not open."},
     {"a Test", ""},
+    {"word x Test", ""},
     {"a: Test\r", "The notes paid are those that were sent."},
     {"Denom Id[ C ] is Highest", ""},
     {"Count [x]", ""},
