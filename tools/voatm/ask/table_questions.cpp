@@ -95,7 +95,13 @@ struct Terminal {
   char message[201] = {};
 };
 
-// What the library does with a code, as what it changes, and whether the table has the code.
+// What a step makes of a text.
+std::string Became(const char* before, const char* after) {
+  const auto shown = [](const char* text) { return std::string(*text == '\0' ? "(empty)" : text); };
+  return strcmp(before, after) == 0 ? "as it was" : shown(before) + " -> " + shown(after);
+}
+
+// What the library does with a code, step by step, and whether the table has the code.
 Answer AskStatus(VoATMUtil& util, const Inputs& inputs) {
   const Terminal before(inputs);
   Terminal after = before;
@@ -103,11 +109,10 @@ Answer AskStatus(VoATMUtil& util, const Inputs& inputs) {
   Answer answer = {util.verifyAtmStatusMemory(after.code) == 1};
   for (std::size_t row = 0; row < kStatusRows; ++row) {
     if (memcmp(before.array[row], after.array[row], kStatusSize) == 0) continue;
-    answer.facts["row " + std::to_string(row)] = after.array[row];
+    answer.facts["row " + std::to_string(row)] = Became(before.array[row], after.array[row]);
   }
   if (answer.facts.empty()) answer.facts["rows"] = "as they were";
-  const bool changed = strcmp(before.message, after.message) != 0;
-  answer.facts["message"] = changed ? after.message : "as it was";
+  answer.facts["message"] = Became(before.message, after.message);
   return answer;
 }
 
