@@ -216,6 +216,9 @@ TEST_F(DiffTest, ADumpIsComparedWithSeedFilesByRowsAlone) {
             R"([{"table":"ATMSTATUSMEMORY","id":"A","change":"moved","fields":[{"field":"Slot",)"
             R"("before":0,"after":1}]}])");
   EXPECT_EQ(Voatm("diff tables tables --atm HARBOUR MALL").code, 2);
+  home_.Write("empty/atm_fit.json", "[]");
+  EXPECT_EQ(VoatmJson("diff tables " + home_.path() + "/empty/atm_fit.json")["rows"][0]["table"],
+            "ATMFITMEMORY");
 }
 
 }  // namespace

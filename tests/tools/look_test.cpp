@@ -83,6 +83,7 @@ TEST_F(LookTest, ALivingHolderIsRefusedAndADeadOneReleased) {
   const auto waiting = Holder();
   const Json findings = VoatmJson("tables")["tables"][1]["findings"];
   ASSERT_EQ(findings.size(), 1U);
+  EXPECT_EQ(findings[0]["since"].get<std::string>().find("not changed since 20"), 0U);
   EXPECT_NE(findings[0]["drivers"].get<std::string>().find("waiting now: 1"), std::string::npos);
   ExpectTranscript("$ locks | tail -n 1 | grep -o '[0-9]* dead.*'\n" + process +
                    " dead        1 \n=> 0\n$ tables >/dev/null\n=> 1\n$ locks >/dev/null\n=> 1\n" +
@@ -186,6 +187,7 @@ TEST_F(LookTest, ValuesThatWereSetNeedAProofOrAnAssumption) {
 
 TEST_F(LookTest, ASetThatWasNeverInitialisedIsAFindingAndIsInitialised) {
   EXPECT_EQ(Voatm("locks release fit --reset --json").code, 1) << "it was";
+  EXPECT_EQ(Voatm("locks release fit --reset --force").code, 1) << "there is nothing to give";
   LeaveSetAsCreated();
   EXPECT_EQ(Voatm("tables >/dev/null").code, 1);
   EXPECT_EQ(Voatm("locks >/dev/null").code, 1);

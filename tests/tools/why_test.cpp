@@ -104,6 +104,7 @@ const struct {
     {"Error in opening file[ " + std::string(40000, 'x') + " ]", std::string(40000, 'x') + " did not open."},
     {"a Test", ""},
     {"word x Test", ""},
+    {"sent none SysErr[ x ] ErrNo[ ab ]", ""},
     {"a: Test\r", "The notes paid are those that were sent."},
     {"Denom Id[ C ] is Highest", ""},
     {"Count [x]", ""},
@@ -162,8 +163,26 @@ ast":"","more_processes":false,"more_means":false,"number":43,"name":"x","means"
 ovedwhilesomebodywaited;theownerrestartedoripcrmwasrun""text":"LtsVerified","weight":"norm
 al","count":2,"first":"","last":"","more_processes":false,"more_means":false,=> 0
 $ why <)" +
-      home.path() + R"(/log >/dev/null 2>&1
-=> 1
+      home.path() + R"(/log 2>&1 | cut -c 1-60
+300 x Error in Locating Memory[ %s ]
+  time     2026-11-21 09:30:05.000100 to 2026-11-21 09:30:05
+  process  0, 1, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 2, 
+  means    VoChannelMgr does not know T0.
+  means    VoChannelMgr does not know T1.
+  means    VoChannelMgr does not know T2.
+  means    VoChannelMgr does not know T3.
+           and of other values
+  cause    Its owner has not created it yet, or this install
+  next     voatm tables
+1 x Error in Semop for AtmFit
+  means    A slot of the FIT table was not given back.
+  error    it was removed while somebody waited; the owner r
+  cause    The set was removed, has fewer semaphores than th
+  next     voatm tables; voatm locks
+2 x Lts Verified
+  means    It is no cash withdrawal, or a trace number is 0:
+voatm: lines: 305, of them no text of the library: 2, messag
+=> 0
 $ why -x <)" +
       home.path() + R"(/log | tail -n 5
     It is no cash withdrawal, or a trace number is 0: nothing is decided.
