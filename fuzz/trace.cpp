@@ -56,7 +56,7 @@ std::string LibraryLine(FuzzedDataProvider& input, const TraceText& row) {
   const std::string said = Said(row.text, [&](char conversion) -> std::string {
     if (conversion == 'c') return std::string(1, input.ConsumeIntegralInRange('!', '~'));
     if (conversion == 'd') return std::to_string(input.ConsumeIntegral<int>());
-    return input.PickValueInArray({"", "]", "a b", "4711", "/x/y.cfg"});
+    return input.PickValueInArray({"]", "a b", "4711", "/x/y.cfg"});
   });
   return prefix + "[1] 7 " + said + (input.ConsumeBool() ? " SysErr[ x ] ErrNo[ 43 ]" : "");
 }
