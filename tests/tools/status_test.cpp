@@ -138,6 +138,24 @@ TEST_F(StatusTest, AnAtmWithRowsOfItsOwnNeedsOneForTheRest) {
       "ATMPROPERTYMEMORY slot 0: its institution has no row for all, but there is one for any\n");
 }
 
+// Rows that are reached by other keys, ATMs and codes than their own.
+TEST_F(StatusTest, RowsThatSomebodyReachesAreNotDead) {
+  std::vector<AtmFit> ranges = {AtmFit{"ALL", "J", "", "", "FFFFFFFFFF", {}, 'C'}};
+  for (const char* prefix : {"0", "1", "2", "3", "4"}) {
+    ranges.push_back(AtmFit{"", "J", "", "", "", {}, 'D'});
+    strcpy(ranges.back().FitId, prefix);
+    memset(ranges.back().CardPrefix, 'F', 10);
+    ranges.back().CardPrefix[0] = *prefix;
+  }
+  Put(1, ranges);
+  VoAtmActionProperty wide = Action("*", "Q"), other = Action("B", "R");
+  strcpy(wide.AtmLogicalGroup, "*");
+  strcpy(other.AtmLogicalGroup, "H");
+  Put(4, std::vector{wide, other, wide});
+  EXPECT_EQ(Found(),
+            "ATMACTIONPROPERTYMEMORY slot 1: requests of an ATM above are answered with it\n");
+}
+
 TEST_F(StatusTest, NamesTheFirstOfManyRows) {
   Put(3, std::vector(8, Property("*", "*", "*", "*", "*", 0, '1')));
   EXPECT_EQ(Found().substr(0, 52), "ATMPROPERTYMEMORY slot 0, 1, 2, 3, 4, 5 and 2 more: ");

@@ -15,8 +15,7 @@
 
 namespace {
 
-const std::string kNew = "\x7f";                // a text that no row has
-const std::string kNewCurrency = "2147483647";  // nor this number
+const std::string kNew = "\x7f";  // a text that no row has
 
 // The rows of a table, each asked for what it was made for. The one that is asked about carries
 // another mark than all others, so the answer says whether it is that row's.
@@ -55,7 +54,8 @@ class AskedRows {
     const std::string currency = Text(slot, "CurrencyCode");
     request["txn"] = *txn;
     request["resp"] = *resp;
-    request["currency"] = currency == "0" ? kNewCurrency : currency;
+    request["currency"] =
+        currency == "0" ? reach_.currencies.NumberFor(kAny).value_or("0") : currency;
     // Only a row for the same request can come before it.
     const std::string same =
         AtmOf(request) + '\0' + *txn + '\0' + *resp + '\0' + request["currency"];
@@ -68,15 +68,21 @@ class AskedRows {
     const Inputs request = RequestOf(slot);
     JudgeReach(slot, request);
     const bool has_value = Text(slot, "TxnFlag") == "Y";
-    if (has_value && !reach_.txns.NumberFor(Text(slot, "TxnCode")).has_value()) {
+    const bool has_number = reach_.txns.NumberFor(Text(slot, "TxnCode")).has_value();
+    const bool may_be_asked = has_number || Text(slot, "TxnCode") == kAny;
+    if (has_value && !may_be_asked) {
       faults_.Add("no request can equal its TxnCode", "never get its TxnValue", slot);
     }
-    const int first = FirstOf(AtmOf(request), slot);
-    const std::vector<Inputs> requests = ActionRequests(slot, request);
+    // The last ATM above that the row is for; at the latest its own.
+    const Inputs& atm = *std::find_if(atms_.rbegin(), atms_.rend(),
+                                      [&](const Inputs& each) { return IsFor(request, each); });
+    const int first = FirstOf(AtmOf(atm), slot);
+    const std::vector<Inputs> requests = ActionRequests(slot, atm);
     const bool answers = std::any_of(requests.begin(), requests.end(), [&](const Inputs& each) {
       return Answers(first, slot, each);
     });
-    if (!answers && (has_value || Text(slot, "ActionFlag") == "Y")) {
+    const bool is_asked = !has_value || has_number || !may_be_asked;
+    if (!answers && is_asked && (has_value || Text(slot, "ActionFlag") == "Y")) {
       faults_.Add("no request of its ATM with its status alone is answered with it",
                   "of its ATM never get it", slot);
     }
@@ -95,6 +101,11 @@ class AskedRows {
   }
 
  private:
+  struct Above {
+    std::size_t seen = 0;  // how many of the ATMs were looked at
+    std::size_t last = 0;  // the number of the last that a row is not for, from 1; 0 without
+  };
+
   void Point(int first, int count) {
     rows_.table->point(util_, rows_[first]);
     util_.*rows_.table->slots = count;
@@ -108,13 +119,14 @@ class AskedRows {
 
   std::vector<Inputs> RequestsOfFit(int slot) {
     Inputs request;
-    request["match1"] = Text(slot, "MatchKey1");
     request["match2"] = Text(slot, "MatchKey2");
     std::vector<Inputs> requests;
-    for (const std::string& card :
-         reach_.cards.For(Text(slot, "CardPrefix"), Text(slot, "MatchKey1"))) {
-      request["card"] = card;
-      requests.push_back(request);
+    for (const std::string& key : {Text(slot, "MatchKey1"), kNew}) {  // one for all takes any key
+      request["match1"] = key;
+      for (const std::string& card : reach_.cards.For(Text(slot, "CardPrefix"), key)) {
+        request["card"] = card;
+        requests.push_back(request);
+      }
     }
     return requests;
   }
@@ -178,6 +190,14 @@ class AskedRows {
     return rest->second;
   }
 
+  // Whether a row that is made for this request is for an ATM.
+  static bool IsFor(const Inputs& request, const Inputs& atm) {
+    const auto takes = [&](const char* name) {
+      return request.Is(name, kNew.c_str()) || request.Is(name, atm[name]);
+    };
+    return takes("inst") && takes("group") && takes("atm");
+  }
+
   static std::string AtmOf(const Inputs& request) {
     return std::string(request["inst"]) + '\0' + request["group"] + '\0' + request["atm"];
   }
@@ -199,12 +219,12 @@ class AskedRows {
     return mark == 1;
   }
 
-  // Whether the row's ATM, and then one of its group without rows of its own, is answered whatever
-  // it asks, as it would be without those rows.
+  // Whether the row's ATM, then one of its group, then one of its institution, the latter without
+  // rows of their own, is answered whatever it asks, as it would be without those rows.
   void JudgeRest(int slot, Inputs request) {
     request["txn"] = reach_.txns.NumberFor(kAny).value_or("0");
     request["resp"] = reach_.resps.NumberFor(kAny).value_or("0");
-    request["currency"] = kNewCurrency;
+    request["currency"] = reach_.currencies.NumberFor(kAny).value_or("0");
     const struct {
       const char *name, *what, *effect;
     } kLevels[] = {{"atm", "its ATM has no row for all, but its group has",
@@ -224,13 +244,12 @@ class AskedRows {
   // Whether the row answers for the last ATM above that it is not for. A row for all ATMs is for
   // those of its group, one for all groups for those of its institution, and so on.
   void JudgeReach(int slot, const Inputs& request) {
-    const auto above = std::find_if(atms_.rbegin(), atms_.rend(), [&](const Inputs& atm) {
-      const auto takes = [&](const char* name) {
-        return request.Is(name, kNew.c_str()) || request.Is(name, atm[name]);
-      };
-      return !takes("inst") || !takes("group") || !takes("atm");
-    });
-    const auto atm = above == atms_.rend() ? std::nullopt : std::optional<Inputs>(*above);
+    Above& above = aboves_[AtmOf(request)];
+    std::size_t at = atms_.size();
+    while (at > above.seen && IsFor(request, atms_[at - 1])) --at;
+    if (at > above.seen) above.last = at;
+    above.seen = atms_.size();
+    const auto atm = above.last == 0 ? std::nullopt : std::optional<Inputs>(atms_[above.last - 1]);
     if (FirstOf(AtmOf(request), slot) == slot) atms_.push_back(request);
     if (!atm.has_value()) return;
     for (const Inputs& each : ActionRequests(slot, *atm)) {
@@ -245,10 +264,11 @@ class AskedRows {
   RowFaults faults_;
   const Reach reach_;
   VoATMUtil util_;
-  std::set<std::string> judged_;       // whose rest was judged
-  std::map<std::string, bool> rests_;  // whether an ATM is answered whatever it asks
-  std::map<std::string, int> firsts_;  // the first row of each request or ATM
-  std::vector<Inputs> atms_;           // a request of each ATM, in the order of their first rows
+  std::set<std::string> judged_;         // whose rest was judged
+  std::map<std::string, bool> rests_;    // whether an ATM is answered whatever it asks
+  std::map<std::string, int> firsts_;    // the first row of each request or ATM
+  std::map<std::string, Above> aboves_;  // by the ATM that a row is for
+  std::vector<Inputs> atms_;             // a request of each ATM, in the order of their first rows
 };
 
 }  // namespace

@@ -83,25 +83,17 @@ std::vector<std::string> Cards::For(const std::string& prefix, const std::string
   return cards;
 }
 
-// Whether a prefix of the rows with the key, or with any, begins so.
+// Whether a prefix of the rows with the key begins so.
 bool Cards::IsTaken(const std::string& start, const std::string& key) const {
-  for (const std::string& each : {key, kAny}) {
-    const auto starts = starts_.find(each);
-    if (starts == starts_.end()) continue;
-    const auto longer = starts->second.lower_bound(start);
-    const bool begins_so =
-        longer != starts->second.end() && longer->compare(0, start.size(), start) == 0;
-    if (begins_so) return true;
-  }
-  return false;
+  const auto starts = starts_.find(key);
+  if (starts == starts_.end()) return false;
+  const auto longer = starts->second.lower_bound(start);
+  return longer != starts->second.end() && longer->compare(0, start.size(), start) == 0;
 }
 
 bool Cards::IsPrefix(const std::string& start, const std::string& key) const {
-  for (const std::string& each : {key, kAny}) {
-    const auto starts = starts_.find(each);
-    if (starts != starts_.end() && starts->second.count(start) > 0) return true;
-  }
-  return false;
+  const auto starts = starts_.find(key);
+  return starts != starts_.end() && starts->second.count(start) > 0;
 }
 
 std::optional<std::string> Cards::Untaken(const std::string& start, const std::string& key) const {

@@ -56,10 +56,14 @@ class Cards {
 // What reaches the rows of a table, of one side or of several.
 struct Reach {
   explicit Reach(const std::vector<const Rows*>& all)
-      : txns(all, "TxnCode", 6, 2), resps(all, "RespCode", 3, 3), cards(all) {}
+      : txns(all, "TxnCode", 6, 2),
+        resps(all, "RespCode", 3, 3),
+        currencies(all, "CurrencyCode", 9, 9),
+        cards(all) {}
 
   const Codes txns;
   const Codes resps;
+  const Codes currencies;  // of nine digits none is a row's own
   const Cards cards;
 };
 

@@ -43,11 +43,12 @@ const std::vector<EntryNaming>& EntryNamings() {
   return kNamings;
 }
 
-// The requests that a row names, with its fields by their names; RARE is a code that no row names.
+// The requests that a row names, with its fields by their names; a rare code is one that no row
+// names.
 constexpr const char* kRowNamings[] = {
     "property S1 S2 S3 TxnCode RespCode CurrencyCode",
-    "property S1 S2 S3 TxnCode RespCode RARE",
-    "property S1 S2 S3 TxnCode RARE RARE",
+    "property S1 S2 S3 TxnCode RespCode RareCurrency",
+    "property S1 S2 S3 TxnCode RareResp RareCurrency",
     "action action S1 S2 S3 StatusCode",
     "action value S1 S2 S3 StatusCode TxnCode",
     "indirect-state S1 S2 CardPrefix",
@@ -109,14 +110,13 @@ class Collector {
   void AddRow(const std::string& naming, const records::RecordTable& table, const char* record,
               const Reach& reach) {
     const records::RecordField* const prefix = table.Find("CardPrefix");
-    const records::RecordField* const key = table.Find("MatchKey1");
     const Words no_card = {""};
     for (const std::string& card :
-         prefix == nullptr ? no_card
-                           : reach.cards.For(FieldText(*prefix, record), FieldText(*key, record))) {
+         prefix == nullptr ? no_card : reach.cards.For(FieldText(*prefix, record), atm_.s1)) {
       Add(naming, [&](const std::string& word) {
         const records::RecordField* const field = table.Find(word);
-        if (word == "RARE") return reach.resps.NumberFor(kAny).value_or("0");
+        if (word == "RareResp") return reach.resps.NumberFor(kAny).value_or("0");
+        if (word == "RareCurrency") return reach.currencies.NumberFor(kAny).value_or("0");
         if (field == nullptr) return word;
         if (field == prefix) return card;
         const std::string text = FieldText(*field, record);

@@ -85,7 +85,8 @@ std::size_t BehindOpening(std::string_view prefix, std::size_t at) {
 std::size_t StartOfTime(std::string_view prefix, std::size_t clock) {
   std::size_t start = StartOfWord(prefix, clock);
   const std::size_t day = start == 0 ? 0 : StartOfWord(prefix, start - 1);
-  if (day < start && IsDigit(prefix[BehindOpening(prefix, day)])) {
+  const bool has_date = BehindOpening(prefix, start) < clock;
+  if (!has_date && day < start && IsDigit(prefix[BehindOpening(prefix, day)])) {
     start = start - day > 3 || day == 0 ? day : StartOfWord(prefix, day - 1);
   }
   return std::min(BehindOpening(prefix, start), clock);

@@ -1,6 +1,7 @@
 #include "show/watch.h"
 
 #include <poll.h>
+#include <stdio_ext.h>
 #include <sys/signalfd.h>
 #include <termios.h>
 #include <unistd.h>
@@ -54,7 +55,11 @@ class Screen {
 
 // Returns false when the reader has gone away, which ends a watch as q does.
 bool TryToFlush() {
-  if (std::fflush(stdout) != 0 && errno == EPIPE) return false;
+  if (std::fflush(stdout) != 0 && errno == EPIPE) {
+    __fpurge(stdout);
+    std::clearerr(stdout);
+    return false;
+  }
   FlushOutput();
   return true;
 }
