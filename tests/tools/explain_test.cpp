@@ -231,6 +231,7 @@ TEST_F(ExplainTest, FilesStandBehindWhenTheyWouldAnswer) {
   const Answer elsewhere = Shell(
       "unset VODIR_HOME; " BUILD_DIRECTORY "/voatm explain flags receipt I --home " + home_.path());
   EXPECT_EQ(elsewhere.code, 0) << elsewhere.text;
+  EXPECT_EQ(Shell("unset VODIR_HOME; " BUILD_DIRECTORY "/voatm explain cardless K 2>&1").code, 2);
 }
 
 // A folder that may not be entered hides what a driver may see.

@@ -63,6 +63,10 @@ TEST(Terminal, GetsLinesOfItsWidthInColoursThatItHas) {
       {"stty cols 41; TERM=dumb", "why --file log", 41, false},
       {"stty cols 1; unset TERM; ", "why --file log", 20, false},
       {"stty cols 41; TERM=xterm",
+       "plan --model NDC+ATM --currency 978 --max-notes 9 A:20:978:Y --amount 30", 41, true},
+      {"stty cols 41; TERM=xterm",
+       "plan --model NDC+ATM --currency 978 --max-notes 9 A:20:978:Y --amount 20", 41, false},
+      {"stty cols 41; TERM=xterm",
        "plan --model NDC+ATM --currency 978 --max-notes 9 A:20:978:Y --sweep 20:40:20 --empty", 41,
        true},
   };
