@@ -154,6 +154,7 @@ TEST_F(ExplainTest, RowsStandBehindInTheOrderInWhichTheyWouldAnswer) {
       {"status CASH '' 'CASH|2|3|4|5|6|7|8|9|10|11|12|13|14|15' --from tables",
        0,
        {{"/answer/rows", "as they were"}, {"/answer/message", "as it was"}}},
+      {"status CASH '' ELEVENCHARS --from tables", 2, {}},
       {"status CASH '' '1|2|3|4|5|6|7|8|9|10|11|12|13|14|15|16' --from tables", 2, {}},
       {too_many.c_str(), 2, {}},
       {"flags receipt", 2, {}},

@@ -31,7 +31,9 @@ TEST(Plan, PaidMeansTheWholeAmountInASweepToo) {
     }
     const bool paid = outcome.payment == Payment::kPaid;
     EXPECT_EQ(paid, outcome.code == 0 && sum == amount && foreign == 0) << outcome.logic;
-    EXPECT_EQ(Sweep(request, logic_of, {amount - 1, amount, 1}).back().paid, paid);
+    const SweepRun last = Sweep(request, logic_of, {amount - 1, amount, 1}).back();
+    EXPECT_EQ(last.paid, paid);
+    EXPECT_EQ(last.to, amount);
   }
 }
 

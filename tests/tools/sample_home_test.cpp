@@ -64,6 +64,8 @@ TEST(Terminal, GetsLinesOfItsWidthInColoursThatItHas) {
       {"stty cols 1; unset TERM; ", "why --file log", 20, false},
       {"stty cols 41; TERM=xterm",
        "plan --model NDC+ATM --currency 978 --max-notes 9 A:20:978:Y --amount 30", 41, true},
+      {"stty cols 60; TERM=xterm",
+       "plan --model NDC+ATM --currency 978 --max-notes 9 A:20:978:Y --sweep 20:20", 60, false},
       {"stty cols 41; TERM=xterm",
        "plan --model NDC+ATM --currency 978 --max-notes 9 A:20:978:Y --amount 20", 41, false},
       {"stty cols 41; TERM=xterm",
