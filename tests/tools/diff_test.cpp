@@ -211,10 +211,11 @@ TEST_F(DiffTest, ADumpIsComparedWithSeedFilesByRowsAlone) {
   home_.Write("atms", "# nobody\n");
   home_.Write("one/atm_status.json", R"([{"StatusCode": "A"}, {"StatusCode": "B"}])");
   const std::string one = home_.path() + "/one";
+  home_.Write("bare/cfg/none", "");
   for (const std::string& arguments :
-       {std::string("tables tables --atms none"), "tables tables --atms " + home_.path(),
-        "tables tables --atms " + home_.path() + "/atms", std::string("tables cfg"),
-        one + " tables/atm_fit.json"}) {
+       {"tables/atm_fit.json " + home_.path() + "/bare", std::string("tables tables --atms none"),
+        "tables tables --atms " + home_.path(), "tables tables --atms " + home_.path() + "/atms",
+        std::string("tables cfg"), one + " tables/atm_fit.json"}) {
     EXPECT_EQ(Voatm("diff " + arguments).code, 2) << arguments;
   }
   home_.Write("two/atm_status.json", R"([{"StatusCode": "B"}, {"StatusCode": "A"}])");

@@ -16,6 +16,7 @@
 #include "tools/voatm/look/findings.h"
 #include "tools/voatm/look/process.h"
 #include "tools/voatm/look/release.h"
+#include "tools/voatm/look/users.h"
 #include "tools/voatm_output.h"
 #include "voatmutil.h"
 
@@ -119,6 +120,11 @@ TEST_F(LookTest, AHolderThatIsStoppedIsSaidAndOneThatIsNoUserNeedsForce) {
   EXPECT_EQ(Value(), 0);
   EXPECT_EQ(Voatm("locks release fit 2 --force").code, 0);
   EXPECT_EQ(Value(), 2);
+  const Child ended([] { return 0; });
+  siginfo_t info;
+  waitid(P_PID, static_cast<id_t>(ended.id()), &info, WEXITED | WNOWAIT);
+  EXPECT_TRUE(MayUse(LookAtTable(records::kRecordTables[1], 6, Key(1)), ended.id()))
+      << "nobody can look into it";
 }
 
 // The outer numbers, which such a /proc tells of, are other processes'.
@@ -149,6 +155,18 @@ TEST(Process, OneThatHasEndedIsToldByItsStateOrItsStart) {
   EXPECT_EQ(LookAt(child, time(nullptr)).state, ProcessState::kDead) << "it waits for its parent";
   waitpid(child, nullptr, 0);
   EXPECT_EQ(LookAt(child, time(nullptr)).state, ProcessState::kDead);
+}
+
+TEST_F(LookTest, ASlotComesToRestFromTheValueThatItHas) {
+  const TableState table = LookAtTable(records::kRecordTables[1], 6, Key(1));
+  for (const int value : {0, 1, 2, 7}) {
+    for (const int other : {0, 1, 2, 7}) {
+      Set(other);
+      EXPECT_EQ(BringToRest(table, 2, value), value == other);
+      EXPECT_EQ(Value(), value == other ? 2 : other) << value;
+    }
+  }
+  EXPECT_THROW(BringToRest(table, 6, 0), std::runtime_error);
 }
 
 // They are none that an operation of this system has left.

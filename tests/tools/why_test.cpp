@@ -140,6 +140,7 @@ TEST(Why, SaysWhatALineMeans) {
     const TraceLine& read = reader.Read(line);
     EXPECT_EQ(read.matches.empty() ? "" : read.matches.front().Means(), means);
   }
+  EXPECT_EQ(reader.Read("no name of it ] ErrNo[ 43 ]").error_number, "");
   EXPECT_EQ(MeaningOfError("43000000000000000000000"), nullptr);
 }
 

@@ -67,10 +67,10 @@ class AskedRows {
   void JudgeAction(int slot) {
     const Inputs request = RequestOf(slot);
     JudgeReach(slot, request);
+    const std::string code = Text(slot, "TxnCode");
     const bool has_value = Text(slot, "TxnFlag") == "Y";
-    const bool has_number = reach_.txns.NumberFor(Text(slot, "TxnCode")).has_value();
-    const bool may_be_asked = has_number || Text(slot, "TxnCode") == kAny;
-    if (has_value && !may_be_asked) {
+    if (has_value && !reach_.txns.NumberFor(code).has_value()) {
+      if (code == kAny) return;  // cannot be told, as with a property
       faults_.Add("no request can equal its TxnCode", "never get its TxnValue", slot);
     }
     // The last ATM above that the row is for; at the latest its own.
@@ -81,8 +81,7 @@ class AskedRows {
     const bool answers = std::any_of(requests.begin(), requests.end(), [&](const Inputs& each) {
       return Answers(first, slot, each);
     });
-    const bool is_asked = !has_value || has_number || !may_be_asked;
-    if (!answers && is_asked && (has_value || Text(slot, "ActionFlag") == "Y")) {
+    if (!answers && (has_value || Text(slot, "ActionFlag") == "Y")) {
       faults_.Add("no request of its ATM with its status alone is answered with it",
                   "of its ATM never get it", slot);
     }

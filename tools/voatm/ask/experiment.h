@@ -47,18 +47,20 @@ int MarkOf(const Question& question, const Answer& answer);
 // Asks a question of a table. Ask is one call of the library on the rows, without copies.
 class RowsExperiment {
  public:
-  // `rows` must outlive it; they are as before after each call.
+  // `rows` must outlive it; they are as before after each call but the last, Explain.
   RowsExperiment(const Question& question, const Inputs& inputs, Rows* rows);
 
   Answer Ask();
   Placed Place();
-  Json Explain();  // with locks: {slots: that a driver under locks visits, calls: of semop}
+  // With locks: {slots: that a driver under locks visits, calls: of semop}. Leaves the rows that
+  // answered hidden.
+  Json Explain();
 
  private:
   int FindSlot();  // of the row that answers, or -1
   void Mark();
   int FindMarked();
-  Answer AskAlone(int slot);
+  Answer AskOf(char* records, int slots);  // of others than its rows
   Answer AskNoted(std::vector<Event>* events);
   std::vector<Event> AskLocked();
   void LookBehind(int taken, Json* explanation);

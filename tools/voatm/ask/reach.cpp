@@ -65,7 +65,7 @@ Cards::Cards(const std::vector<const Rows*>& all) {
     const records::RecordField* const prefix = rows->table->Find("CardPrefix");
     for (int slot = 0; prefix != nullptr && slot < rows->count(); ++slot) {
       const std::string key = FieldText(*rows->table->Find("MatchKey1"), (*rows)[slot]);
-      starts_[key].insert(StartOf(FieldText(*prefix, (*rows)[slot])));
+      starts_.emplace(key, StartOf(FieldText(*prefix, (*rows)[slot])));
     }
   }
 }
@@ -85,15 +85,9 @@ std::vector<std::string> Cards::For(const std::string& prefix, const std::string
 
 // Whether a prefix of the rows with the key begins so.
 bool Cards::IsTaken(const std::string& start, const std::string& key) const {
-  const auto starts = starts_.find(key);
-  if (starts == starts_.end()) return false;
-  const auto longer = starts->second.lower_bound(start);
-  return longer != starts->second.end() && longer->compare(0, start.size(), start) == 0;
-}
-
-bool Cards::IsPrefix(const std::string& start, const std::string& key) const {
-  const auto starts = starts_.find(key);
-  return starts != starts_.end() && starts->second.count(start) > 0;
+  const auto longer = starts_.lower_bound({key, start});
+  return longer != starts_.end() && longer->first == key &&
+         longer->second.compare(0, start.size(), start) == 0;
 }
 
 std::optional<std::string> Cards::Untaken(const std::string& start, const std::string& key) const {
@@ -102,7 +96,7 @@ std::optional<std::string> Cards::Untaken(const std::string& start, const std::s
     if (!IsTaken(start + next, key)) return start + next;
   }
   for (char next = '0'; next <= '9'; ++next) {
-    if (IsPrefix(start + next, key)) continue;
+    if (starts_.count({key, start + next}) != 0) continue;
     if (auto untaken = Untaken(start + next, key)) return untaken;
   }
   return std::nullopt;

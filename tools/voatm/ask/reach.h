@@ -7,6 +7,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ask/experiment.h"
@@ -47,10 +48,9 @@ class Cards {
 
  private:
   bool IsTaken(const std::string& start, const std::string& key) const;
-  bool IsPrefix(const std::string& start, const std::string& key) const;
   std::optional<std::string> Untaken(const std::string& start, const std::string& key) const;
 
-  std::map<std::string, std::set<std::string>> starts_;  // the prefixes' digits, by MatchKey1
+  std::set<std::pair<std::string, std::string>> starts_;  // MatchKey1, and a prefix's digits
 };
 
 // What reaches the rows of a table, of one side or of several.

@@ -126,14 +126,11 @@ int RowsExperiment::FindMarked() {
   if (marked_.empty()) Mark();
   long long slot = 0, worth = 1;
   for (std::vector<char>& rows : marked_) {
-    Point(rows.data(), rows_->count());
-    const int digit = MarkOf(question_, Ask());
-    if (digit < 0) slot = kNoSlot;
-    if (slot == kNoSlot) break;
+    const int digit = MarkOf(question_, AskOf(rows.data(), rows_->count()));
+    if (digit < 0) return kNoSlot;
     slot += digit * worth;
     worth *= question_.mark.base;
   }
-  Point(rows_->bytes.data(), rows_->count());
   return static_cast<int>(slot);
 }
 
@@ -168,11 +165,11 @@ int RowsExperiment::FindSlot() {
   return last;
 }
 
-Answer RowsExperiment::AskAlone(int slot) {
-  VoATMUtil alone = util_;
-  rows_->table->point(alone, (*rows_)[slot]);
-  alone.*rows_->table->slots = 1;
-  return question_.ask(alone, inputs_);
+Answer RowsExperiment::AskOf(char* records, int slots) {
+  VoATMUtil other = util_;
+  rows_->table->point(other, records);
+  other.*rows_->table->slots = slots;
+  return question_.ask(other, inputs_);
 }
 
 Json RowsExperiment::Explain() {
@@ -196,19 +193,16 @@ void RowsExperiment::Hide(int slot) {
 }
 
 void RowsExperiment::LookBehind(int taken, Json* explanation) {
-  const std::vector<char> whole = rows_->bytes;
-  std::vector<bool> reached(static_cast<std::size_t>(rows_->count()));
-  for (int slot = taken; slot != kNoSlot && !reached[static_cast<std::size_t>(slot)];
+  std::vector<bool> hidden(static_cast<std::size_t>(rows_->count()));
+  for (int slot = taken; slot != kNoSlot && !hidden[static_cast<std::size_t>(slot)];
        slot = FindSlot()) {
     if (slot != taken) (*explanation)["behind"].push_back(PlacedJson({Where(slot), Ask()}));
-    reached[static_cast<std::size_t>(slot)] = true;
+    hidden[static_cast<std::size_t>(slot)] = true;
     Hide(slot);
   }
-  std::copy(whole.begin(), whole.end(), rows_->bytes.begin());
-  marked_.clear();
   for (int slot = 0; slot < rows_->count(); ++slot) {
-    if (reached[static_cast<std::size_t>(slot)]) continue;
-    const Answer alone = AskAlone(slot);
+    if (hidden[static_cast<std::size_t>(slot)]) continue;
+    const Answer alone = AskOf((*rows_)[slot], 1);
     if (alone.found) (*explanation)["alone"].push_back(PlacedJson({Where(slot), alone}));
   }
 }

@@ -71,12 +71,12 @@ std::size_t StartOfWord(std::string_view text, std::size_t end) {
 }
 
 // Where what stands at `at` begins behind a priority, "<13>", and what opens a bracket or a
-// quotation.
+// quotation. A clock follows.
 std::size_t BehindOpening(std::string_view prefix, std::size_t at) {
   const std::size_t end = prefix.find_first_not_of("0123456789", at + 1);
   const bool has_priority = prefix[at] == '<' && end < prefix.size() && prefix[end] == '>';
-  if (has_priority && end + 1 < prefix.size()) at = end + 1;
-  while (at + 1 < prefix.size() && std::strchr("[(<\"", prefix[at]) != nullptr) ++at;
+  if (has_priority) at = end + 1;
+  while (std::strchr("[(<\"", prefix[at]) != nullptr) ++at;
   return at;
 }
 
@@ -143,6 +143,10 @@ TraceReader::TraceReader() {
     if (pattern.head.empty()) continue;
     patterns_[static_cast<unsigned char>(pattern.head.front())].push_back(std::move(pattern));
   }
+  for (std::vector<Pattern>& patterns : patterns_) {
+    std::stable_sort(patterns.begin(), patterns.end(),
+                     [](const Pattern& a, const Pattern& b) { return a.words > b.words; });
+  }
 }
 
 TraceReader::Pattern TraceReader::Compile(const TraceText& row) {
@@ -207,9 +211,9 @@ bool TraceReader::FindAt(std::size_t at, bool ends_blank) {
   const std::string_view text = said_.substr(at);
   std::size_t most = 0;
   for (const Pattern& pattern : patterns_[static_cast<unsigned char>(text.front())]) {
-    if (pattern.words < most || !Takes(pattern, text, &printed_)) continue;
+    if (pattern.words < most) break;
+    if (!Takes(pattern, text, &printed_)) continue;
     if (pattern.words < kFewWords && !IsWholePrefix(said_.substr(0, at))) continue;
-    if (pattern.words > most) line_.matches.clear();
     most = pattern.words;
     const bool first = IsBlank(std::string_view(pattern.row->text).back()) == ends_blank;
     line_.matches.insert(first ? line_.matches.begin() : line_.matches.end(),

@@ -58,7 +58,8 @@ class TraceReader {
   void SplitError();
   bool FindAt(std::size_t at, bool ends_blank);
 
-  std::array<std::vector<Pattern>, 256> patterns_;  // by their first character
+  // By their first character, those of the most words first.
+  std::array<std::vector<Pattern>, 256> patterns_;
   std::string text_;
   std::string_view said_;  // what the library itself said, up to the system's error
   std::vector<std::string_view> printed_;

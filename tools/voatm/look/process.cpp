@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "devhost/system_call.h"
+#include "show/output.h"
 
 namespace {
 
@@ -72,7 +73,7 @@ ProcessState StateOf(pid_t id, std::time_t last_change) {
 // The words of a text in one line.
 std::string Plain(std::string text) {
   std::replace_if(
-      text.begin(), text.end(), [](char c) { return c <= ' ' || c > '~'; }, ' ');
+      text.begin(), text.end(), [](char c) { return !IsPlain(c); }, ' ');
   return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 

@@ -22,18 +22,6 @@ namespace {
 using devhost::kAtRest;
 using devhost::SystemError;
 
-// Gives a semaphore the value of rest in the same step that finds it at `value`. Returns false when
-// it is not.
-bool BringToRest(const TableState& table, int slot, int value) {
-  const auto number = static_cast<unsigned short>(slot);
-  std::array<sembuf, 3> steps = {sembuf{number, static_cast<short>(-value), IPC_NOWAIT},
-                                 sembuf{number, 0, IPC_NOWAIT},
-                                 sembuf{number, kAtRest, IPC_NOWAIT}};
-  if (semop(table.set.id, steps.data(), steps.size()) == 0) return true;
-  if (errno == EAGAIN) return false;
-  throw SystemError(errno, table.DescribeSet());
-}
-
 // Why a slot must not be brought to rest; nothing when it may. Of a value above rest units are only
 // taken away, which harms no holder: nothing is to be proved.
 std::optional<std::string> Refusal(const SlotLock& lock, const ReleaseRights& rights) {
@@ -99,6 +87,16 @@ OnlyReleaser::OnlyReleaser(int set, int seconds)
 }
 
 OnlyReleaser::~OnlyReleaser() { close(socket_); }
+
+bool BringToRest(const TableState& table, int slot, int value) {
+  const auto number = static_cast<unsigned short>(slot);
+  std::array<sembuf, 3> steps = {sembuf{number, static_cast<short>(-value), IPC_NOWAIT},
+                                 sembuf{number, 0, IPC_NOWAIT},
+                                 sembuf{number, kAtRest, IPC_NOWAIT}};
+  if (semop(table.set.id, steps.data(), steps.size()) == 0) return true;
+  if (errno == EAGAIN) return false;
+  throw SystemError(errno, table.DescribeSet());
+}
 
 Release ReleaseSlot(const TableState& table, int slot, const ReleaseRights& rights) {
   RequireSet(table);

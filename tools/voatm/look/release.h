@@ -25,6 +25,11 @@ class OnlyReleaser {
   int socket_;
 };
 
+// Gives a semaphore of a table's set the value of rest in the same step that finds it at `value`,
+// and at no other; returns whether it did. Throws std::runtime_error when there is no such
+// semaphore.
+bool BringToRest(const TableState& table, int slot, int value);
+
 // What may be done beyond giving back what a dead process holds.
 struct ReleaseRights {
   bool reset = false;  // a slot may be neither held nor at rest

@@ -28,17 +28,16 @@ struct Segment {
 // hexadecimal number being the key. Nothing when this user may not read it.
 std::optional<std::vector<Segment>> SegmentsOf(const fs::path& process) {
   std::ifstream maps(process / "maps");
+  if (maps.peek() == std::ifstream::traits_type::eof()) return std::nullopt;
   std::vector<Segment> segments;
   std::set<int> seen;
-  int lines = 0;
-  for (std::string line; std::getline(maps, line); ++lines) {
+  for (std::string line; std::getline(maps, line);) {
     unsigned key = 0;
     int id = 0;
     const char* const format = "%*s %*s %*s %*s %d /SYSV%8x";
     if (std::sscanf(line.c_str(), format, &id, &key) != 2) continue;
     if (seen.insert(id).second) segments.push_back({static_cast<int>(key), id});
   }
-  if (lines == 0) return std::nullopt;  // a process that lives has some
   return segments;
 }
 

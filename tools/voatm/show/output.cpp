@@ -77,11 +77,9 @@ bool HasControls() {
 }
 
 std::string Readable(std::string_view text) {
-  const auto is_plain = [](char c) { return c >= ' ' && c <= '~'; };
   std::string readable;
-  readable.reserve(text.size() + 1);
   for (auto at = text.begin(); at != text.end();) {
-    const auto end = std::find_if_not(at, text.end(), is_plain);
+    const auto end = std::find_if_not(at, text.end(), IsPlain);
     readable.append(at, end);
     if (end == text.end()) break;
     char escaped[5];

@@ -22,7 +22,10 @@ enum class Tone { kPlain, kAlarm };
 // Whether standard output is a terminal that obeys escape sequences.
 bool HasControls();
 
-// The text with what is no ASCII character, or controls a terminal, as \xHH.
+// Whether it is an ASCII character that controls nothing.
+constexpr bool IsPlain(char c) { return c >= ' ' && c <= '~'; }
+
+// The text with what is not plain as \xHH.
 std::string Readable(std::string_view text);
 
 // Prints a line, made readable; where it is folded it goes on behind `indent` blanks.

@@ -23,14 +23,11 @@ std::string_view WithoutZerosAtEnd(std::string_view bytes) {
   return bytes.substr(0, bytes.find_last_not_of('\0') + 1);
 }
 
-bool IsPrintable(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
-}
+bool IsPrintable(std::string_view text) { return std::all_of(text.begin(), text.end(), IsPlain); }
 
 std::string HexOf(std::string_view bytes) {
   static constexpr char kDigits[] = "0123456789abcdef";
   std::string hex;
-  hex.reserve(2 * bytes.size());
   for (const char byte : bytes) {
     hex += kDigits[static_cast<unsigned char>(byte) / 16];
     hex += kDigits[static_cast<unsigned char>(byte) % 16];
