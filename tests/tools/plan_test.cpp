@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <cstddef>
+#include <tuple>
 
 #include "support/random_cases.h"
 #include "support/served_home.h"
@@ -65,6 +67,45 @@ TEST(Plan, EmptyCassettesPayAsThoseThatCannotBeUsed) {
     EXPECT_EQ(each.paid, paid);
   }
   EXPECT_EQ(RunsOf({10, 20, 40, 60, 70, 80}, 10), "10, 20, 40, 60-80");
+}
+
+TEST(Plan, TheAmountsNearbyAreTheNearestOfAllThatArePaid) {
+  RandomCases random;
+  for (int i = 0; i < RandomCases::Rounds(30); ++i) {
+    CashRequest request{"NDC+ATM", 978, random.OneOf({2, 5}), {}};
+    SetCassettes(&request, random.Row({Words("A:20:978:Y A:500:978:Y A:500:840:Y"),
+                                       Words("B:50:978:Y B:300:978:Y B:70:978:N")}));
+    const LogicOf logic_of = [&](int) { return request.NoLogic(); };
+    const int amount = 1 + random.Below(1500);
+    std::vector<int> paid;
+    for (int each = 1; each < 5000; ++each) {
+      const bool is_paid = Pay(request, logic_of(each), each).payment == Payment::kPaid;
+      if (is_paid && each != amount) paid.push_back(each);
+    }
+    const auto above = std::upper_bound(paid.begin(), paid.end(), amount);
+    const std::vector<int> nearest(above - std::min<std::ptrdiff_t>(2, above - paid.begin()),
+                                   above + std::min<std::ptrdiff_t>(2, paid.end() - above));
+    EXPECT_EQ(PaidNearby(request, logic_of, amount), nearest) << amount;
+  }
+}
+
+TEST(Plan, SaysWhyAnAmountIsNotPaid) {
+  for (const auto& [cassettes, logic, amount, meaning] :
+       {std::tuple{"A:20:840:Y B:50:978:N", "00000000", 20,
+                   "no cassette of currency 978 can be used"},
+        {"A:20:978:Y B:50:978:Y", "00000000", 30,
+         "cassette A (20) stands in the way: its notes are too large"},
+        {"A:20:978:Y B:50:978:Y", "00000000", 50000,
+         "cassette B (50) stands in the way: the plan needs too many notes"},
+        {"A:20:978:Y", "none", 20, "the configured logic is no whole number"},
+        {"A:20:978:Y B:10:840:Y", "01010000", 20,
+         "the logic takes notes without a value, or of another currency"},
+        {"A:5:978:Y", "00000000", 500,
+         "the logic does not add up to the amount: it gives 50 of 500"}}) {
+    CashRequest request{"NDC+ATM", 978, 200, {}};
+    SetCassettes(&request, Words(cassettes));
+    EXPECT_EQ(Pay(request, logic, amount).meaning, meaning) << cassettes;
+  }
 }
 
 constexpr char kGiven[] = " --model NDC+ATM --max-notes 40 A:20:036:Y B:50:036:Y D:10:36:N";

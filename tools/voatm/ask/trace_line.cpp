@@ -1,6 +1,7 @@
 #include "ask/trace_line.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 
 namespace {
@@ -45,8 +46,7 @@ bool EndsPrefix(char c) { return c == ' ' || std::strchr(":]>)|=,;\"'", c) != nu
 bool IsWholePrefix(std::string_view prefix) {
   while (!prefix.empty() && prefix.back() == ' ') prefix.remove_suffix(1);
   if (prefix.empty() || EndsPrefix(prefix.back())) return true;
-  const std::size_t size = prefix.size();
-  return size > 2 && prefix[size - 2] == ' ' && prefix[size - 3] == ']';
+  return prefix.size() > 2 && prefix.substr(prefix.size() - 3, 2) == "] ";
 }
 
 // How many characters at the start of a text a conversion printed, or npos. `behind` is the literal
@@ -64,49 +64,35 @@ std::size_t PrintedBy(char conversion, std::string_view text, std::string_view b
   return EndsWith(text, behind) ? text.size() - behind.size() : std::string_view::npos;
 }
 
-// Where the word begins that ends before a blank at `end`.
-std::size_t StartOfWord(std::string_view text, std::size_t end) {
-  if (end == 0) return 0;
-  return text.rfind(' ', end - 1) + 1;  // 0 when there is none
+// How a time begins: 0 is a digit, A a letter.
+constexpr std::string_view kTimes[] = {"0000-00-00 00:00:00",
+                                       "0000-00-00T00:00:00",
+                                       "0000/00/00 00:00:00",
+                                       "00.00.0000 00:00:00",
+                                       "00/00/0000 00:00:00",
+                                       "00000000 00:00:00",
+                                       "00/AAA/0000:00:00:00",
+                                       "00-AAA-0000 00:00:00",
+                                       "AAA 00 00:00:00",
+                                       "AAA 0 00:00:00",
+                                       "00:00:00"};
+
+bool HasForm(std::string_view text, std::string_view form) {
+  return text.size() >= form.size() &&
+         std::equal(form.begin(), form.end(), text.begin(), [](char kind, char c) {
+           if (kind == '0') return IsDigit(c);
+           return kind == 'A' ? std::isalpha(static_cast<unsigned char>(c)) != 0 : kind == c;
+         });
 }
 
-// Where what stands at `at` begins behind a priority, "<13>", and what opens a bracket or a
-// quotation. A clock follows.
-std::size_t BehindOpening(std::string_view prefix, std::size_t at) {
-  const std::size_t end = prefix.find_first_not_of("0123456789", at + 1);
-  const bool has_priority = prefix[at] == '<' && end < prefix.size() && prefix[end] == '>';
-  if (has_priority) at = end + 1;
-  while (std::strchr("[(<\"", prefix[at]) != nullptr) ++at;
-  return at;
-}
-
-// The start of what says the time in a prefix: the word with the clock, and the date before it,
-// which is a word, or the name of a month and a day.
-std::size_t StartOfTime(std::string_view prefix, std::size_t clock) {
-  std::size_t start = StartOfWord(prefix, clock);
-  const std::size_t day = start == 0 ? 0 : StartOfWord(prefix, start - 1);
-  const bool has_date = BehindOpening(prefix, start) < clock;
-  if (!has_date && day < start && IsDigit(prefix[BehindOpening(prefix, day)])) {
-    start = start - day > 3 || day == 0 ? day : StartOfWord(prefix, day - 1);
-  }
-  return std::min(BehindOpening(prefix, start), clock);
-}
-
-// "09:30:05"
-bool StartsWithClock(std::string_view text) {
-  constexpr std::string_view kForm = "00:00:00";
-  return text.size() >= kForm.size() &&
-         std::equal(kForm.begin(), kForm.end(), text.begin(),
-                    [](char form, char c) { return form == ':' ? c == ':' : IsDigit(c); });
-}
-
-// Of "2026-11-21 09:30:05.123456 [12345] 7 ", "Nov 21 09:30:05 host name[12345]: " and the like.
 std::string_view TimeIn(std::string_view prefix) {
-  std::size_t clock = 0;
-  while (clock < prefix.size() && !StartsWithClock(prefix.substr(clock))) ++clock;
-  if (clock == prefix.size()) return {};
-  const std::size_t start = StartOfTime(prefix, clock);
-  return prefix.substr(start, prefix.find_first_of(" ]>)\"", clock) - start);
+  for (; !prefix.empty(); prefix.remove_prefix(1)) {
+    for (const std::string_view form : kTimes) {
+      if (!HasForm(prefix, form)) continue;
+      return prefix.substr(0, prefix.find_first_of(" ]>)\"", form.size()));
+    }
+  }
+  return {};
 }
 
 std::string_view ProcessIn(std::string_view prefix) {
