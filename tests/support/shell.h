@@ -8,12 +8,12 @@
 #include <stdexcept>
 #include <string>
 
-struct Answer {
+struct Output {
   int code;
   std::string text;  // what it wrote to standard output
 };
 
-inline Answer Shell(const std::string& command) {
+inline Output Shell(const std::string& command) {
   FILE* pipe = popen(command.c_str(), "r");  // NOLINT(bugprone-command-processor)
   if (pipe == nullptr) throw std::runtime_error("cannot run " + command);
   std::string text;

@@ -122,7 +122,7 @@ TEST(Check, FailsForAnErrorAndWhenStrictForAWarning) {
   home.Write(kOpkey, "A_A 010000 0 978 Y Y Y\n");
   const std::regex text(": ([a-z]*): .* \\[(.*)\\]\n");
   for (const auto& [arguments, code] : {std::pair{"check", 0}, {"check --strict", 1}}) {
-    const Answer answer = Voatm(arguments + std::string(" 2>/dev/null"));
+    const Output answer = Voatm(arguments + std::string(" 2>/dev/null"));
     EXPECT_EQ(std::regex_replace(answer.text, text, " $1 $2"),
               home.path() + "/" + kOpkey + ":1:22 warning extra-field");
     EXPECT_EQ(answer.code, code) << arguments;

@@ -25,7 +25,7 @@ class DiffTest : public testing::Test {
     home_.Write("new/" + file, text.replace(at, from.size(), to));
   }
 
-  Answer Diff(const std::string& options = "") const {
+  Output Diff(const std::string& options = "") const {
     return Voatm("diff . " + home_.path() + "/new --json " + options);
   }
 
@@ -46,7 +46,7 @@ TEST_F(DiffTest, LayoutAndOrderAreNoDifference) {
   const std::string keys = "new/cfg/atm/statetable/opkey/HARBOUR_opk.cfg";
   home_.Write(keys, home_.Read(keys) + "[NOTHING]\n");
   std::filesystem::create_symlink("nowhere", home_.path() + "/new/cfg/.#lock");
-  const Answer answer = Diff(kAtm);
+  const Output answer = Diff(kAtm);
   EXPECT_EQ(answer.code, 0);
   EXPECT_EQ(Json::parse(answer.text), Json::parse(R"({"rows":[],"entries":[],"answers":[]})"));
 }
@@ -57,7 +57,7 @@ TEST_F(DiffTest, NamesRowsEntriesAndTheAnswersThatChange) {
          "\"CardPrefix\": \"978001FFFF\", \"IndirectNextState\": \"X\"");
   Change("cfg/atm/statetable/resptable/HARBOUR_MALL_resp.cfg", "021", "022");
   std::filesystem::remove(home_.path() + "/new/cfg/atm/statetable/opkey/HARBOUR_opk.cfg");
-  const Answer answer = Diff(std::string(kAtm) + " --atm HARBOUR BRANCH ATM00001");
+  const Output answer = Diff(std::string(kAtm) + " --atm HARBOUR BRANCH ATM00001");
   EXPECT_EQ(answer.code, 1);
   const Json json = Json::parse(answer.text);
   std::string rows;
@@ -192,20 +192,24 @@ TEST_F(DiffTest, WhatIsNoFileIsNoSetOfEntries) {
   std::filesystem::remove(keys);
   mkfifo(keys.c_str(), 0600);
   EXPECT_EQ(Diff().code, 2);
+  std::filesystem::remove(keys);
+  home_.Write("new/cfg/atm/statetable/opkey/" + std::string(225, 'x') + "_opk.cfg", "");
+  EXPECT_NE(Diff().text.find("the library opens no path that is so long"), std::string::npos);
 }
 
 TEST_F(DiffTest, ADumpIsComparedWithSeedFilesByRowsAlone) {
   Change("tables/atm_status.json", "\"CASHLOW\"", "\"CASHOUT\"");
   const std::string dump = home_.path() + "/new/tables/atm_status.json";
-  const Answer same = Voatm("diff tables/atm_status.json tables --json");
+  const Output same = Voatm("diff tables/atm_status.json tables --json");
   EXPECT_EQ(same.code, 0) << same.text;
-  const Answer changed = Voatm("diff tables " + dump + " --json");
+  EXPECT_EQ(Voatm("diff tables/atm_status.json tables --atm HARBOUR MALL ATM00004").code, 0);
+  const Output changed = Voatm("diff tables " + dump + " --json");
   EXPECT_EQ(changed.code, 1);
   EXPECT_EQ(Json::parse(changed.text)["rows"].size(), 2U);
   EXPECT_EQ(Voatm("diff tables " + home_.path() + "/absent").code, 2);
   EXPECT_EQ(Voatm("diff tables cfg/vobusiness.cfg").code, 2);
   home_.Write("atms", "HARBOUR MALL ATM00004\nHARBOUR\n");
-  const Answer refused = Voatm("diff tables tables --atms " + home_.path() + "/atms");
+  const Output refused = Voatm("diff tables tables --atms " + home_.path() + "/atms");
   EXPECT_EQ(refused.code, 2);
   EXPECT_NE(refused.text.find("/atms:2 takes S1 S2 S3"), std::string::npos) << refused.text;
   home_.Write("atms", "# nobody\n");

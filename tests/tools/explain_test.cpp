@@ -26,7 +26,7 @@ std::string Row(const Texts& names, const std::string& line) {
   return row + "}";
 }
 
-std::string Rows(const std::string& names, const Texts& lines) {
+std::string SeedRows(const std::string& names, const Texts& lines) {
   std::string rows;
   for (const std::string& line : lines) {
     rows += (rows.empty() ? "[" : ",\n") + Row(Words(names), line);
@@ -56,7 +56,7 @@ class ExplainTest : public testing::Test {
       std::string arguments = each.arguments;
       const std::size_t from = arguments.find("--from ");
       if (from != std::string::npos) arguments.insert(from + 7, home_.path() + "/");
-      const Answer answer = Voatm("explain " + arguments + " --json 2>/dev/null");
+      const Output answer = Voatm("explain " + arguments + " --json 2>/dev/null");
       EXPECT_EQ(answer.code, each.code) << each.arguments;
       const Json json = Json::parse(answer.text, nullptr, false);
       for (const auto& [place, expected] : each.expected) {
@@ -89,13 +89,14 @@ class ExplainTest : public testing::Test {
 
 TEST_F(ExplainTest, RowsStandBehindInTheOrderInWhichTheyWouldAnswer) {
   home_.Write("tables/atm_property.json",
-              Rows(kProperty, {"1 I G A 010000 * 0", "2 I G * 01 * 0", "3 I G * * * 0",
-                               "4 * * * * * 0", "5 I * * * * 0", "6 J G A 010000 * 0"}));
-  home_.Write("tables/atm_fit.json",
-              Rows(kFit, {"F1 I G * 978FFFFFFF A", "F2 I * A 97800FFFFF B", "F3 I * * 9999999999 C",
-                          "F4 J G A ffffffffff D", "F5 I G A 9780FFFFFF E"}));
+              SeedRows(kProperty, {"1 I G A 010000 * 0", "2 I G * 01 * 0", "3 I G * * * 0",
+                                   "4 * * * * * 0", "5 I * * * * 0", "6 J G A 010000 * 0"}));
+  home_.Write(
+      "tables/atm_fit.json",
+      SeedRows(kFit, {"F1 I G * 978FFFFFFF A", "F2 I * A 97800FFFFF B", "F3 I * * 9999999999 C",
+                      "F4 J G A ffffffffff D", "F5 I G A 9780FFFFFF E"}));
   home_.Write("tables/atm_status.json",
-              Rows("StatusCode StatusKind", {"PAPER N", "CASH S", "CASH N"}));
+              SeedRows("StatusCode StatusKind", {"PAPER N", "CASH S", "CASH N"}));
   const std::string too_many = "status CASH NONE " + std::string(15 * 11, 'A') + " --from tables";
   Expect({
       {"property I G A 10000 5 978 --from tables --locks",
@@ -167,10 +168,10 @@ TEST_F(ExplainTest, RowsStandBehindInTheOrderInWhichTheyWouldAnswer) {
 TEST_F(ExplainTest, RowsForWhichTheHomeHasNoSlotAreRefused) {
   WriteStartUpFiles(home_, 0, {});
   Texts rows(9, "1 I G A 010000 * 0");
-  home_.Write("tables/atm_property.json", Rows(kProperty, rows));
+  home_.Write("tables/atm_property.json", SeedRows(kProperty, rows));
   Expect({{"property I G A 10000 5 978 --from tables", 2, {}}});
   rows.pop_back();
-  home_.Write("tables/atm_property.json", Rows(kProperty, rows));
+  home_.Write("tables/atm_property.json", SeedRows(kProperty, rows));
   Expect({{"property I G A 10000 5 978 --from tables", 0, {}}});
 }
 
@@ -183,8 +184,8 @@ TEST_F(ExplainTest, TheRowIsToldAmongThousands) {
   }
   actions.push_back(
       "9 I G A LONG Y {\"hex\":\"414141414141414141414141414141414141414141\"} N * 1");
-  home_.Write("tables/atm_action_property.json", Rows(kAction, actions));
-  home_.Write("tables/atm_fit.json", Rows(kFit, fits));
+  home_.Write("tables/atm_action_property.json", SeedRows(kAction, actions));
+  home_.Write("tables/atm_fit.json", SeedRows(kFit, fits));
   Expect({
       {"action value I G A 'S3|S2345|' 10000 --from tables",
        0,
@@ -229,7 +230,7 @@ TEST_F(ExplainTest, FilesStandBehindWhenTheyWouldAnswer) {
       {"flags receipt I", 0, {{"/source", "cfg/vobusiness.cfg:1"}, {"/answer/Flag", "0"}}},
       {"flags receipt J", 1, {{"/source", ""}, {"/answer/Flag", "0"}, {"/tries", "exists; none"}}},
   });
-  const Answer elsewhere = Shell(
+  const Output elsewhere = Shell(
       "unset VODIR_HOME; " BUILD_DIRECTORY "/voatm explain flags receipt I --home " + home_.path());
   EXPECT_EQ(elsewhere.code, 0) << elsewhere.text;
   EXPECT_EQ(Shell("unset VODIR_HOME; " BUILD_DIRECTORY "/voatm explain cardless K 2>&1").code, 2);
@@ -239,7 +240,7 @@ TEST_F(ExplainTest, FilesStandBehindWhenTheyWouldAnswer) {
 TEST_F(ExplainTest, WhatMayNotBeReadIsNoAnswer) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can become somebody else";
   home_.Write("cfg/atm/CARDLESS_TXN.cfg", "[OPKEYMAP]\nK 2\n");
-  const Answer answer = Shell("chmod 755 " + home_.path() + "; chmod 700 " + home_.path() +
+  const Output answer = Shell("chmod 755 " + home_.path() + "; chmod 700 " + home_.path() +
                               "/cfg; setpriv --reuid=65534 --clear-groups " BUILD_DIRECTORY
                               "/voatm explain cardless K --json --home " +
                               home_.path() + " 2>&1");
@@ -247,7 +248,7 @@ TEST_F(ExplainTest, WhatMayNotBeReadIsNoAnswer) {
   EXPECT_NE(answer.text.find("not opened: Permission denied"), std::string::npos) << answer.text;
   home_.Remove("cfg/atm/CARDLESS_TXN.cfg");
   home_.Write("cfg/atm/CARDLESS_TXN.cfg/K", "a folder");
-  const Answer folder = Voatm("explain cardless K");
+  const Output folder = Voatm("explain cardless K");
   EXPECT_EQ(folder.code, 2);
   EXPECT_NE(folder.text.find("not opened: it is no file"), std::string::npos) << folder.text;
 }
@@ -284,7 +285,7 @@ TEST_F(ExplainTest, TextsAreTakenApart) {
   mkfifo((home_.path() + "/fifo").c_str(), 0600);
   for (const char* file : {"/tmp", "/dev/zero", "fifo"}) {
     const std::string path = file[0] == '/' ? file : home_.path() + "/" + file;
-    const Answer answer = Voatm("explain message " + path);
+    const Output answer = Voatm("explain message " + path);
     EXPECT_EQ(answer.code, 2) << path;
     EXPECT_NE(answer.text.find(path), std::string::npos) << answer.text;
   }

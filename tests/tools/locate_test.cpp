@@ -95,7 +95,7 @@ TEST_F(LocatorTest, ATableThatTheManagerDoesNotKnowIsSaid) {
   EXPECT_EQ(Voatm("tables >/dev/null").code, 1);
   for (const char* verb : {"list fit", "show fit 1", "dump fit", "locks release fit 1",
                            "explain fit I G A 1", "diff live live"}) {
-    const Answer answer = Voatm(verb);
+    const Output answer = Voatm(verb);
     EXPECT_EQ(answer.code, 2) << verb;
     EXPECT_NE(answer.text.find("VoChannelMgr does not know the table A"), std::string::npos)
         << answer.text;
@@ -115,12 +115,19 @@ TEST_F(LocatorTest, WithoutAManagerOneRequestIsLeftAtMost) {
     return std::string();
   };
   const std::string none = "VoChannelMgr does not answer: ", queue = "the queue of VoChannelMgr";
+  msqid_ds state{};
+  msgctl(queue_, IPC_STAT, &state);
+  const auto room = state.msg_qbytes;
+  state.msg_qbytes = 1;
+  msgctl(queue_, IPC_SET, &state);
+  EXPECT_EQ(refusal().find(none + "no room in " + queue), 0U);
+  state.msg_qbytes = room;
+  msgctl(queue_, IPC_SET, &state);
   const auto waits = [&] {
     return refusal().find(none + "waited 0 seconds for ATMMEMORY at " + queue) == 0 ? 1 : 0;
   };
   EXPECT_EQ(Child(waits).Wait(), 1);
   EXPECT_EQ(refusal().find(none + "a request lies unread in " + queue), 0U);
-  msqid_ds state{};
   msgctl(queue_, IPC_STAT, &state);
   EXPECT_EQ(state.msg_qnum, 1U);
 }

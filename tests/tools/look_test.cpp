@@ -75,7 +75,7 @@ TEST_F(LookTest, ALivingHolderIsRefusedAndADeadOneReleased) {
             R"("id":"NOTDEFINED","value":0,"process":)" +
                 process + R"(,"state":"alive","waiting":0,"stuck":false}],"findings":[]})");
   EXPECT_EQ(Voatm("locks").code, 0);
-  const Answer refused = Voatm("locks release fit 2 --reset --force");
+  const Output refused = Voatm("locks release fit 2 --reset --force");
   EXPECT_EQ(refused.code, 1);
   EXPECT_NE(refused.text.find("is held by process " + process + " ("), std::string::npos);
   EXPECT_EQ(Value(), 0);
@@ -167,6 +167,9 @@ TEST_F(LookTest, ASlotComesToRestFromTheValueThatItHas) {
     }
   }
   EXPECT_THROW(BringToRest(table, 6, 0), std::runtime_error);
+  semctl(set_, 0, IPC_RMID);
+  EXPECT_THROW(LookAtSlot(table, 2), std::runtime_error);
+  EXPECT_THROW(FindLocks(table), std::runtime_error);
 }
 
 // They are none that an operation of this system has left.
@@ -199,7 +202,9 @@ TEST_F(LookTest, ValuesThatWereSetNeedAProofOrAnAssumption) {
     EXPECT_EQ(Voatm("locks release fit 2").code, 1) << "at rest";
   }
   EXPECT_EQ(Voatm("locks release fit 5 --reset").code, 1);
-  EXPECT_EQ(Voatm("locks release fit 6 --reset").code, 2) << "there are six";
+  const Output sixth = Voatm("locks release fit 6 --reset");
+  EXPECT_EQ(sixth.code, 2);
+  EXPECT_NE(sixth.text.find("there is no slot 6 of ATMFITMEMORY"), std::string::npos) << sixth.text;
   EXPECT_EQ(Voatm("locks release fit").code, 2);
 }
 
@@ -215,7 +220,21 @@ TEST_F(LookTest, ASetThatWasNeverInitialisedIsAFindingAndIsInitialised) {
   EXPECT_EQ(Value(), 0);
   EXPECT_EQ(Voatm("locks release fit 3 --force").code, 0);
   EXPECT_EQ(VoatmJson("locks")["locks"].size(), 5U);
-  EXPECT_EQ(VoatmJson("tables")["tables"][1]["findings"].size(), 2U) << "slots in a row are one";
+  {
+    const auto wait = [&](unsigned short slot) {
+      return Child([=] {
+        sembuf take{slot, -2, 0};
+        return semop(set_, &take, 1);
+      });
+    };
+    const Child first = wait(0), second = wait(1);
+    EXPECT_TRUE(
+        Eventually([&] { return semctl(set_, 0, GETNCNT) + semctl(set_, 1, GETNCNT) == 2; }));
+    const Json findings = VoatmJson("tables")["tables"][1]["findings"];
+    ASSERT_EQ(findings.size(), 2U) << "slots in a row are one";
+    EXPECT_NE(findings[0]["drivers"].get<std::string>().find("waiting now: 2"), std::string::npos)
+        << findings;
+  }
   const auto holder = [&] {
     return Child([&] {
              sembuf take{3, -2, 0};
@@ -265,6 +284,7 @@ TEST_F(LookTest, OfEightReleasersOneSucceedsWhoeverWaits) {
   }
   const OnlyReleaser gate(set_);
   EXPECT_THROW(OnlyReleaser(set_, 0), std::runtime_error) << "it does not wait for ever";
+  EXPECT_NO_THROW(OnlyReleaser(set_ ^ 1, 0)) << "of another set";
 }
 
 TEST_F(LookTest, AWatchSeesWhatComesBack) {

@@ -35,6 +35,7 @@ TEST(Plan, PaidMeansTheWholeAmountInASweepToo) {
     EXPECT_EQ(paid, outcome.code == 0 && sum == amount && foreign == 0) << outcome.logic;
     const SweepRun last = Sweep(request, logic_of, {amount - 1, amount, 1}).back();
     EXPECT_EQ(last.paid, paid);
+    EXPECT_EQ(last.configured, outcome.logic == logic ? "pays" : "does not pay");
     EXPECT_EQ(last.to, amount);
   }
 }
@@ -141,7 +142,7 @@ TEST(Plan, TakesDecimalNumbersAndWhatGoesTogether) {
            {"--currency 36 --amount 70 --logic 0101", 2},
            {"--amount 70", 2},
        }) {
-    const Answer answer = Voatm("plan " + std::string(arguments) + kGiven);
+    const Output answer = Voatm("plan " + std::string(arguments) + kGiven);
     EXPECT_EQ(answer.code, code) << arguments << answer.text;
   }
   const char* const without = "plan --currency 36 --max-notes 9 --amount 20 ";
@@ -166,7 +167,7 @@ TEST(Plan, TakesDecimalNumbersAndWhatGoesTogether) {
        }) {
     home.Write("plan.json", file);
     const bool cassettes = std::string(file).find("cassettes") != std::string::npos;
-    const Answer answer = Voatm("plan --model NDC+ATM --file " + home.path() + "/plan.json" +
+    const Output answer = Voatm("plan --model NDC+ATM --file " + home.path() + "/plan.json" +
                                 (cassettes ? "" : " A:20:036:Y B:50:036:Y"));
     EXPECT_EQ(answer.code, code) << file << answer.text;
     EXPECT_EQ(answer.text.find("plan.json") != std::string::npos, code == 2) << answer.text;

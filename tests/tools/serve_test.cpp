@@ -45,7 +45,7 @@ TEST_F(VoatmServe, TellsWhatItMadeAndEndsWithAnotherProcess) {
   EXPECT_EQ(state.shm_perm.mode & 0777, 0660);
 
   leader.Kill();
-  const Answer answer = served.get();
+  const Output answer = served.get();
   EXPECT_EQ(answer.code, 0);
   EXPECT_FALSE(Serves());
   const std::string tables = home_.path() + "/tables/";

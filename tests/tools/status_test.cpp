@@ -8,6 +8,7 @@
 #include "devhost/system_call.h"
 #include "support/served_home.h"
 #include "support/watched.h"
+#include "tools/voatm/ask/dead_rows.h"
 #include "tools/voatm_output.h"
 #include "voatmutil.h"
 
@@ -77,7 +78,7 @@ TEST_F(StatusTest, SaysInOneLineThatAllIsWell) {
   Put(4, std::vector{Action("A", "X", "010000"), Action("A", "X", "01"), Action("*", "X")});
   Put(1, std::vector{AtmFit{"ONE", "K", "", "", "4567FFFFFF", {}, 'C'},
                      AtmFit{"ALL", "K", "", "", "FFFFFFFFFF", {}, 'D'}});
-  const Answer status = Voatm("status");
+  const Output status = Voatm("status");
   EXPECT_EQ(status.code, 0);
   EXPECT_EQ(status.text.substr(19), " " + home_.path() + ": all is well\n");
   EXPECT_EQ(Ask()["sound"], true);
@@ -154,6 +155,26 @@ TEST_F(StatusTest, RowsThatSomebodyReachesAreNotDead) {
   Put(4, std::vector{wide, other, wide});
   EXPECT_EQ(Found(),
             "ATMACTIONPROPERTYMEMORY slot 1: requests of an ATM above are answered with it\n");
+}
+
+// The findings of a table of these rows, a line each.
+template <typename Record>
+std::string Dead(const records::RecordTable& table, const std::vector<Record>& records) {
+  Rows rows{&table, std::vector<char>(records.size() * sizeof(Record))};
+  memcpy(rows.bytes.data(), records.data(), rows.bytes.size());
+  std::string found;
+  for (const Finding& each : FindDeadRows(&rows)) found += each.where + ": " + each.what + "\n";
+  return found;
+}
+
+TEST(DeadRows, ARangeIsDeadWhenOthersTakeAllItsCards) {
+  std::vector<AtmFit> ranges;
+  for (const char first : std::string("0123456789F")) {
+    ranges.push_back(AtmFit{"R", "K", "", "", "4FFFFFFFFF", {}, 'D'});
+    ranges.back().CardPrefix[1] = first;
+  }
+  EXPECT_EQ(Dead(records::kRecordTables[1], ranges),
+            "ATMFITMEMORY slot 10: no card is answered with it\n");
 }
 
 TEST_F(StatusTest, NamesTheFirstOfManyRows) {

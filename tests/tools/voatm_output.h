@@ -15,7 +15,7 @@
 using Json = nlohmann::ordered_json;
 
 // What the arguments redirect is not in the text.
-inline Answer Voatm(const std::string& arguments) {
+inline Output Voatm(const std::string& arguments) {
   return Shell("cd " SAMPLE_HOME "; export PATH=" BUILD_DIRECTORY
                ":$PATH; "
                "VODIR_HOME=${VODIR_HOME:-.} voatm 2>&1 " +
@@ -38,7 +38,7 @@ inline void ExpectTranscript(const std::string& expected) {
   std::string actual;
   for (std::string line; std::getline(lines, line);) {
     if (line.rfind("$ ", 0) != 0) continue;
-    const Answer answer = Voatm(line.substr(2));
+    const Output answer = Voatm(line.substr(2));
     actual += line + "\n" + answer.text + "=> " + std::to_string(answer.code) + "\n";
   }
   EXPECT_EQ(actual, expected);

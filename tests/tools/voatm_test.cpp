@@ -62,7 +62,7 @@ TEST_F(VoatmTest, ServingWhatWasDumpedGivesTheSameBytes) {
 TEST_F(VoatmTest, ATableThatIsCutShortIsNotShownAsWhole) {
   memcpy(Attach(Key(5)), "A", 2);
   WriteStartUpFiles(home_, home_.key_base(), {4, 6, 4, 8, 9});
-  const Answer list = Voatm("list Status --json 2>/dev/null"), dump = Voatm("dump AtmStatusMemory");
+  const Output list = Voatm("list Status --json 2>/dev/null"), dump = Voatm("dump AtmStatusMemory");
   EXPECT_EQ(list.code, 1);
   const Json json = Json::parse(list.text);
   EXPECT_EQ(json["slots"], 9);
@@ -92,7 +92,7 @@ TEST_F(VoatmTest, OptionsBeforeTheSecondWordCountAsBehindIt) {
         "locks release fit 2 --home %s --json"}) {
     std::string line = arguments;
     line.replace(line.find("%s"), 2, home_.path());
-    const Answer answer = Shell("VODIR_HOME=none " BUILD_DIRECTORY "/voatm " + line);
+    const Output answer = Shell("VODIR_HOME=none " BUILD_DIRECTORY "/voatm " + line);
     const Json json = Json::parse(answer.text);
     EXPECT_EQ(json["lock"]["slot"], 2) << arguments;
     EXPECT_EQ(json["lock"]["id"], "NOTDEFINED") << arguments;

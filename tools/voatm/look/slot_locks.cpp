@@ -16,8 +16,8 @@ using devhost::kAtRest;
 using devhost::SemaphoreArgument;
 using devhost::SystemError;
 
-int AskSlot(const TableState& table, int slot, int command) {
-  const int answer = semctl(table.set.id, slot, command);
+int Ask(const TableState& table, int slot, int command, SemaphoreArgument argument = {}) {
+  const int answer = semctl(table.set.id, slot, command, argument);
   if (answer < 0) throw SystemError(errno, table.DescribeSet());
   return answer;
 }
@@ -27,9 +27,7 @@ std::time_t LastChange(const TableState& table) {
   semid_ds state{};
   SemaphoreArgument argument{};
   argument.state = &state;
-  if (semctl(table.set.id, 0, IPC_STAT, argument) < 0) {
-    throw SystemError(errno, table.DescribeSet());
-  }
+  Ask(table, 0, IPC_STAT, argument);
   return std::max(state.sem_otime, state.sem_ctime);
 }
 
@@ -59,14 +57,14 @@ bool SlotLock::IsStuck() const { return value != kHeld || last.state != ProcessS
 SlotLock LookAtSlot(const TableState& table, int slot) {
   constexpr int kLooks = 8;
   RequireSet(table);
-  SlotLock lock{table.record, slot, "", kAtRest, {}, AskSlot(table, slot, GETNCNT), 0};
+  SlotLock lock{table.record, slot, "", kAtRest, {}, Ask(table, slot, GETNCNT), 0};
   for (int look = 0; look < kLooks; ++look) {
-    const pid_t number = AskSlot(table, slot, GETPID);
-    lock.value = AskSlot(table, slot, GETVAL);
+    const pid_t number = Ask(table, slot, GETPID);
+    lock.value = Ask(table, slot, GETVAL);
     lock.last_change = LastChange(table);
     lock.last = LookAt(number, lock.last_change);
-    const bool stayed = AskSlot(table, slot, GETVAL) == lock.value;
-    if (!stayed || AskSlot(table, slot, GETPID) != number) continue;
+    const bool stayed = Ask(table, slot, GETVAL) == lock.value;
+    if (!stayed || Ask(table, slot, GETPID) != number) continue;
     lock.last.state = StateIn(table, lock);
     return lock;
   }
@@ -80,9 +78,7 @@ std::vector<SlotLock> FindLocks(const TableState& table) {
   std::vector<unsigned short> values(static_cast<std::size_t>(table.set.semaphores));
   SemaphoreArgument argument{};
   argument.values = values.data();
-  if (semctl(table.set.id, 0, GETALL, argument) < 0) {
-    throw SystemError(errno, table.DescribeSet());
-  }
+  Ask(table, 0, GETALL, argument);
   std::vector<SlotLock> locks;
   for (std::size_t i = 0; i < values.size(); ++i) {
     if (values[i] == kAtRest) continue;

@@ -42,24 +42,21 @@ std::string Display(const std::string& lines) {
   return ".Bd -literal -offset indent\n" + lines + ".Ed\n";
 }
 
-// Paragraphs are separated by empty lines; lines that begin with blanks are kept as they are.
+// Paragraphs are separated by empty lines; lines that begin with blanks come last, and are kept as
+// they are.
 std::string Paragraphs(const std::string& text) {
-  std::istringstream stream(text + "\n\n");
+  std::istringstream stream(text);
   std::string page, display;
   bool starts = false;  // a paragraph
   for (std::string line; std::getline(stream, line);) {
     if (line.rfind(' ', 0) == 0) {
       display += Escaped(line.substr(line.find_first_not_of(' '))) + "\n";
-      continue;
+    } else if (!line.empty()) {
+      page += (starts ? ".Pp\n" : "") + Sentences(line) + "\n";
     }
-    if (!display.empty()) page += Display(display);
-    starts = (starts || line.empty()) && !page.empty() && display.empty();
-    display.clear();
-    if (line.empty()) continue;
-    page += (starts ? ".Pp\n" : "") + Sentences(line) + "\n";
-    starts = false;
+    starts = line.empty();
   }
-  return page;
+  return display.empty() ? page : page + Display(display);
 }
 
 std::string PageDate() {
