@@ -3,6 +3,7 @@
 #include <regex>
 #include <set>
 
+#include "devhost/system_call.h"
 #include "support/random_cases.h"
 #include "support/served_home.h"
 #include "tools/voatm/home/check_configuration.h"
@@ -93,6 +94,7 @@ std::string Padded(std::string file, const std::string& home) {
 }
 
 TEST(Check, FindsEachSeededFaultAndNothingElse) {
+  std::string texts;
   for (auto seed : kSeeds) {
     const TestHome home;
     seed.file = Padded(seed.file, home.path());
@@ -105,6 +107,7 @@ TEST(Check, FindsEachSeededFaultAndNothingElse) {
     const Json report = CheckConfiguration(home.path());
     std::string found;
     for (const Json& each : report["findings"]) {
+      texts += each["rule"].get<std::string>() + ": " + each["text"].get<std::string>() + "\n";
       found += each["path"].get<std::string>() + ":" + each["line"].dump() + ":" +
                each["column"].dump() + " " + each["severity"].get<std::string>() + " " +
                each["rule"].get<std::string>();
@@ -114,6 +117,8 @@ TEST(Check, FindsEachSeededFaultAndNothingElse) {
     EXPECT_EQ(report["errors"], errors);
     EXPECT_EQ(report["warnings"], 1 - errors);
   }
+  const std::regex most("\\b" + std::to_string(devhost::MostSemaphoresOfASet()) + "\\b");
+  EXPECT_EQ(std::regex_replace(texts, most, "SEMMSL"), Transcript("findings"));
 }
 
 TEST(Check, FailsForAnErrorAndWhenStrictForAWarning) {

@@ -86,6 +86,7 @@ TEST_F(LookTest, ALivingHolderIsRefusedAndADeadOneReleased) {
   ASSERT_EQ(findings.size(), 1U);
   EXPECT_EQ(findings[0]["since"].get<std::string>().find("not changed since 20"), 0U);
   EXPECT_NE(findings[0]["drivers"].get<std::string>().find("waiting now: 1"), std::string::npos);
+  EXPECT_EQ(findings[0]["next"], "voatm locks release fit 2");
   ExpectTranscript("$ locks | tail -n 1 | grep -o '[0-9]* dead.*'\n" + process +
                    " dead        1 \n=> 0\n$ tables >/dev/null\n=> 1\n$ locks >/dev/null\n=> 1\n" +
                    "$ locks release fit 2 | grep -v '  \"\"\\|  0'\n" +

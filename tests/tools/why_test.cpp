@@ -9,6 +9,7 @@
 
 #include "support/served_home.h"
 #include "tools/voatm/ask/trace_line.h"
+#include "tools/voatm/ask/trace_log.h"
 #include "tools/voatm_output.h"
 
 namespace {
@@ -46,6 +47,16 @@ TEST(Why, KnowsEveryTextOfTheSourcesOnce) {
   EXPECT_GT(said.size(), 90U);
   for (const std::string& text : said) EXPECT_EQ(known.count(text), 1U) << text;
   for (const std::string& text : known) EXPECT_EQ(said.count(text), 1U) << "gone: " << text;
+}
+
+TEST(Why, AMeaningNamesWhatIsPrinted) {
+  for (const TraceText& row : TraceTexts()) {
+    const std::string text = row.text, means = row.means;
+    for (std::size_t at = means.find('{'); at != std::string::npos; at = means.find('{', at + 1)) {
+      EXPECT_GT(means[at + 1], '0') << means;
+      EXPECT_LE(means[at + 1] - '0', std::count(text.begin(), text.end(), '%')) << means;
+    }
+  }
 }
 
 // A text with each conversion as it might be printed, and what was printed.
@@ -199,6 +210,17 @@ Error in Semop for AtmFit SysErr[ x ] ErrNo[ 43 ]
   const Json messages = VoatmJson(why)["messages"];
   EXPECT_EQ(messages[0]["processes"][1], "1");
   EXPECT_EQ(messages[2]["processes"], Json::array()) << "none is named";
+}
+
+TEST(Why, SaysFirstWhatMattersMostAndOfThatWhatIsSaidMostOften) {
+  LogSummary summary;
+  TraceReader reader;
+  for (const char* line : {"Lts Verified", "Test", "sent none", "Test", "Denom Id[ C ] is High"}) {
+    summary.Add(reader.Read(line));
+  }
+  std::string texts;
+  for (const LogMessage& each : summary.Messages()) texts += std::string(each.row->text) + "; ";
+  EXPECT_EQ(texts, "Denom Id[ %c ] is High; Test; Lts Verified; sent none; ");
 }
 
 // The lines of a file that grows, is cut and is replaced.

@@ -129,12 +129,14 @@ std::vector<EmptyCase> SweepEmpty(const CashRequest& request, const LogicOf& log
 
 std::string RunsOf(const std::vector<int>& amounts, int step) {
   std::string text;
-  for (std::size_t i = 0; i < amounts.size();) {
-    std::size_t last = i;
-    while (last + 1 < amounts.size() && amounts[last + 1] - amounts[last] == step) ++last;
-    text += (text.empty() ? "" : ", ") + std::to_string(amounts[i]);
-    if (last > i) text += (last == i + 1 ? ", " : "-") + std::to_string(amounts[last]);
-    i = last + 1;
+  for (auto first = amounts.begin(); first != amounts.end();) {
+    auto end =
+        std::adjacent_find(first, amounts.end(), [=](int a, int b) { return b - a != step; });
+    if (end != amounts.end()) ++end;
+    text += (text.empty() ? "" : ", ") + std::to_string(*first);
+    const auto size = end - first;
+    if (size > 1) text += (size == 2 ? ", " : "-") + std::to_string(*std::prev(end));
+    first = end;
   }
   return text;
 }

@@ -26,12 +26,11 @@ bool EndsWith(std::string_view text, std::string_view end) {
 // Blanks at the ends are left out, others are made one; so is the newline that a trace escapes.
 void Collapse(std::string_view line, std::string* text) {
   text->clear();
-  for (std::size_t at = 0; at < line.size();) {
-    std::size_t end = at;
-    while (end < line.size() && !IsBlank(line[end])) ++end;
-    if (end > at && !text->empty()) *text += ' ';
-    text->append(line.substr(at, end - at));
-    for (at = end; at < line.size() && IsBlank(line[at]);) ++at;
+  for (auto at = line.begin(); at != line.end();) {
+    const auto end = std::find_if(at, line.end(), IsBlank);
+    if (end != at && !text->empty()) *text += ' ';
+    text->append(at, end);
+    at = std::find_if_not(end, line.end(), IsBlank);
   }
   while (EndsWith(*text, kEscapedNewline)) {
     text->resize(text->size() - kEscapedNewline.size());

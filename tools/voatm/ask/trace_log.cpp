@@ -74,7 +74,7 @@ bool LogLines::WaitForMore() {
 }
 
 void FewTexts::Add(std::string_view text) {
-  if (more || text.empty() || texts.find(text) != texts.end()) return;
+  if (text.empty() || texts.find(text) != texts.end()) return;
   more = texts.size() == most;
   if (!more) texts.emplace(text);
 }

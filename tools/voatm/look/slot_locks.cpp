@@ -41,10 +41,7 @@ ProcessState StateIn(const TableState& table, const SlotLock& lock) {
 }  // namespace
 
 void RequireSet(const TableState& table) {
-  if (!table.key.has_value()) {
-    throw std::runtime_error(std::string("VoChannelMgr does not know the table ") +
-                             table.record->name);
-  }
+  table.RequireKey();
   if (!table.set.there()) throw SystemError(table.set.error, table.DescribeSet());
 }
 

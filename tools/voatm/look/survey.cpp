@@ -69,14 +69,6 @@ Json CountDefined(const TableState& table) try {
   return nullptr;
 }
 
-std::runtime_error NoSegment(const TableState& table) {
-  if (!table.key.has_value()) {
-    return std::runtime_error(std::string("VoChannelMgr does not know the table ") +
-                              table.record->name);
-  }
-  return SystemError(table.segment.error, table.DescribeSegment());
-}
-
 }  // namespace
 
 SetState LookAtSet(int key) {
@@ -107,6 +99,11 @@ TableState LookAtTable(const records::RecordTable& record, int slots, std::optio
     table.segment.error = table.set.error = ENOENT;
   }
   return table;
+}
+
+void TableState::RequireKey() const {
+  if (key.has_value()) return;
+  throw std::runtime_error(std::string("VoChannelMgr does not know the table ") + record->name);
 }
 
 int TableState::ReadableSlots() const {
@@ -173,7 +170,10 @@ Json TableJson(const TableState& table) {
 }
 
 Records::Records(const TableState& table) : state_(table) {
-  if (!state_.segment.there()) throw NoSegment(state_);
+  state_.RequireKey();
+  if (!state_.segment.there()) {
+    throw SystemError(state_.segment.error, state_.DescribeSegment());
+  }
   const void* address = shmat(state_.segment.id, nullptr, SHM_RDONLY);
   if (reinterpret_cast<std::intptr_t>(address) == -1) {
     const int error = errno;

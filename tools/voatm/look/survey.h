@@ -46,6 +46,8 @@ struct TableState {
   SegmentState segment;
   SetState set;
 
+  void RequireKey() const;  // throws std::runtime_error when there is none
+
   // Slots that the segment holds as a whole, and of those the ones that are configured.
   std::size_t HeldSlots() const { return segment.bytes / record->record_size; }
   int ReadableSlots() const;
