@@ -214,7 +214,9 @@ TEST_F(LookTest, ASetThatWasNeverInitialisedIsAFindingAndIsInitialised) {
   EXPECT_EQ(Voatm("locks release fit --reset --force").code, 1) << "there is nothing to give";
   LeaveSetAsCreated();
   EXPECT_EQ(Voatm("tables >/dev/null").code, 1);
-  EXPECT_EQ(Voatm("locks >/dev/null").code, 1);
+  const Output locks = Voatm("locks");
+  EXPECT_EQ(locks.code, 1);
+  EXPECT_NE(locks.text.find("were never given a value"), std::string::npos) << locks.text;
   EXPECT_EQ(VoatmJson("locks")["findings"].size(), 1U);
   EXPECT_EQ(Voatm("locks release fit 3").code, 1) << "no holder can be told";
   EXPECT_EQ(Voatm("locks release fit --reset").code, 1) << "the owner lives";
@@ -302,6 +304,9 @@ TEST_F(LookTest, AWatchSeesWhatComesBack) {
   EXPECT_TRUE(sees(R"({"complete":true,"locks":[],"findings":[{"what":"its sem)"));
   Child([&] { return Set(7); }).Wait();
   EXPECT_TRUE(sees(R"({"complete":true,"locks":[{)"));
+  home_.Remove("cfg/vokernel.cfg");
+  watch.Press(' ');
+  EXPECT_NE(watch.Until(R"({"complete":false)").find("vokernel.cfg"), std::string::npos);
   semctl(set_, 0, IPC_RMID);
 }
 

@@ -14,8 +14,8 @@ constexpr char kOutsideLogic = '@';  // the status of a cassette that takes no p
 
 struct CashRequest {
   std::string model;
-  int currency = 0;
-  int max_notes = 0;
+  int currency;
+  int max_notes;
   std::array<DenomInfo, kCassettes> cassettes{};  // those that are not given are outside the logic
 
   // Pairs of digits in a logic of the model.

@@ -37,11 +37,11 @@ const T& Required(const std::optional<T>& value, const char* name) {
 }
 
 CashRequest RequestOf(const PlanOptions& options) {
-  CashRequest request;
   if (options.model.empty()) throw UsageError("--model is required");
-  request.model = options.model;
-  request.currency = Required(options.currency, "--currency");
-  request.max_notes = Required(options.max_notes, "--max-notes");
+  CashRequest request{options.model,
+                      Required(options.currency, "--currency"),
+                      Required(options.max_notes, "--max-notes"),
+                      {}};
   if (options.cassettes.empty()) throw UsageError("CASSETTE is required");
   SetCassettes(&request, options.cassettes);
   return request;
