@@ -144,8 +144,8 @@ Answer RowsExperiment::AskNoted(std::vector<Event>* events) {
 // With a hidden row behind the others.
 std::vector<Event> RowsExperiment::AskLocked() {
   const int count = rows_->count();
-  rows_->bytes.resize(rows_->At(count + 1), kHidden);
-  Point(rows_->bytes.data(), count + 1);
+  rows_->bytes.insert(rows_->bytes.end(), rows_->table->record_size, kHidden);
+  Point(rows_->bytes.data(), rows_->count());
   std::vector<Event> events;
   util_.LockFlag = true;
   AskNoted(&events);

@@ -130,14 +130,15 @@ class FileCheck {
 
   // Returns null, reported where that is a fault, when nothing reads the key.
   const KeyKind* KindOf(const ConfigurationEntry& entry) {
-    const KeyKind* alike = nullptr;
+    const bool is_one = kind_.scope == Scope::kEveryKey && kind_.keys.size() == 1;
+    const KeyKind* meant = is_one ? &kind_.keys.front() : nullptr;
     for (const KeyKind& key : kind_.keys) {
       if (Matches(key.pattern, entry.key)) return &key;
-      if (Matches(ItemPattern(key.pattern), entry.fields.front().text)) alike = &key;
+      if (Matches(ItemPattern(key.pattern), entry.fields.front().text)) meant = &key;
     }
-    if (alike != nullptr) {
+    if (meant != nullptr) {
       Report(entry.line, entry.column, Severity::kWarning, "unread-key",
-             entry.key + " is never read: the key is " + alike->shown);
+             entry.key + " is never read: the key is " + meant->shown);
     } else if (kind_.scope == Scope::kEveryKey) {
       Report(entry.line, entry.column, Severity::kWarning, "unread-key",
              entry.key + " is never read");
