@@ -146,6 +146,17 @@ TEST_F(DiffTest, SeesGroupsThatAreCountedFirstEntriesAndTemplatesOfAnyName) {
   EXPECT_EQ(OfRequest(json, "oar HARBOUR MALL ATM00004 MY_AMT 1 COMMON")["b"]["found"], false);
 }
 
+TEST_F(DiffTest, ALogicIsAskedForTheModelOfItsNotes) {
+  Change("cfg/atm/displogic/HARBOUR_BRANCH_ATM00003_displogic.cfg", "2    4", "2    3");
+  Change("cfg/atm/displogic/HARBOUR_MALL_displogic.cfg", "0    0    0    2", "1    0    0    0");
+  const Json json =
+      Json::parse(Diff("--atm HARBOUR BRANCH ATM00003 COMMON " + std::string(kAtm)).text);
+  const Json eight = OfRequest(json, "displogic CASH 1000 HARBOUR BRANCH ATM00003 D912ATM COMMON");
+  const Json four = OfRequest(json, "displogic CASH 20 HARBOUR MALL ATM00004 NDC+ATM COMMON");
+  EXPECT_EQ(eight["b"]["answer"]["DispLogic"], "0000000000000203") << json;
+  EXPECT_EQ(four["b"]["answer"]["DispLogic"], "01000000") << json;
+}
+
 TEST_F(DiffTest, SaysTheSameToPeopleAndToPrograms) {
   Change("tables/atm_fit.json", "\"HB_STAFF\"", "\"HB_CREW\"");
   Change("tables/atm_fit.json", "\"CardPrefix\": \"978001FFFF\", \"IndirectNextState\": \"D\"",
