@@ -364,6 +364,8 @@ TEST_F(LookTest, FindingsNameTheFaultAndFailTheCommand) {
             "fit: read behind its end\nfit: fail to lock a slot from 6 on\nsecurity: do not start\n"
             "property: do not start\naction: fail to lock a slot from 7 on\n"
             "status: do not see the slots from 3\n");
+  WriteStartUpFiles(home_, home_.key_base(), {4, 6, 4, 8, 0});
+  EXPECT_EQ(VoatmJson("tables")["tables"][5]["findings"].size(), 0U) << "none is to be seen";
   semctl(small_set, 0, IPC_RMID);
 }
 

@@ -73,7 +73,7 @@ TEST_F(VoatmServe, ChecksWithoutMakingAnything) {
                   "the text ends too early: " + tables + "atm_status.json:1, column 1"}));
   EXPECT_EQ(Voatm("serve --check").code, 1);
   home_.Remove("tables");
-  EXPECT_EQ(Voatm("serve --check").code, 0);
+  EXPECT_EQ(Voatm("serve --check --exit-with 1").code, 0);
   EXPECT_FALSE(Serves());
   const int queue = msgget(base_ + 2, IPC_CREAT | 0600);
   EXPECT_EQ(Voatm("serve --check").code, 1);

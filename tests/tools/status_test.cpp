@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 
 #include "devhost/system_call.h"
 #include "support/served_home.h"
@@ -82,6 +83,10 @@ TEST_F(StatusTest, SaysInOneLineThatAllIsWell) {
   EXPECT_EQ(status.code, 0);
   EXPECT_EQ(status.text.substr(19), " " + home_.path() + ": all is well\n");
   EXPECT_EQ(Ask()["sound"], true);
+  const std::string status_alone = BUILD_DIRECTORY "/voatm status >/dev/null";
+  EXPECT_EQ(Shell("unset XDG_STATE_HOME; HOME=" + home_.path() + " " + status_alone).code, 0);
+  EXPECT_TRUE(std::filesystem::exists(home_.path() + "/.local/state/voatm"));
+  EXPECT_EQ(Shell("unset XDG_STATE_HOME HOME; " + status_alone).code, 0) << "nothing is kept";
 }
 
 TEST_F(StatusTest, JudgesRecordsByAskingTheLibrary) {

@@ -59,9 +59,9 @@ std::string MeaningOf(const CashRequest& request, int code) {
   if (code == 108) {
     return "no cassette of currency " + std::to_string(request.currency) + " can be used";
   }
-  const int offset = code - kFirstCassette;
-  if (offset < 0 || offset >= 2 * static_cast<int>(kCassettes)) return "an unknown code";
-  const DenomInfo& cassette = request.cassettes[static_cast<std::size_t>(offset / 2)];
+  const auto offset = static_cast<std::size_t>(code - kFirstCassette);
+  if (offset >= 2 * kCassettes) return "an unknown code";
+  const DenomInfo& cassette = request.cassettes[offset / 2];
   return "cassette " + CassetteName(cassette) + " stands in the way: " +
          (offset % 2 == 0 ? "the plan needs too many notes" : "its notes are too large");
 }

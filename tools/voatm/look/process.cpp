@@ -43,10 +43,10 @@ std::optional<Stat> ReadStat(pid_t id) {
   const std::string text = ReadProc(id, "stat");
   const std::size_t command_end = text.rfind(')');  // the command itself may hold one
   if (command_end == std::string::npos) return std::nullopt;
-  std::istringstream fields(text.substr(command_end + 1));
+  std::istringstream fields(text.substr(command_end));
   Stat stat{};
   std::string skipped;
-  fields >> stat.state;
+  fields >> skipped >> stat.state;
   for (int i = 0; i < kFieldsBeforeThreads; ++i) fields >> skipped;
   double start_ticks = 0;
   fields >> stat.threads >> skipped >> start_ticks;

@@ -19,10 +19,14 @@ const char* Variable(const char* name) {
 
 // One file a home; empty when there is no place for it.
 fs::path KeysFile(const std::string& home) {
-  const char* const state = Variable("XDG_STATE_HOME");
-  const char* const user = Variable("HOME");
-  if (state == nullptr && user == nullptr) return {};
-  const fs::path root = state != nullptr ? fs::path(state) : fs::path(user) / ".local/state";
+  fs::path root;
+  if (const char* const state = Variable("XDG_STATE_HOME")) {
+    root = state;
+  } else if (const char* const user = Variable("HOME")) {
+    root = fs::path(user) / ".local/state";
+  } else {
+    return {};
+  }
   std::error_code error;
   std::string name = fs::canonical(home, error).string();
   std::replace(name.begin(), name.end(), '/', '%');

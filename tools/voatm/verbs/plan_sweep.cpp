@@ -108,12 +108,15 @@ std::string Axis(const std::vector<int>& amounts) {
 // Amounts beside each other that fare alike are one piece.
 std::string Bar(const EmptyCase& each, const std::vector<int>& amounts) {
   std::string pieces;
-  for (std::size_t begin = 0, end = 0; begin < amounts.size(); begin = end) {
-    while (end < amounts.size() && each.fates[end] == each.fates[begin]) ++end;
-    const std::string last = end - begin > 1 ? " to " + std::to_string(amounts[end - 1]) : "";
-    pieces += Swatch(each.fates[begin], " style=\"flex:" + std::to_string(end - begin) +
-                                            "\" title=\"" + std::to_string(amounts[begin]) + last +
-                                            ": " + NameOf(each.fates[begin]) + "\"");
+  auto amount = amounts.begin();
+  for (auto fate = each.fates.begin(); fate != each.fates.end();) {
+    const auto end = std::find_if(fate, each.fates.end(), [=](Payment of) { return of != *fate; });
+    const auto size = end - fate;
+    const std::string last = size > 1 ? " to " + std::to_string(amount[size - 1]) : "";
+    pieces += Swatch(*fate, " style=\"flex:" + std::to_string(size) + "\" title=\"" +
+                                std::to_string(*amount) + last + ": " + NameOf(*fate) + "\"");
+    fate = end;
+    amount += size;
   }
   return Row("bar", LabelOf(each), pieces, PercentOf(each));
 }
