@@ -211,6 +211,7 @@ TEST_F(StatusTest, LooksWithoutVoChannelMgr) {
   const int nobodys = home_.key_base() + 4;  // whose queue does not exist
   WriteStartUpFiles(home_, nobodys, {});
   EXPECT_EQ(Ask()["tables"].size(), 0U) << "no keys are known";
+  EXPECT_EQ(Voatm("list fit").text.find("taking the key"), std::string::npos);
   EXPECT_EQ(Ask("--key fit=" + std::to_string(Key(1)))["tables"].size(), 1U);
   WriteStartUpFiles(home_, home_.key_base(), {});
   EXPECT_EQ(Found(), "");
