@@ -164,7 +164,8 @@ void Say(const std::string& text) {
 }
 
 void FlushOutput() {
-  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return;
+  std::fflush(stdout);
+  if (std::ferror(stdout) == 0) return;
   throw std::runtime_error(std::string(std::strerror(errno)) + ": cannot write standard output");
 }
 

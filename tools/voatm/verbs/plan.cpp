@@ -122,14 +122,13 @@ void PrintPlan(const Json& report) {
   const std::string outcome = report["outcome"], meaning = report["meaning"];
   const std::string code = report["code"] == 0 ? "" : ", code " + InOneLine(report["code"]);
   const Json& configured = report["configured"];
-  std::string logic, fate, nearby;
+  const std::string nearby = InOneLine(report["nearby"]);
+  std::string logic, fate;
   if (configured.is_object()) {
     const std::string source = configured["source"];
     logic = LogicText(configured) + (source.empty() ? "" : ", " + source);
     fate = configured["fate"];
   }
-  for (const Json& amount : report["nearby"])
-    nearby += (nearby.empty() ? "" : " ") + InOneLine(amount);
   PrintFacts(
       InOneLine(report["amount"]) + ": " + outcome + code + (meaning.empty() ? "" : ", " + meaning),
       {{"configured", logic},
