@@ -49,23 +49,23 @@ CashRequest Without(const std::string& empty, CashRequest request) {
 }  // namespace
 
 std::vector<int> PaidNearby(const CashRequest& request, const LogicOf& logic_of, int amount) {
-  constexpr int kSteps = 200;
-  constexpr int kWanted = 2;  // on each side
-  const int unit = UnitOf(request);
+  constexpr int kLooks = 200;  // on each side
+  constexpr int kWanted = 2;
+  const long long unit = UnitOf(request);
   std::vector<int> paid;
-  for (const int direction : {-1, 1}) {
+  const auto look_from = [&](long long first, long long step) {
     int wanted = kWanted;
-    long long candidate = amount / unit * static_cast<long long>(unit);
-    if (direction < 0 && candidate < amount) candidate += unit;
-    for (int step = 0; step < kSteps && wanted > 0; ++step) {
-      candidate += direction * static_cast<long long>(unit);
-      if (candidate <= 0 || candidate > INT_MAX) break;
+    for (int look = 0; look < kLooks && wanted > 0; ++look) {
+      const long long candidate = first + look * step;
+      if (candidate <= 0 || candidate > INT_MAX) return;
       const int near = static_cast<int>(candidate);
       if (Pay(request, logic_of(near), near).payment != Payment::kPaid) continue;
       paid.push_back(near);
       --wanted;
     }
-  }
+  };
+  look_from((amount - 1) / unit * unit, -unit);
+  look_from((amount / unit + 1) * unit, unit);
   std::sort(paid.begin(), paid.end());
   return paid;
 }
