@@ -88,12 +88,12 @@ void LogSummary::Add(const TraceLine& line) {
   const TraceMatch& match = line.matches.front();
   // Numbers that no system has would be messages without end.
   constexpr std::size_t kDigits = 3, kLongestName = 100;
-  const std::string number(line.error_number.substr(0, kDigits + 1));
-  const bool possible = number.size() <= kDigits;
-  LogMessage& message = messages_[{match.row, possible ? number : ""}];
+  const bool possible = line.error_number.size() <= kDigits;
+  const std::string number(possible ? line.error_number : "");
+  LogMessage& message = messages_[{match.row, number}];
   ++message.count;
   message.row = match.row;
-  if (possible) message.error_number = number;
+  message.error_number = number;
   if (possible) message.error_name = line.error_name.substr(0, kLongestName);
   if (message.first.empty()) message.first = line.time;
   if (!line.time.empty()) message.last = line.time;
