@@ -238,6 +238,7 @@ TEST_F(StatusTest, OneBrokenPartHidesNoOther) {
   EXPECT_EQ(findings[1]["next"], "voatm locks release status 1 --reset");
   EXPECT_EQ(findings[2]["next"], "voatm check --home " + home_.path());
   const std::string errors = findings[2]["what"];
+  EXPECT_EQ(errors.find("the quote that begins here"), 0U) << errors;
   EXPECT_NE(errors.find(", and 1 more error"), std::string::npos) << errors;
   const std::string text = Voatm("status").text;
   EXPECT_NE(text.find("\nits value is 7, not 0 or 2\n  where    slot 1 of ATMSTATUSMEMORY"),
@@ -267,7 +268,7 @@ TEST_F(StatusTest, AWatchMarksWhatIsNewAndLeavesTheTerminalAsItWas) {
   EXPECT_TRUE(watch.EchoesLines());
 
   for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
-    Watched ended(BUILD_DIRECTORY "/voatm status --watch 86400");
+    Watched ended(BUILD_DIRECTORY "/voatm status --watch 1");
     EXPECT_NE(ended.Until("all is well"), "");
     kill(ended.process(), signal);
     EXPECT_NE(ended.Until("\033[?1049l"), "") << signal;
