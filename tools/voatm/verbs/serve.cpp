@@ -34,7 +34,17 @@ Json PlanJson(const HostPlan& plan) {
   return {{"queue_key", plan.queue_key}, {"tables", std::move(tables)}};
 }
 
+void SayWhatStartsEmpty(const HostPlan& plan) {
+  std::string missing;
+  for (const PlannedTable& table : plan.tables) {
+    if (table.image.has_file || table.image.slots == 0) continue;
+    missing += (missing.empty() ? "" : ", ") + table.image.file + " for " + table.record->name;
+  }
+  if (!missing.empty()) Say("these tables start empty, there is no " + missing);
+}
+
 void Print(const ServeOptions& options, const HostPlan& plan, bool ready) {
+  SayWhatStartsEmpty(plan);
   if (options.json) {
     Json json = {{"ready", ready},
                  {"home", std::filesystem::canonical(options.home).string()},
@@ -45,30 +55,20 @@ void Print(const ServeOptions& options, const HostPlan& plan, bool ready) {
     return;
   }
   if (plan.refusals.empty()) {
-    TextTable text({{"TABLE"}, {"KEY", true}, {"SLOTS", true}, {"ROWS", true}, {"BYTES", true}});
-    for (const PlannedTable& table : plan.tables) {
-      text.AddRow({table.record->name, std::to_string(table.key), std::to_string(table.image.slots),
-                   std::to_string(table.image.rows), std::to_string(table.Segment().size)});
-    }
-    text.AddRow({"queue", std::to_string(plan.queue_key), "", "", ""});
-    text.Print();
+    Json rows = PlanJson(plan)["tables"];
+    rows.push_back({{"table", "queue"}, {"key", plan.queue_key}});
+    PrintTable(rows, {{"TABLE", "/table"},
+                      {"KEY", "/key"},
+                      {"SLOTS", "/slots"},
+                      {"ROWS", "/rows"},
+                      {"BYTES", "/bytes"}});
     if (ready) PrintLine("ready");
   }
   for (const std::string& refusal : plan.refusals) Say(refusal);
 }
 
-void SayWhatStartsEmpty(const HostPlan& plan) {
-  std::string missing;
-  for (const PlannedTable& table : plan.tables) {
-    if (table.image.has_file || table.image.slots == 0) continue;
-    missing += (missing.empty() ? "" : ", ") + table.image.file + " for " + table.record->name;
-  }
-  if (!missing.empty()) Say("these tables start empty, there is no " + missing);
-}
-
 ExitCode CheckHome(const ServeOptions& options) {
   const HostPlan plan = devhost::PlanHost(options.home, options.host.replace);
-  SayWhatStartsEmpty(plan);
   Print(options, plan, false);
   return plan.refusals.empty() ? kDone : kFindings;
 }
@@ -78,7 +78,6 @@ ExitCode Serve(const ServeOptions& options) {
   if (options.check) return CheckHome(options);
   std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away must not leave the tables behind
   devhost::Host host(options.home, options.host);
-  SayWhatStartsEmpty(host.plan());
   host.Serve([&] {
     Print(options, host.plan(), true);
     FlushOutput();
