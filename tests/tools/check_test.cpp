@@ -3,7 +3,6 @@
 #include <regex>
 #include <set>
 
-#include "devhost/system_call.h"
 #include "support/random_cases.h"
 #include "support/served_home.h"
 #include "tools/voatm/home/check_configuration.h"
@@ -97,6 +96,11 @@ std::string Padded(std::string file, const std::string& home) {
   return file.insert(at, std::string(length - home.size() - 1 - file.size(), 'A'));
 }
 
+// SEMMSL is the machine's.
+std::string WithoutNumber(const std::string& text) {
+  return std::regex_replace(text, std::regex("at most [0-9]+"), "at most SEMMSL");
+}
+
 TEST(Check, FindsEachSeededFaultAndNothingElse) {
   std::string texts;
   for (auto seed : kSeeds) {
@@ -111,7 +115,8 @@ TEST(Check, FindsEachSeededFaultAndNothingElse) {
     const Json report = CheckConfiguration(home.path());
     std::string found;
     for (const Json& each : report["findings"]) {
-      texts += each["rule"].get<std::string>() + ": " + each["text"].get<std::string>() + "\n";
+      const std::string text = each["text"], rule = each["rule"];
+      texts += rule + ": " + (rule == "above-semmsl" ? WithoutNumber(text) : text) + "\n";
       found += each["path"].get<std::string>() + ":" + each["line"].dump() + ":" +
                each["column"].dump() + " " + each["severity"].get<std::string>() + " " +
                each["rule"].get<std::string>();
@@ -121,8 +126,7 @@ TEST(Check, FindsEachSeededFaultAndNothingElse) {
     EXPECT_EQ(report["errors"], errors);
     EXPECT_EQ(report["warnings"], 1 - errors);
   }
-  const std::regex most("\\b" + std::to_string(devhost::MostSemaphoresOfASet()) + "\\b");
-  EXPECT_EQ(std::regex_replace(texts, most, "SEMMSL"), Transcript("findings"));
+  EXPECT_EQ(texts, Transcript("findings"));
 }
 
 TEST(Check, FailsForAnErrorAndWhenStrictForAWarning) {
@@ -131,10 +135,10 @@ TEST(Check, FailsForAnErrorAndWhenStrictForAWarning) {
   home.Write(kOpkey, "A_A 010000 0 978 Y Y Y\n");
   const std::regex text(": ([a-z]*): .* \\[(.*)\\]\n");
   for (const auto& [arguments, code] : {std::pair{"check", 0}, {"check --strict", 1}}) {
-    const Output answer = Voatm(arguments + std::string(" 2>/dev/null"));
-    EXPECT_EQ(std::regex_replace(answer.text, text, " $1 $2"),
+    const Output output = Voatm(arguments + std::string(" 2>/dev/null"));
+    EXPECT_EQ(std::regex_replace(output.text, text, " $1 $2"),
               home.path() + "/" + kOpkey + ":1:22 warning extra-field");
-    EXPECT_EQ(answer.code, code) << arguments;
+    EXPECT_EQ(output.code, code) << arguments;
   }
   home.Write(kOpkey, "A_A 010000 0 978 Y\n");
   EXPECT_EQ(Voatm("check").code, 1);

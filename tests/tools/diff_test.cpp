@@ -46,9 +46,9 @@ TEST_F(DiffTest, LayoutAndOrderAreNoDifference) {
   const std::string keys = "new/cfg/atm/statetable/opkey/HARBOUR_opk.cfg";
   home_.Write(keys, home_.Read(keys) + "[NOTHING]\n");
   std::filesystem::create_symlink("nowhere", home_.path() + "/new/cfg/.#lock");
-  const Output answer = Diff(kAtm);
-  EXPECT_EQ(answer.code, 0);
-  EXPECT_EQ(Json::parse(answer.text), Json::parse(R"({"rows":[],"entries":[],"answers":[]})"));
+  const Output output = Diff(kAtm);
+  EXPECT_EQ(output.code, 0);
+  EXPECT_EQ(Json::parse(output.text), Json::parse(R"({"rows":[],"entries":[],"answers":[]})"));
 }
 
 TEST_F(DiffTest, NamesRowsEntriesAndTheAnswersThatChange) {
@@ -57,9 +57,9 @@ TEST_F(DiffTest, NamesRowsEntriesAndTheAnswersThatChange) {
          "\"CardPrefix\": \"978001FFFF\", \"IndirectNextState\": \"X\"");
   Change("cfg/atm/statetable/resptable/HARBOUR_MALL_resp.cfg", "021", "022");
   std::filesystem::remove(home_.path() + "/new/cfg/atm/statetable/opkey/HARBOUR_opk.cfg");
-  const Output answer = Diff(std::string(kAtm) + " --atm HARBOUR BRANCH ATM00001");
-  EXPECT_EQ(answer.code, 1);
-  const Json json = Json::parse(answer.text);
+  const Output output = Diff(std::string(kAtm) + " --atm HARBOUR BRANCH ATM00001");
+  EXPECT_EQ(output.code, 1);
+  const Json json = Json::parse(output.text);
   std::string rows;
   for (const Json& row : json["rows"]) {
     rows += row["id"].get<std::string>() + " " + row["change"].get<std::string>() + "; ";

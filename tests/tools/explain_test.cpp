@@ -56,9 +56,9 @@ class ExplainTest : public testing::Test {
       std::string arguments = each.arguments;
       const std::size_t from = arguments.find("--from ");
       if (from != std::string::npos) arguments.insert(from + 7, home_.path() + "/");
-      const Output answer = Voatm("explain " + arguments + " --json 2>/dev/null");
-      EXPECT_EQ(answer.code, each.code) << each.arguments;
-      const Json json = Json::parse(answer.text, nullptr, false);
+      const Output output = Voatm("explain " + arguments + " --json 2>/dev/null");
+      EXPECT_EQ(output.code, each.code) << each.arguments;
+      const Json json = Json::parse(output.text, nullptr, false);
       for (const auto& [place, expected] : each.expected) {
         const Json::json_pointer pointer(place);
         const Json actual = json.contains(pointer) ? json.at(pointer) : Json("nothing there");
@@ -240,12 +240,12 @@ TEST_F(ExplainTest, FilesStandBehindWhenTheyWouldAnswer) {
 TEST_F(ExplainTest, WhatMayNotBeReadIsNoAnswer) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can become somebody else";
   home_.Write("cfg/atm/CARDLESS_TXN.cfg", "[OPKEYMAP]\nK 2\n");
-  const Output answer = Shell("chmod 755 " + home_.path() + "; chmod 700 " + home_.path() +
+  const Output output = Shell("chmod 755 " + home_.path() + "; chmod 700 " + home_.path() +
                               "/cfg; setpriv --reuid=65534 --clear-groups " BUILD_DIRECTORY
                               "/voatm explain cardless K --json --home " +
                               home_.path() + " 2>&1");
-  EXPECT_EQ(answer.code, 2);
-  EXPECT_NE(answer.text.find("not opened: Permission denied"), std::string::npos) << answer.text;
+  EXPECT_EQ(output.code, 2);
+  EXPECT_NE(output.text.find("not opened: Permission denied"), std::string::npos) << output.text;
   home_.Remove("cfg/atm/CARDLESS_TXN.cfg");
   home_.Write("cfg/atm/CARDLESS_TXN.cfg/K", "a folder");
   const Output folder = Voatm("explain cardless K");
@@ -285,9 +285,9 @@ TEST_F(ExplainTest, TextsAreTakenApart) {
   mkfifo((home_.path() + "/fifo").c_str(), 0600);
   for (const char* file : {"/tmp", "/dev/zero", "fifo"}) {
     const std::string path = file[0] == '/' ? file : home_.path() + "/" + file;
-    const Output answer = Voatm("explain message " + path);
-    EXPECT_EQ(answer.code, 2) << path;
-    EXPECT_NE(answer.text.find(path), std::string::npos) << answer.text;
+    const Output output = Voatm("explain message " + path);
+    EXPECT_EQ(output.code, 2) << path;
+    EXPECT_NE(output.text.find(path), std::string::npos) << output.text;
   }
   EXPECT_EQ(Voatm("explain fit A B C --from " + home_.path() + "/fifo").code, 2);
   home_.Write("short", "abc");

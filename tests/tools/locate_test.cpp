@@ -95,10 +95,10 @@ TEST_F(LocatorTest, ATableThatTheManagerDoesNotKnowIsSaid) {
   EXPECT_EQ(Voatm("tables >/dev/null").code, 1);
   for (const char* verb : {"list fit", "show fit 1", "dump fit", "locks release fit 1",
                            "explain fit I G A 1", "diff live live"}) {
-    const Output answer = Voatm(verb);
-    EXPECT_EQ(answer.code, 2) << verb;
-    EXPECT_NE(answer.text.find("VoChannelMgr does not know the table A"), std::string::npos)
-        << answer.text;
+    const Output output = Voatm(verb);
+    EXPECT_EQ(output.code, 2) << verb;
+    EXPECT_NE(output.text.find("VoChannelMgr does not know the table A"), std::string::npos)
+        << output.text;
   }
   EXPECT_EQ(Voatm("locks >/dev/null").code, 1);
   EXPECT_EQ(Voatm("status >/dev/null").code, 1);

@@ -142,8 +142,8 @@ TEST(Plan, TakesDecimalNumbersAndWhatGoesTogether) {
            {"--currency 36 --amount 70 --logic 0101", 2},
            {"--amount 70", 2},
        }) {
-    const Output answer = Voatm("plan " + std::string(arguments) + kGiven);
-    EXPECT_EQ(answer.code, code) << arguments << answer.text;
+    const Output output = Voatm("plan " + std::string(arguments) + kGiven);
+    EXPECT_EQ(output.code, code) << arguments << output.text;
   }
   const char* const without = "plan --currency 36 --max-notes 9 --amount 20 ";
   EXPECT_EQ(Voatm(without + std::string("A:20:36:Y")).code, 2);
@@ -167,10 +167,10 @@ TEST(Plan, TakesDecimalNumbersAndWhatGoesTogether) {
        }) {
     home.Write("plan.json", file);
     const bool cassettes = std::string(file).find("cassettes") != std::string::npos;
-    const Output answer = Voatm("plan --model NDC+ATM --file " + home.path() + "/plan.json" +
+    const Output output = Voatm("plan --model NDC+ATM --file " + home.path() + "/plan.json" +
                                 (cassettes ? "" : " A:20:036:Y B:50:036:Y"));
-    EXPECT_EQ(answer.code, code) << file << answer.text;
-    EXPECT_EQ(answer.text.find("plan.json") != std::string::npos, code == 2) << answer.text;
+    EXPECT_EQ(output.code, code) << file << output.text;
+    EXPECT_EQ(output.text.find("plan.json") != std::string::npos, code == 2) << output.text;
   }
   home.Write("plan.json", "{\n ]");
   EXPECT_NE(Voatm("plan --file " + home.path() + "/plan.json").text.find("plan.json:2:2"),

@@ -45,11 +45,11 @@ TEST_F(VoatmServe, TellsWhatItMadeAndEndsWithAnotherProcess) {
   EXPECT_EQ(state.shm_perm.mode & 0777, 0660);
 
   leader.Kill();
-  const Output answer = served.get();
-  EXPECT_EQ(answer.code, 0);
+  const Output output = served.get();
+  EXPECT_EQ(output.code, 0);
   EXPECT_FALSE(Serves());
   const std::string tables = home_.path() + "/tables/";
-  EXPECT_EQ(answer.text, "voatm: these tables start empty, there is no " + tables +
+  EXPECT_EQ(output.text, "voatm: these tables start empty, there is no " + tables +
                              "atm_property.json for ATMPROPERTYMEMORY, " + tables +
                              "atm_action_property.json for ATMACTIONPROPERTYMEMORY, " + tables +
                              "atm_status.json for ATMSTATUSMEMORY\n");

@@ -86,7 +86,12 @@ TEST_F(StatusTest, SaysInOneLineThatAllIsWell) {
   const std::string status_alone = BUILD_DIRECTORY "/voatm status >/dev/null";
   EXPECT_EQ(Shell("unset XDG_STATE_HOME; HOME=" + home_.path() + " " + status_alone).code, 0);
   EXPECT_TRUE(std::filesystem::exists(home_.path() + "/.local/state/voatm"));
-  EXPECT_EQ(Shell("unset XDG_STATE_HOME HOME; " + status_alone).code, 0) << "nothing is kept";
+  home_.Write("empty/here/none", "");
+  home_.Remove("empty/here/none");
+  EXPECT_EQ(
+      Shell("cd " + home_.path() + "/empty/here; unset XDG_STATE_HOME HOME; " + status_alone).code,
+      0);
+  EXPECT_TRUE(std::filesystem::is_empty(home_.path() + "/empty/here")) << "nothing is kept";
 }
 
 TEST_F(StatusTest, JudgesRecordsByAskingTheLibrary) {
@@ -211,7 +216,7 @@ TEST_F(StatusTest, LooksWithoutVoChannelMgr) {
   const int nobodys = home_.key_base() + 4;  // whose queue does not exist
   WriteStartUpFiles(home_, nobodys, {});
   EXPECT_EQ(Ask()["tables"].size(), 0U) << "no keys are known";
-  EXPECT_EQ(Voatm("list fit").text.find("taking the key"), std::string::npos);
+  EXPECT_NE(Voatm("list fit").text.find("VoChannelMgr is not running"), std::string::npos);
   EXPECT_EQ(Ask("--key fit=" + std::to_string(Key(1)))["tables"].size(), 1U);
   WriteStartUpFiles(home_, home_.key_base(), {});
   EXPECT_EQ(Found(), "");

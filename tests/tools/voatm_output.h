@@ -38,8 +38,8 @@ inline void ExpectTranscript(const std::string& expected) {
   std::string actual;
   for (std::string line; std::getline(lines, line);) {
     if (line.rfind("$ ", 0) != 0) continue;
-    const Output answer = Voatm(line.substr(2));
-    actual += line + "\n" + answer.text + "=> " + std::to_string(answer.code) + "\n";
+    const Output output = Voatm(line.substr(2));
+    actual += line + "\n" + output.text + "=> " + std::to_string(output.code) + "\n";
   }
   EXPECT_EQ(actual, expected);
 }

@@ -92,11 +92,11 @@ TEST_F(VoatmTest, OptionsBeforeTheSecondWordCountAsBehindIt) {
         "locks release fit 2 --home %s --json"}) {
     std::string line = arguments;
     line.replace(line.find("%s"), 2, home_.path());
-    const Output answer = Shell("VODIR_HOME=none " BUILD_DIRECTORY "/voatm " + line);
-    const Json json = Json::parse(answer.text);
+    const Output output = Shell("VODIR_HOME=none " BUILD_DIRECTORY "/voatm " + line);
+    const Json json = Json::parse(output.text);
     EXPECT_EQ(json["lock"]["slot"], 2) << arguments;
     EXPECT_EQ(json["lock"]["id"], "NOTDEFINED") << arguments;
-    EXPECT_EQ(answer.code, json["released"] ? 0 : 1) << arguments;
+    EXPECT_EQ(output.code, json["released"] ? 0 : 1) << arguments;
   }
   EXPECT_EQ(Voatm("locks --watch release fit 2").code, 2);
 }

@@ -111,6 +111,24 @@ TEST(Why, ReadsEveryTextBehindAnyPrefix) {
   }
 }
 
+TEST(Why, FindsTheDateBeforeAClock) {
+  TraceReader reader;
+  for (const char* date :
+       {"2026-11-21 ", "2026/11/21 ", "2026.11.21_", "2026-11-21, ", "2026-11-21] [", "21/11/2026 ",
+        "21-11-2026;", "1.11.2026 ", "21.11.26 ", "20261121T", "21-Nov-2026 ", "1 Nov 2026 ",
+        "21Nov2026 ", "2026-Nov-21 ", "Nov 21 2026 ", "Nov 21 ", "Nov 1 ", "11-21 "}) {
+    for (const char* before : {"", "<13>", "d[7]: ", "driver.log:12:", "("}) {
+      const std::string line = before + (date + std::string("09:30:05.1 [7] 2 Lts Verified"));
+      EXPECT_EQ(reader.Read(line).time, date + std::string("09:30:05.1")) << line;
+    }
+  }
+  for (const char* no_date :
+       {"thread 12 ", "driver 7 ", "job0012345678 ", "1.12.34 ", "[12345] "}) {
+    const std::string line = no_date + std::string("09:30:05.1 Lts Verified");
+    EXPECT_EQ(reader.Read(line).time, "09:30:05.1") << line;
+  }
+}
+
 // clang-format off
 const struct {
   std::string line, means;

@@ -47,7 +47,7 @@ int MarkOf(const Question& question, const Answer& answer);
 // Asks a question of a table. Ask is one call of the library on the rows, without copies.
 class RowsExperiment {
  public:
-  // `rows` must outlive it; they are as before after each call but the last, Explain.
+  // `rows` must outlive it.
   RowsExperiment(const Question& question, const Inputs& inputs, Rows* rows);
 
   Answer Ask();
@@ -60,7 +60,7 @@ class RowsExperiment {
   int FindSlot();  // of the row that answers, or -1
   void Mark();
   int FindMarked();
-  Answer AskOf(char* records, int slots);  // of others than its rows
+  Answer AskOf(char* records, int slots);  // of these alone
   Answer AskNoted(std::vector<Event>* events);
   std::vector<Event> AskLocked();
   void LookBehind(int taken, Json* explanation);

@@ -63,35 +63,47 @@ std::size_t PrintedBy(char conversion, std::string_view text, std::string_view b
   return EndsWith(text, behind) ? text.size() - behind.size() : std::string_view::npos;
 }
 
-// How a time begins: 0 is a digit, A a letter.
-constexpr std::string_view kTimes[] = {"0000-00-00 00:00:00",
-                                       "0000-00-00T00:00:00",
-                                       "0000/00/00 00:00:00",
-                                       "00.00.0000 00:00:00",
-                                       "00/00/0000 00:00:00",
-                                       "00000000 00:00:00",
-                                       "00/AAA/0000:00:00:00",
-                                       "00-AAA-0000 00:00:00",
-                                       "00 AAA 0000 00:00:00",
-                                       "AAA 00 0000 00:00:00",
-                                       "AAA 00 00:00:00",
-                                       "AAA 0 00:00:00",
-                                       "00:00:00"};
+// Dates as they stand before a clock: 0 is a digit, A a letter, - what separates them.
+constexpr std::string_view kDates[] = {
+    "0000-00-00", "00-00-0000",  "0-00-0000",   "00-00-00", "00000000", "00-AAA-0000", "0-AAA-0000",
+    "00AAA0000",  "0000-AAA-00", "AAA-00-0000", "AAA-00",   "AAA-0",    "00-00"};
+constexpr std::string_view kClock = "00:00:00";
 
-bool HasForm(std::string_view text, std::string_view form) {
-  return text.size() >= form.size() &&
-         std::equal(form.begin(), form.end(), text.begin(), [](char kind, char c) {
-           if (kind == '0') return IsDigit(c);
-           return kind == 'A' ? std::isalpha(static_cast<unsigned char>(c)) != 0 : kind == c;
-         });
+bool IsOfKind(char kind, char c) {
+  if (kind == '0') return IsDigit(c);
+  if (kind == 'A') return std::isalpha(static_cast<unsigned char>(c)) != 0;
+  return kind == '-' ? std::strchr("-/. ", c) != nullptr : kind == c;
+}
+
+bool EndsWithForm(std::string_view text, std::string_view form) {
+  if (text.size() < form.size()) return false;
+  text.remove_prefix(text.size() - form.size());
+  return std::equal(form.begin(), form.end(), text.begin(), IsOfKind);
+}
+
+bool IsDatePart(char c) {
+  return std::isalnum(static_cast<unsigned char>(c)) != 0 || std::strchr("-/.", c) != nullptr;
+}
+
+// Where the date begins before a clock; where that does when there is none.
+std::size_t StartOfTime(std::string_view before_clock) {
+  const std::string_view date =
+      before_clock.substr(0, before_clock.find_last_not_of(" T_-,;:[]") + 1);
+  for (const std::string_view form : kDates) {
+    if (!EndsWithForm(date, form)) continue;
+    const std::size_t start = date.size() - form.size();
+    if (start == 0 || !IsDatePart(date[start - 1])) return start;
+  }
+  return before_clock.size();
 }
 
 std::string_view TimeIn(std::string_view prefix) {
-  for (; !prefix.empty(); prefix.remove_prefix(1)) {
-    for (const std::string_view form : kTimes) {
-      if (!HasForm(prefix, form)) continue;
-      return prefix.substr(0, prefix.find_first_of(" ]>)\"", form.size()));
-    }
+  for (std::size_t end = kClock.size(); end <= prefix.size(); ++end) {
+    const std::string_view before = prefix.substr(0, end - kClock.size());
+    if (!EndsWithForm(prefix.substr(0, end), kClock)) continue;
+    if (!before.empty() && IsDigit(before.back())) continue;
+    const std::size_t start = StartOfTime(before);
+    return prefix.substr(start, prefix.find_first_of(" ]>)\"", end) - start);
   }
   return {};
 }

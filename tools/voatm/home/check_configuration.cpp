@@ -130,18 +130,19 @@ class FileCheck {
 
   // Returns null, reported where that is a fault, when nothing reads the key.
   const KeyKind* KindOf(const ConfigurationEntry& entry) {
-    const bool is_one = kind_.scope == Scope::kEveryKey && kind_.keys.size() == 1;
-    const KeyKind* meant = is_one ? &kind_.keys.front() : nullptr;
+    const KeyKind* alike = nullptr;
     for (const KeyKind& key : kind_.keys) {
       if (Matches(key.pattern, entry.key)) return &key;
-      if (Matches(ItemPattern(key.pattern), entry.fields.front().text)) meant = &key;
+      if (Matches(ItemPattern(key.pattern), entry.fields.front().text)) alike = &key;
     }
-    if (meant != nullptr) {
+    if (alike != nullptr) {
       Report(entry.line, entry.column, Severity::kWarning, "unread-key",
-             entry.key + " is never read: the key is " + meant->shown);
+             entry.key + " is never read: the key is " + alike->shown);
     } else if (kind_.scope == Scope::kEveryKey) {
+      const bool has_one_key = kind_.keys.size() == 1;
       Report(entry.line, entry.column, Severity::kWarning, "unread-key",
-             entry.key + " is never read");
+             entry.key + " is never read" +
+                 (has_one_key ? ": only " + kind_.keys.front().shown + " is" : ""));
     }
     return nullptr;
   }

@@ -26,8 +26,7 @@ class OnlyReleaser {
 };
 
 // Gives a semaphore of a table's set the value of rest in the same step that finds it at `value`,
-// and at no other; returns whether it did. Throws std::runtime_error when there is no such
-// semaphore.
+// and at no other; returns whether it did. Throws as ReleaseSlot does.
 bool BringToRest(const TableState& table, int slot, int value);
 
 // What may be done beyond giving back what a dead process holds.

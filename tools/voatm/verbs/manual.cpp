@@ -38,25 +38,27 @@ std::string Arguments(const std::string& words) {
   return arguments;
 }
 
-std::string Display(const std::string& lines) {
-  return ".Bd -literal -offset indent\n" + lines + ".Ed\n";
-}
+const std::string kDisplay = ".Bd -literal -offset indent\n";
+const std::string kEndOfDisplay = ".Ed\n";
 
-// Paragraphs are separated by empty lines; lines that begin with blanks come last, and are kept as
-// they are.
+// Paragraphs are separated by empty lines; lines that begin with blanks are kept as they are.
 std::string Paragraphs(const std::string& text) {
   std::istringstream stream(text);
-  std::string page, display;
+  std::string page;
   bool starts = false;  // a paragraph
+  bool displays = false;
   for (std::string line; std::getline(stream, line);) {
-    if (line.rfind(' ', 0) == 0) {
-      display += Escaped(line.substr(line.find_first_not_of(' '))) + "\n";
+    const bool is_kept = line.rfind(' ', 0) == 0;
+    if (is_kept != displays) page += is_kept ? kDisplay : kEndOfDisplay;
+    displays = is_kept;
+    if (is_kept) {
+      page += Escaped(line.substr(line.find_first_not_of(' '))) + "\n";
     } else if (!line.empty()) {
       page += (starts ? ".Pp\n" : "") + Sentences(line) + "\n";
     }
     starts = line.empty();
   }
-  return display.empty() ? page : page + Display(display);
+  return displays ? page + kEndOfDisplay : page;
 }
 
 std::string PageDate() {
@@ -129,7 +131,8 @@ std::string ManualPage(const Verb& verb) {
   if (&verb != &kVoatm) {  // which has said it
     page += ".Sh EXIT STATUS\n0 yes or fine, 1 no or findings, 2 wrong usage or it cannot run.\n";
   }
-  page += ".Sh EXAMPLES\n" + Display(Escaped(verb.example) + "\n") + ".Sh SEE ALSO\n";
+  page +=
+      ".Sh EXAMPLES\n" + kDisplay + Escaped(verb.example) + "\n" + kEndOfDisplay + ".Sh SEE ALSO\n";
   if (&verb != &kVoatm) return page + ".Xr voatm 1\n";
   return page +
          ".Xr VoATMUtil 3 ,\n.Xr voatmutil-configuration 5 ,\n.Xr voatmutil-tables 5 ,\n"

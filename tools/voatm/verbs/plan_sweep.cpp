@@ -110,7 +110,8 @@ std::string Bar(const EmptyCase& each, const std::vector<int>& amounts) {
   std::string pieces;
   auto amount = amounts.begin();
   for (auto fate = each.fates.begin(); fate != each.fates.end();) {
-    const auto end = std::find_if(fate, each.fates.end(), [=](Payment of) { return of != *fate; });
+    const auto end =
+        std::find_if(fate, each.fates.end(), [=](Payment next) { return next != *fate; });
     const auto size = end - fate;
     const std::string last = size > 1 ? " to " + std::to_string(amount[size - 1]) : "";
     pieces += Swatch(*fate, " style=\"flex:" + std::to_string(size) + "\" title=\"" +
