@@ -26,11 +26,13 @@ bool EndsWith(std::string_view text, std::string_view end) {
 // Blanks at the ends are left out, others are made one; so is the newline that a trace escapes.
 void Collapse(std::string_view line, std::string* text) {
   text->clear();
-  for (auto at = line.begin(); at != line.end();) {
-    const auto end = std::find_if(at, line.end(), IsBlank);
-    if (end != at && !text->empty()) *text += ' ';
-    text->append(at, end);
-    at = std::find_if_not(end, line.end(), IsBlank);
+  const auto last = line.end();
+  for (auto at = line.begin(); at != last;) {
+    const auto word = at;
+    while (at != last && !IsBlank(*at)) ++at;
+    if (at != word && !text->empty()) *text += ' ';
+    text->append(word, at);
+    while (at != last && IsBlank(*at)) ++at;
   }
   while (EndsWith(*text, kEscapedNewline)) {
     text->resize(text->size() - kEscapedNewline.size());
