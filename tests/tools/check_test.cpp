@@ -75,7 +75,7 @@ const struct {
     {kTemplate, kOar + "I " + kLong.substr(0, 51) + " 0\n" + kDisplay, "15:3 error value-too-long"},
     {kTemplate, kOar + "I N 0\n[OAR#CONTROL]\nDISPLAYFLAG 10\n", "17:13 error control-digit"},
     {kLogic, "[DISPENCE_LOGIC]\nCASH_20 1 0 0\n", "2:1 error logic-counts"},
-    {kLogic, "[DISPENCE_LOGIC]\nCASH_20 1 0 0 100\n", "2:15 error note-count"},
+    {kLogic, "[DISPENCE_LOGIC]\nCASH_10 99 0 0 0\nCASH_20 1 0 0 100\n", "3:15 error note-count"},
     {kNotes, "[BNA_MAPPING]\n01 5\n02 0\n", "3:4 error note-value"},
     {kOpkey, "[A]\nA_A 010000 0 978 Y Y\n", "2:1 warning unread-key"},
     {kResponse, "[GOOD]\n1_0 021 071\n", "2:1 warning unread-key"},

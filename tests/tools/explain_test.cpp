@@ -246,6 +246,12 @@ TEST_F(ExplainTest, WhatMayNotBeReadIsNoAnswer) {
                               home_.path() + " 2>&1");
   EXPECT_EQ(output.code, 2);
   EXPECT_NE(output.text.find("not opened: Permission denied"), std::string::npos) << output.text;
+  const Output checked =
+      Shell("setpriv --reuid=65534 --clear-groups " BUILD_DIRECTORY "/voatm check --home " +
+            home_.path() + " 2>&1");
+  EXPECT_NE(checked.text.find("does not open: Permission denied [unreadable-file]"),
+            std::string::npos)
+      << checked.text;
   home_.Remove("cfg/atm/CARDLESS_TXN.cfg");
   home_.Write("cfg/atm/CARDLESS_TXN.cfg/K", "a folder");
   const Output folder = Voatm("explain cardless K");

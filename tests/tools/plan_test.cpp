@@ -172,9 +172,12 @@ TEST(Plan, TakesDecimalNumbersAndWhatGoesTogether) {
     EXPECT_EQ(output.code, code) << file << output.text;
     EXPECT_EQ(output.text.find("plan.json") != std::string::npos, code == 2) << output.text;
   }
-  home.Write("plan.json", "{\n ]");
-  EXPECT_NE(Voatm("plan --file " + home.path() + "/plan.json").text.find("plan.json:2:2"),
-            std::string::npos);
+  for (const auto& [file, said] :
+       {std::pair{"{\n ]", "plan.json:2:2"}, {"[70]", "not an object of JSON"}}) {
+    home.Write("plan.json", file);
+    const std::string text = Voatm("plan --file " + home.path() + "/plan.json").text;
+    EXPECT_NE(text.find(said), std::string::npos) << text;
+  }
 }
 
 }  // namespace

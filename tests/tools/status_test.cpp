@@ -188,8 +188,12 @@ TEST(DeadRows, ARangeIsDeadWhenOthersTakeAllItsCards) {
 }
 
 TEST_F(StatusTest, NamesTheFirstOfManyRows) {
-  Put(3, std::vector(8, Property("*", "*", "*", "*", "*", 0, '1')));
+  std::vector rows(8, Property("*", "*", "*", "*", "*", 0, '1'));
+  Put(3, rows);
   EXPECT_EQ(Found().substr(0, 52), "ATMPROPERTYMEMORY slot 0, 1, 2, 3, 4, 5 and 2 more: ");
+  rows[6].PropertySwitch1 = rows[7].PropertySwitch1 = 'Y';
+  Put(3, rows);
+  EXPECT_EQ(Found().substr(0, 41), "ATMPROPERTYMEMORY slot 0, 1, 2, 3, 4, 5: ");
 }
 
 TEST_F(StatusTest, KnowsWhoIsAttachedAndWhoToWhatWasRemoved) {

@@ -241,6 +241,14 @@ TEST(Why, SaysFirstWhatMattersMostAndOfThatWhatIsSaidMostOften) {
   EXPECT_EQ(texts, "Denom Id[ %c ] is High; Test; Lts Verified; sent none; ");
 }
 
+TEST(Why, ALineDoesNotGoOnInAFileThatWasCut) {
+  const TestHome home;
+  home.Write("log", "Count [1]\ncut off");
+  LogLines lines(home.path() + "/log");
+  lines.Follow([&] { home.Write("log", "new\n"); });
+  for (const char* line : {"Count [1]", "cut off", "new"}) EXPECT_EQ(lines.Next(), line);
+}
+
 // The lines of a file that grows, is cut and is replaced.
 TEST(Why, FollowsAFile) {
   const TestHome home;
