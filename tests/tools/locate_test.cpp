@@ -91,6 +91,7 @@ TEST_F(LocatorTest, AManagerThatStopsBehindTheLastAnswerKeepsNobodyWaiting) {
 TEST_F(LocatorTest, ATableThatTheManagerDoesNotKnowIsSaid) {
   const Manager manager(queue_, 1000, [](LocateMemoryMsg* reply) { reply->LocateStatus = -1; });
   const Json tables = VoatmJson("tables")["tables"];
+  EXPECT_EQ(tables[5]["findings"].size(), 1U);
   EXPECT_EQ(tables[5]["findings"][0]["what"], "VoChannelMgr does not know the table");
   EXPECT_EQ(Voatm("tables >/dev/null").code, 1);
   for (const char* verb : {"list fit", "show fit 1", "dump fit", "locks release fit 1",
@@ -130,6 +131,19 @@ TEST_F(LocatorTest, WithoutAManagerOneRequestIsLeftAtMost) {
   EXPECT_EQ(refusal().find(none + "a request lies unread in " + queue), 0U);
   msgctl(queue_, IPC_STAT, &state);
   EXPECT_EQ(state.msg_qnum, 1U);
+}
+
+TEST_F(LocatorTest, AQueueOfSomebodyElseIsDenied) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can become somebody else";
+  const auto is_said = [&] {
+    if (setuid(65534) != 0) return 0;
+    try {
+      return Locator(base_ + 2).Ask("ATMMEMORY").value_or(0);
+    } catch (const std::runtime_error& error) {
+      return std::string(error.what()).find("Permission denied") != std::string::npos ? 77 : 0;
+    }
+  };
+  EXPECT_EQ(Child(is_said).Wait(), 77);
 }
 
 // It ends with what it waits for, whatever the limit.

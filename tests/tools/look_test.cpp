@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <csignal>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 
@@ -146,7 +148,13 @@ TEST(Process, IsNotToldByTheProcOfAnotherNamespace) {
 }
 
 TEST(Process, OneThatHasEndedIsToldByItsStateOrItsStart) {
-  EXPECT_EQ(LookAt(getpid(), time(nullptr)).state, ProcessState::kAlive);
+  const Process self = LookAt(getpid(), time(nullptr));
+  EXPECT_EQ(self.state, ProcessState::kAlive);
+  std::ifstream stream("/proc/self/cmdline");
+  std::string command(std::istreambuf_iterator<char>(stream), {});
+  std::replace(command.begin(), command.end(), '\0', ' ');
+  constexpr std::size_t kShown = 1000;
+  EXPECT_EQ((self.command + " ").substr(0, kShown), command.substr(0, kShown));
   EXPECT_EQ(LookAt(getpid(), time(nullptr) - 86400).state, ProcessState::kReused);
   EXPECT_EQ(LookAt(0, 0).state, ProcessState::kUnknown);
   const pid_t child = fork();
@@ -217,7 +225,9 @@ TEST_F(LookTest, ASetThatWasNeverInitialisedIsAFindingAndIsInitialised) {
   const Output locks = Voatm("locks");
   EXPECT_EQ(locks.code, 1);
   EXPECT_NE(locks.text.find("were never given a value"), std::string::npos) << locks.text;
-  EXPECT_EQ(VoatmJson("locks")["findings"].size(), 1U);
+  const Json never = VoatmJson("locks")["findings"];
+  ASSERT_EQ(never.size(), 1U);
+  EXPECT_EQ(never[0]["since"].get<std::string>().find("20"), 0U) << "it has a year";
   EXPECT_EQ(Voatm("locks release fit 3").code, 1) << "no holder can be told";
   EXPECT_EQ(Voatm("locks release fit --reset").code, 1) << "the owner lives";
   EXPECT_EQ(Value(), 0);

@@ -145,6 +145,12 @@ TEST(Plan, TakesDecimalNumbersAndWhatGoesTogether) {
     const Output output = Voatm("plan " + std::string(arguments) + kGiven);
     EXPECT_EQ(output.code, code) << arguments << output.text;
   }
+  const std::string looked_up =
+      "plan --currency 978 --amount 100 --max-notes 40 --model NDC+ATM "
+      "A:20:978:Y C:100:978:Y --logic-name CASH --scope HARBOUR S S S";
+  EXPECT_EQ(
+      Shell("VODIR_HOME=none " BUILD_DIRECTORY "/voatm " + looked_up + " --home " SAMPLE_HOME).code,
+      0);
   const char* const without = "plan --currency 36 --max-notes 9 --amount 20 ";
   EXPECT_EQ(Voatm(without + std::string("A:20:36:Y")).code, 2);
   for (const char* cassette :

@@ -245,6 +245,7 @@ TEST_F(StatusTest, OneBrokenPartHidesNoOther) {
   ASSERT_EQ(findings.size(), 3U) << findings;
   EXPECT_NE(findings[0]["what"].get<std::string>().find("MAXSECURITY"), std::string::npos);
   EXPECT_EQ(findings[1]["next"], "voatm locks release status 1 --reset");
+  EXPECT_EQ(findings[1]["drivers"], "may hold it together and tear its record");
   EXPECT_EQ(findings[2]["next"], "voatm check --home " + home_.path());
   const std::string errors = findings[2]["what"];
   EXPECT_EQ(errors.find("the quote that begins here"), 0U) << errors;

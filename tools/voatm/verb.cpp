@@ -58,3 +58,8 @@ void RequireHome(const std::string& home) {
   if (std::filesystem::is_directory(home, error)) return;
   throw std::runtime_error((error ? error.message() : "Not a directory") + ": home " + home);
 }
+
+void UseHome(const std::string& home) {
+  RequireHome(home);
+  setenv("VODIR_HOME", home.c_str(), 1);
+}

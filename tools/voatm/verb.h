@@ -59,4 +59,7 @@ void AddTableArgument(OptionList* options, const records::RecordTable** table);
 // Throws when neither gave a home, or it is no directory.
 void RequireHome(const std::string& home);
 
+// Makes it the home that the library reads; throws as RequireHome does.
+void UseHome(const std::string& home);
+
 #endif  // TOOLS_VOATM_VERB_H

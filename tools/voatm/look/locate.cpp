@@ -28,11 +28,7 @@ Locator::Locator(int queue_key, int seconds)
       queue_(msgget(queue_key, 0)),
       description_(devhost::DescribeIpc(devhost::IpcKind::kQueue, "VoChannelMgr", queue_key)) {
   if (queue_ >= 0) return;
-  const int error = errno;
-  if (error == ENOENT) {
-    throw std::runtime_error("VoChannelMgr is not running: there is no " + description_);
-  }
-  throw SystemError(error, "cannot open the " + description_);
+  throw std::runtime_error("VoChannelMgr is not running: there is no " + description_);
 }
 
 // Whether a request of a process that has ended lies in the queue, which is looked at message by

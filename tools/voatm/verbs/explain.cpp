@@ -1,5 +1,4 @@
 // voatm explain: which row or file decides an answer, and why.
-#include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -53,8 +52,7 @@ Json Explain(const ExplainOptions& options, const Question& question, const Inpu
     throw UsageError("--from and --locks are of use where a table answers");
   }
   if (question.ground != Ground::kRows) {
-    if (question.ground != Ground::kNothing) RequireHome(options.home);
-    setenv("VODIR_HOME", options.home.c_str(), 1);
+    if (question.ground != Ground::kNothing) UseHome(options.home);
     return ExplainFiles(question, inputs);
   }
   Rows rows = RowsFrom(options.from, options.home, *question.table);

@@ -1,5 +1,4 @@
 // voatm plan: what the cassettes pay.
-#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
@@ -84,8 +83,7 @@ void CheckLogicOptions(const PlanOptions& options, const CashRequest& request) {
   }
   if (options.logic) throw UsageError("--logic and --logic-name exclude each other");
   if (options.scope.empty()) throw UsageError("--scope is required");
-  RequireHome(options.home);
-  setenv("VODIR_HOME", options.home.c_str(), 1);
+  UseHome(options.home);
 }
 
 // One amount: what is configured, what is paid instead, and what else could be asked for.
