@@ -211,7 +211,11 @@ TEST_F(ExplainTest, FilesStandBehindWhenTheyWouldAnswer) {
   home_.Write(responses + "C_resp.cfg", "# c\n[GOOD_RESPONSE]\nK_L 5 6\n");
   home_.Write("cfg/atm/CARDLESS_TXN.cfg", "[OPKEYMAP]\nDEFAULT 1\nK 2\n");
   home_.Write("cfg/vobusiness.cfg", "I_BADRSP_RCPT_NEEDED No\n");
+  home_.Write("cfg/atm/statetable/opkey/C_opk.cfg", "K_L 010000\n");
   Expect({
+      {"txn-code K L I G A C",
+       1,
+       {{"/tries", "none; none; none; exists; line 1: no readable field 3"}}},
       {"response good K L I G A C",
        0,
        {{"/source", "cfg/atm/statetable/resptable/I_G_resp.cfg:2"},

@@ -1,12 +1,16 @@
 // What voatm status finds wrong in what a host serves.
+#include <sched.h>
 #include <sys/sem.h>
 #include <sys/shm.h>
 
 #include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 #include "devhost/system_call.h"
+#include "support/child.h"
 #include "support/served_home.h"
 #include "support/watched.h"
 #include "tools/voatm/ask/dead_rows.h"
@@ -214,6 +218,22 @@ TEST_F(StatusTest, KnowsWhoIsAttachedAndWhoToWhatWasRemoved) {
   EXPECT_EQ(status["findings"].size(), 2U);
   shmdt(records);
   shmctl(again, IPC_RMID, nullptr);
+}
+
+TEST_F(StatusTest, ASegmentOfAnotherNamespaceIsNoUsersOfThisOne) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can make a namespace";
+  const Child elsewhere([&] {
+    if (unshare(CLONE_NEWIPC) != 0) return 1;
+    shmat(shmget(Key(1), 1, IPC_CREAT | 0600), nullptr, 0);
+    return pause();
+  });
+  EXPECT_TRUE(Eventually([&] {
+    std::ifstream maps("/proc/" + std::to_string(elsewhere.id()) + "/maps");
+    const std::string all(std::istreambuf_iterator<char>(maps), {});
+    return all.find("/SYSV") != std::string::npos;
+  }));
+  EXPECT_EQ(Found(), "");
+  EXPECT_EQ(Ask()["tables"][1]["processes"].size(), 0U);
 }
 
 TEST_F(StatusTest, LooksWithoutVoChannelMgr) {
