@@ -72,7 +72,7 @@ TEST(Plan, EmptyCassettesPayAsThoseThatCannotBeUsed) {
 
 TEST(Plan, TheAmountsNearbyAreTheNearestOfAllThatArePaid) {
   RandomCases random;
-  for (int i = 0; i < RandomCases::Rounds(30); ++i) {
+  for (int i = 0; i < RandomCases::Rounds(10); ++i) {
     CashRequest request{"NDC+ATM", 978, random.OneOf({2, 5}), {}};
     SetCassettes(&request, random.Row({Words("A:20:978:Y A:500:978:Y A:500:840:Y"),
                                        Words("B:50:978:Y B:300:978:Y B:70:978:N")}));
